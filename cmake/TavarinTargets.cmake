@@ -1,0 +1,30 @@
+# What every target of the tree has in common: warnings, the include root, and how a test is declared.
+
+add_library(tavarin_warnings INTERFACE)
+target_compile_options(tavarin_warnings INTERFACE -Wall -Wextra)
+
+# tavarin_add_library(<target> <source>...): a static library whose headers are included from the
+# repository root, as in "link/TANClientInterProcess.h".
+function(tavarin_add_library target)
+    add_library(${target} STATIC ${ARGN})
+    target_include_directories(${target} PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>")
+    target_compile_features(${target} PUBLIC cxx_std_20)
+    target_link_libraries(${target} PRIVATE "$<BUILD_INTERFACE:tavarin_warnings>")
+endfunction()
+
+# tavarin_add_test(<name> [SHARED_MEMORY] [LIBS <target>...] [SOURCES <file>...]): builds <name>.cpp
+# and registers every test in it. SHARED_MEMORY tests use the link's fixed segment names and
+# therefore never run beside each other.
+function(tavarin_add_test name)
+    cmake_parse_arguments(ARG "SHARED_MEMORY" "" "LIBS;SOURCES" ${ARGN})
+    add_executable(${name} ${name}.cpp ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE ${ARG_LIBS} GTest::gtest tavarin_warnings)
+    if(ARG_SHARED_MEMORY)
+        target_link_libraries(${name} PRIVATE tavarin_link_test_main)
+        set(properties PROPERTIES TIMEOUT 120 RESOURCE_LOCK tavarin_shared_memory)
+    else()
+        target_link_libraries(${name} PRIVATE GTest::gtest_main)
+        set(properties PROPERTIES TIMEOUT 120)
+    endif()
+    gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60 ${properties})
+endfunction()
