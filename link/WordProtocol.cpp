@@ -1,0 +1,114 @@
+#include "link/WordProtocol.h"
+
+#include <sched.h>
+#include <unistd.h>
+
+#include "link/LinkClock.h"
+#include "link/WaitPacer.h"
+
+namespace {
+
+constexpr useconds_t kPollingPeriodUs = 2000;
+constexpr int kReplySpinCount = 2000;
+constexpr int kLongestSleepUs = 1000;
+
+std::uint32_t ReadWord(const std::uint32_t* pWord) noexcept {
+    return __atomic_load_n(pWord, __ATOMIC_SEQ_CST);
+}
+
+// Returns what the word held before; it was swapped when that is nExpected.
+std::uint32_t SwapWord(std::uint32_t* pWord, std::uint32_t nExpected,
+                       std::uint32_t nDesired) noexcept {
+    __atomic_compare_exchange_n(pWord, &nExpected, nDesired, false, __ATOMIC_SEQ_CST,
+                                __ATOMIC_SEQ_CST);
+    return nExpected;
+}
+
+bool EnterAsWaiter(ConditionWords* pCondition, std::uint32_t* pMutex,
+                   std::int64_t lDeadline) noexcept {
+    const CWordLock enter(&pCondition->nEnterLock, lDeadline);
+    if (!enter.IsHeld()) return false;
+    __atomic_add_fetch(&pCondition->nWaiterCount, 1, __ATOMIC_SEQ_CST);
+    ReleaseWord(pMutex);
+    return true;
+}
+
+// Takes the command that was given; false when another waiter was faster.
+bool TakeCommand(ConditionWords* pCondition) noexcept {
+    const std::uint32_t nCommand =
+        SwapWord(&pCondition->nCommand, kCommandNotifyOne, kCommandSleep);
+    if (nCommand == kCommandSleep) return false;
+
+    const std::uint32_t nLeft = __atomic_sub_fetch(&pCondition->nWaiterCount, 1, __ATOMIC_SEQ_CST);
+    if (nCommand == kCommandNotifyOne) {
+        ReleaseWord(&pCondition->nEnterLock);
+    } else if (nLeft == 0) {
+        SwapWord(&pCondition->nCommand, kCommandNotifyAll, kCommandSleep);
+        ReleaseWord(&pCondition->nEnterLock);
+    }
+    return true;
+}
+
+// Leaves the waiters when the deadline has come; false while a notification is under way, which
+// this waiter may have to answer.
+bool LeaveOnTimeout(ConditionWords* pCondition) noexcept {
+    if (!TryAcquireWord(&pCondition->nEnterLock)) return false;
+    __atomic_sub_fetch(&pCondition->nWaiterCount, 1, __ATOMIC_SEQ_CST);
+    ReleaseWord(&pCondition->nEnterLock);
+    return true;
+}
+
+// True when notified, false when the deadline came first.
+bool AwaitCommand(ConditionWords* pCondition, std::int64_t lDeadline) noexcept {
+    CWaitPacer pacer(&pCondition->nCommand, kReplySpinCount, kLongestSleepUs);
+    for (;;) {
+        if (ReadWord(&pCondition->nCommand) != kCommandSleep) {
+            if (TakeCommand(pCondition)) return true;
+        }
+        std::int64_t lLeftUs = kNoDeadline;
+        if (lDeadline != kNoDeadline) {
+            lLeftUs = lDeadline - LinkTimeNow();
+            if (lLeftUs <= 0 && LeaveOnTimeout(pCondition)) return false;
+        }
+        pacer.Pause(kCommandSleep, lLeftUs);
+    }
+}
+
+}  // namespace
+
+bool TryAcquireWord(std::uint32_t* pWord) noexcept {
+    return SwapWord(pWord, 0, 1) == 0 && ReadWord(pWord) == 1;
+}
+
+bool AcquireWord(std::uint32_t* pWord, std::int64_t lDeadline) noexcept {
+    while (!TryAcquireWord(pWord)) {
+        if (lDeadline != kNoDeadline && LinkTimeNow() >= lDeadline) return false;
+        usleep(kPollingPeriodUs);
+    }
+    return true;
+}
+
+void ReleaseWord(std::uint32_t* pWord) noexcept {
+    SwapWord(pWord, 1, 0);
+}
+
+bool NotifyOne(ConditionWords* pCondition) noexcept {
+    AcquireWord(&pCondition->nEnterLock, kNoDeadline);
+    if (ReadWord(&pCondition->nWaiterCount) == 0) {
+        ReleaseWord(&pCondition->nEnterLock);
+        return false;
+    }
+    while (SwapWord(&pCondition->nCommand, kCommandSleep, kCommandNotifyOne) != kCommandSleep) {
+        sched_yield();
+    }
+    return true;
+}
+
+bool WaitOnCondition(ConditionWords* pCondition, std::uint32_t* pMutex,
+                     std::int64_t lDeadline) noexcept {
+    if (lDeadline != kNoDeadline && LinkTimeNow() >= lDeadline) return false;
+    if (!EnterAsWaiter(pCondition, pMutex, lDeadline)) return false;
+    const bool fNotified = AwaitCommand(pCondition, lDeadline);
+    AcquireWord(pMutex, kNoDeadline);
+    return fNotified;
+}

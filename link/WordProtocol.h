@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+
+#include "link/SharedSegments.h"
+
+/// The lock words and conditions of the shared segments, written directly as the word protocol of
+/// Boost.Interprocess's spin mutex and spin condition, so that both sides meet on any platform.
+///
+/// Words live in shared memory and may be changed by other processes at any time. All functions
+/// are safe on any thread and throw nothing. Deadlines are link times (LinkClock.h).
+
+/// One attempt at a lock word: true when this caller now holds it.
+bool TryAcquireWord(std::uint32_t* pWord) noexcept;
+
+/// Attempts every 2 milliseconds until the word is held (true) or, after a failed attempt, the
+/// deadline has come (false: not held). With `kNoDeadline` it waits for ever.
+bool AcquireWord(std::uint32_t* pWord, std::int64_t lDeadline) noexcept;
+
+/// Frees a held lock word; a word that is already free stays so.
+void ReleaseWord(std::uint32_t* pWord) noexcept;
+
+/// Wakes one waiter of a condition, if there is one.
+///
+/// When there was a waiter the enter lock stays held on return, and the woken waiter frees it; the
+/// result then is true. Waits without limit for the enter lock and for an earlier notification to
+/// be taken.
+bool NotifyOne(ConditionWords* pCondition) noexcept;
+
+/// Waits on a condition with `*pMutex` held: frees the mutex while waiting and holds it again on
+/// return, however long that takes. True when notified, false when the deadline came first.
+///
+/// The waiter polls the command word, spinning at first and then sleeping on the word in growing
+/// steps, so that a long wait costs next to nothing.
+bool WaitOnCondition(ConditionWords* pCondition, std::uint32_t* pMutex,
+                     std::int64_t lDeadline) noexcept;
+
+/// Holds a lock word for a scope.
+class CWordLock {
+public:
+    /// Tries to take the word until the deadline; ask `IsHeld` whether it worked.
+    CWordLock(std::uint32_t* pWord, std::int64_t lDeadline) noexcept
+        : m_pWord(AcquireWord(pWord, lDeadline) ? pWord : nullptr) {}
+    ~CWordLock() {
+        if (m_pWord) ReleaseWord(m_pWord);
+    }
+    CWordLock(CWordLock const&) = delete;
+    CWordLock& operator=(CWordLock const&) = delete;
+
+    bool IsHeld() const noexcept { return m_pWord != nullptr; }
+
+private:
+    std::uint32_t* m_pWord;
+};

@@ -1,0 +1,344 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <new>
+#include <thread>
+
+#include "PeerHost.h"
+#include "link/LinkClock.h"
+#include "link/TANClientInterProcess.h"
+
+namespace {
+
+constexpr int kHost = 3;
+constexpr int kTimeout = 121;
+constexpr int kInvalidArgument = 22;
+
+// The largest allocation that this thread gets.
+thread_local std::size_t g_nAllocationLimit = SIZE_MAX;
+
+}  // namespace
+
+void* operator new(std::size_t nSize) {
+    void* const pMemory = nSize < g_nAllocationLimit ? std::malloc(nSize) : nullptr;
+    if (!pMemory) throw std::bad_alloc();
+    return pMemory;
+}
+void operator delete(void* pMemory) noexcept {
+    std::free(pMemory);
+}
+void operator delete(void* pMemory, std::size_t) noexcept {
+    std::free(pMemory);
+}
+
+namespace {
+
+struct Exchange {
+    CTANClientInterProcess client;
+    std::string strReply = "untouched";
+
+    int Send(std::string request, int nTimeoutMs = 1000, int nHost = kHost) {
+        return client.SendTANMessage(nHost, request, strReply, nTimeoutMs);
+    }
+};
+
+void ExpectAtRest(CTestMessageSegment const& segment) {
+    EXPECT_EQ(segment.RequestLock(), 0u);
+    EXPECT_EQ(segment.ExchangeMutex(), 0u);
+    EXPECT_EQ(segment.ReplyWaiters(), 0u);
+}
+
+std::size_t CountEntries(const char* szDirectory) {
+    std::size_t nCount = 0;
+    for (auto const& entry : std::filesystem::directory_iterator(szDirectory)) {
+        nCount += !entry.path().empty();
+    }
+    return nCount;
+}
+
+TEST(Exchange, ReplyOfTheHostComesBack) {
+    CPeerHost host;
+    host.AnswerWith("hello\n");
+    Exchange exchange;
+    EXPECT_EQ(exchange.Send("print('hello')\n"), 0);
+    EXPECT_EQ(exchange.strReply, "hello\n");
+    EXPECT_EQ(host.LastRequest(), "print('hello')\n");
+}
+
+TEST(Exchange, ManyExchangesInARowKeepTheirOrder) {
+    CPeerHost host;
+    host.AnswerWith([](std::string const& request) { return CPeerHost::Answer{request, ""}; });
+    Exchange exchange;
+    for (int nRound = 0; nRound < 300; ++nRound) {
+        const std::string strRequest = "round " + std::to_string(nRound);
+        ASSERT_EQ(exchange.Send(strRequest), 0);
+        ASSERT_EQ(exchange.strReply, strRequest);
+    }
+}
+
+TEST(Exchange, MissingHostGivesTheSystemsError) {
+    Exchange exchange;
+    EXPECT_EQ(exchange.Send("x", 1000, 7), 2);
+    EXPECT_EQ(exchange.strReply, "untouched");
+}
+
+TEST(Exchange, ClearsTheTextsUnlessTheyAreKept) {
+    Exchange exchange;
+    exchange.client.m_strLastError = exchange.client.m_strAdvice = "old";
+    exchange.client.m_fKeepMessages = true;
+    exchange.Send("x", 0, 7);
+    EXPECT_EQ(exchange.client.m_strLastError, "old");
+    EXPECT_EQ(exchange.client.m_strAdvice, "old");
+    exchange.client.m_fKeepMessages = false;
+    exchange.Send("x", 0, 7);
+    EXPECT_EQ(exchange.client.m_strLastError, "");
+    EXPECT_EQ(exchange.client.m_strAdvice, "");
+}
+
+TEST(Exchange, ClosedHostGetsNothing) {
+    CTestMessageSegment segment(kHost);
+    segment.Close();
+    Exchange exchange;
+    EXPECT_EQ(exchange.Send("x"), -1);
+    EXPECT_EQ(segment.Buffer(), "");
+    EXPECT_FALSE(segment.IsPending());
+    EXPECT_EQ(exchange.strReply, "untouched");
+    ExpectAtRest(segment);
+}
+
+TEST(Exchange, TimesOutWhenNobodyAnswersAndLeavesTheRequest) {
+    CTestMessageSegment segment(kHost);
+    Exchange exchange;
+    EXPECT_EQ(exchange.Send("late", 20), kTimeout);
+    EXPECT_EQ(segment.Buffer(), "late");
+    EXPECT_TRUE(segment.IsPending());
+    EXPECT_EQ(exchange.strReply, "untouched");
+    ExpectAtRest(segment);
+}
+
+TEST(Exchange, TimesOutAtTheRequestLock) {
+    CTestMessageSegment segment(kHost);
+    segment.Put<std::uint32_t>(4, 1);
+    Exchange exchange;
+    EXPECT_EQ(exchange.Send("x", 20), kTimeout);
+    EXPECT_EQ(segment.RequestLock(), 1u);
+    EXPECT_EQ(segment.ExchangeMutex(), 0u);
+    EXPECT_EQ(segment.Buffer(), "");
+}
+
+TEST(Exchange, TimesOutAtTheExchangeMutex) {
+    CTestMessageSegment segment(kHost);
+    segment.Put<std::uint32_t>(8, 1);
+    Exchange exchange;
+    EXPECT_EQ(exchange.Send("x", 20), kTimeout);
+    EXPECT_EQ(segment.RequestLock(), 0u);
+    EXPECT_EQ(segment.ExchangeMutex(), 1u);
+    EXPECT_EQ(segment.Buffer(), "");
+}
+
+TEST(Exchange, HostThatClosedWhileHoldingTheMutexIsClosed) {
+    CTestMessageSegment segment(kHost);
+    segment.Put<std::uint32_t>(8, 1);
+    segment.Close();
+    Exchange exchange;
+    EXPECT_EQ(exchange.Send("x", 20), -1);
+    EXPECT_EQ(segment.RequestLock(), 0u);
+}
+
+TEST(Exchange, NegativeTimeoutIsADeadlineInThePast) {
+    CTestMessageSegment segment(kHost);
+    Exchange exchange;
+    for (const int nTimeoutMs : {0, -2, -1000, INT32_MIN}) {
+        EXPECT_EQ(exchange.Send("x", nTimeoutMs), kTimeout) << nTimeoutMs;
+        ExpectAtRest(segment);
+    }
+}
+
+TEST(Exchange, EachWaitGetsTheWholeTimeout) {
+    CTestMessageSegment segment(kHost);
+    segment.Put<std::uint32_t>(4, 1);
+    std::thread release([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(60));
+        segment.Put<std::uint32_t>(4, 0);
+    });
+    Exchange exchange;
+    const std::int64_t lStart = LinkTimeNow();
+    EXPECT_EQ(exchange.Send("x", 500), kTimeout);
+    EXPECT_GE(LinkTimeNow() - lStart, 560'000);
+    release.join();
+}
+
+TEST(Exchange, OneNotificationCountsAsTheAnswer) {
+    CTestMessageSegment segment(kHost);
+    Exchange exchange;
+    std::thread notifier([&] {
+        for (;;) {
+            const boost::interprocess::scoped_lock lock(segment.Mutex());
+            if (segment.ReplyWaiters() == 1) break;
+        }
+        segment.ReplyCondition().notify_one();
+    });
+    EXPECT_EQ(exchange.Send("still pending"), 0);
+    notifier.join();
+    EXPECT_TRUE(segment.IsPending());
+    EXPECT_EQ(exchange.strReply, "still pending");
+}
+
+TEST(Exchange, ErrorTextOfTheScriptBecomesTheLastError) {
+    CPeerHost host;
+    host.AnswerWith("printed before\n", "oops");
+    Exchange exchange;
+    exchange.client.m_fKeepMessages = true;
+    EXPECT_EQ(exchange.Send("x"), 0);
+    EXPECT_EQ(exchange.strReply, "printed before\n");
+    EXPECT_EQ(exchange.client.m_strLastError, "oops");
+    EXPECT_FALSE(exchange.client.m_fKeepMessages);
+}
+
+TEST(Exchange, KeepFlagStaysWithoutAScriptError) {
+    CPeerHost host;
+    Exchange exchange;
+    exchange.client.m_fKeepMessages = true;
+    EXPECT_EQ(exchange.Send("x"), 0);
+    EXPECT_TRUE(exchange.client.m_fKeepMessages);
+}
+
+TEST(Exchange, RequestOfCapacityBytesLosesItsLast) {
+    CTestMessageSegment segment(kHost, 16);
+    Exchange exchange;
+    exchange.Send("0123456789abcdef", 0);
+    EXPECT_EQ(segment.Buffer(), "0123456789abcde");
+    exchange.Send("0123456789abcde", 0);
+    EXPECT_EQ(segment.Buffer(), "0123456789abcde");
+    exchange.Send(std::string(100'000, 'x'), 0);
+    EXPECT_EQ(segment.Buffer(), std::string(15, 'x'));
+}
+
+TEST(Exchange, ShortRequestClearsTheRestOfTheCapacityAndNoMore) {
+    constexpr int kCapacity = 16;
+    CTestMessageSegment segment(kHost, kCapacity);
+    unsigned char* const pBuffer = segment.Bytes() + CTestMessageSegment::kBufferOffset;
+    std::fill_n(pBuffer, kCapacity + 1, 0xEE);
+    Exchange exchange;
+    exchange.Send(std::string("ab\0cd", 5), 0);
+    EXPECT_EQ(segment.Buffer(), "ab");
+    EXPECT_TRUE(std::all_of(pBuffer + 2, pBuffer + kCapacity, [](auto b) { return b == 0; }));
+    EXPECT_EQ(pBuffer[kCapacity], 0xEE);
+}
+
+struct BadLayout {
+    const char* szWhat;
+    std::int32_t nCapacity, nBuffer, nError;
+};
+
+TEST(Exchange, UnbelievableLayoutIsRefusedUntouched) {
+    constexpr std::int32_t kSize = 4096;
+    const BadLayout layouts[] = {
+        {"no capacity", 0, 1024, 64},
+        {"negative capacity", -1, 1024, 64},
+        {"capacity beyond the end", kSize, 1024, 64},
+        {"capacity one beyond the end", kSize - 1024 + 1, 1024, 64},
+        {"huge capacity", INT32_MAX, 1024, 64},
+        {"negative buffer", 64, -64, 64},
+        {"buffer over the header", 64, 55, 64},
+        {"buffer at the end", 1, kSize, 64},
+        {"huge buffer offset", INT32_MAX, INT32_MAX, 64},
+        {"negative error text", 64, 1024, -1},
+        {"error text over the header", 64, 1024, 0},
+        {"error text at the end", 64, 1024, kSize},
+        {"huge error offset", 64, 1024, INT32_MAX},
+    };
+    for (BadLayout const& layout : layouts) {
+        CTestMessageSegment segment(kHost, layout.nCapacity, kSize);
+        segment.Put(48, layout.nBuffer);
+        segment.Put(52, layout.nError);
+        const std::vector<unsigned char> before(segment.Bytes(), segment.Bytes() + kSize);
+        Exchange exchange;
+        exchange.client.m_strLastError = "kept";
+        exchange.client.m_fKeepMessages = true;
+        EXPECT_EQ(exchange.Send("request"), kInvalidArgument) << layout.szWhat;
+        EXPECT_EQ(exchange.client.m_strLastError, "kept") << layout.szWhat;
+        EXPECT_EQ(exchange.strReply, "untouched") << layout.szWhat;
+        EXPECT_TRUE(std::equal(before.begin(), before.end(), segment.Bytes())) << layout.szWhat;
+    }
+}
+
+TEST(Exchange, SegmentShorterThanItsHeaderIsRefused) {
+    for (std::size_t nSize = 0; nSize <= 56; ++nSize) {
+        const CTestSegment segment("TAN_Host_3", nSize);
+        Exchange exchange;
+        EXPECT_EQ(exchange.Send("request"), kInvalidArgument) << nSize;
+    }
+}
+
+TEST(Exchange, LayoutThatJustFitsIsUsed) {
+    CTestMessageSegment segment(kHost, 8, 65);
+    segment.Put<std::int32_t>(48, 56);
+    segment.Put<std::int32_t>(52, 64);
+    Exchange exchange;
+    EXPECT_EQ(exchange.Send("1234567890", 0), kTimeout);
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(segment.Bytes() + 56), 8),
+              std::string("1234567\0", 8));
+}
+
+TEST(Exchange, TextsWithoutTerminatorEndWithTheSegment) {
+    constexpr std::size_t kSize = 2048;
+    CTestMessageSegment segment(kHost, 64, kSize);
+    Exchange exchange;
+    std::thread host([&] {
+        for (;;) {
+            const boost::interprocess::scoped_lock lock(segment.Mutex());
+            if (segment.ReplyWaiters() == 1) break;
+        }
+        std::fill(segment.Bytes() + CTestMessageSegment::kErrorOffset, segment.Bytes() + kSize,
+                  'r');
+        segment.ReplyCondition().notify_one();
+    });
+    EXPECT_EQ(exchange.Send("x"), 0);
+    host.join();
+    EXPECT_EQ(exchange.strReply, std::string(kSize - CTestMessageSegment::kBufferOffset, 'r'));
+    EXPECT_EQ(exchange.client.m_strLastError,
+              std::string(kSize - CTestMessageSegment::kErrorOffset, 'r'));
+}
+
+TEST(Exchange, LeavesNoDescriptorAndNoMappingBehind) {
+    CPeerHost host;
+    CTestMessageSegment closed(4);
+    closed.Close();
+    Exchange exchange;
+    const auto runEveryOutcome = [&] {
+        exchange.Send("x");
+        exchange.Send("x", 0, 4);
+        exchange.Send("x", 0, 5);
+        exchange.client.GetCurrentTANHost();
+        exchange.client.NeedsUpdate();
+    };
+    runEveryOutcome();
+    const std::size_t nDescriptors = CountEntries("/proc/self/fd");
+    const std::size_t nMappings = CountEntries("/proc/self/map_files");
+    for (int nRound = 0; nRound < 50; ++nRound) runEveryOutcome();
+    EXPECT_EQ(CountEntries("/proc/self/fd"), nDescriptors);
+    EXPECT_LE(CountEntries("/proc/self/map_files"), nMappings + 5);
+}
+
+TEST(Exchange, LocksAreGivenBackWhenMemoryRunsOut) {
+    CPeerHost host;
+    host.AnswerWith(std::string(20'000, 'r'));
+    Exchange exchange;
+    g_nAllocationLimit = 20'000;
+    EXPECT_THROW(exchange.Send("x"), std::bad_alloc);
+    g_nAllocationLimit = SIZE_MAX;
+    ExpectAtRest(host.Segment());
+    EXPECT_EQ(exchange.strReply, "untouched");
+    EXPECT_EQ(exchange.Send("x"), 0);
+}
+
+TEST(Exchange, KeptOperationsDoNothing) {
+    CTANClientInterProcess client;
+    EXPECT_EQ(client.ReceiveMessage(), 0);
+    client.TidyUp();
+    EXPECT_EQ(client.m_strLastError, "");
+}
+
+}  // namespace

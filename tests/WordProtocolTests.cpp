@@ -1,0 +1,242 @@
+// The product's word protocol against Boost's own spin mutex and spin condition on the same bytes.
+
+#include "link/WordProtocol.h"
+
+#include <gtest/gtest.h>
+
+#include <boost/date_time/posix_time/posix_time.hpp>
+#include <boost/interprocess/sync/scoped_lock.hpp>
+#include <boost/interprocess/sync/spin/condition.hpp>
+#include <boost/interprocess/sync/spin/mutex.hpp>
+#include <thread>
+
+#include "link/LinkClock.h"
+
+namespace {
+
+using boost::interprocess::scoped_lock;
+using boost::interprocess::ipcdetail::spin_condition;
+using boost::interprocess::ipcdetail::spin_mutex;
+using boost::posix_time::microsec_clock;
+using boost::posix_time::milliseconds;
+
+static_assert(sizeof(spin_mutex) == sizeof(std::uint32_t));
+static_assert(sizeof(spin_condition) == sizeof(ConditionWords));
+
+constexpr std::int64_t kPast = 0;
+
+// One mutex word, one condition and a counter, seen by both implementations.
+struct SharedWords {
+    std::uint32_t nMutex = 0;
+    ConditionWords condition{0, 0, 0};
+    int nTurn = 0;
+
+    spin_mutex& BoostMutex() { return reinterpret_cast<spin_mutex&>(nMutex); }
+    spin_condition& BoostCondition() { return reinterpret_cast<spin_condition&>(condition); }
+
+    void ExpectAtRest() const {
+        EXPECT_EQ(nMutex, 0u);
+        EXPECT_EQ(condition.nEnterLock, 0u);
+        EXPECT_EQ(condition.nCommand, kCommandSleep);
+        EXPECT_EQ(condition.nWaiterCount, 0u);
+    }
+};
+
+TEST(WordProtocol, FreeWordIsTakenOnce) {
+    std::uint32_t nWord = 0;
+    EXPECT_TRUE(TryAcquireWord(&nWord));
+    EXPECT_EQ(nWord, 1u);
+    EXPECT_FALSE(TryAcquireWord(&nWord));
+    ReleaseWord(&nWord);
+    EXPECT_EQ(nWord, 0u);
+    ReleaseWord(&nWord);
+    EXPECT_EQ(nWord, 0u);
+}
+
+TEST(WordProtocol, WordWithAnyOtherValueIsNeitherTakenNorFreed) {
+    std::uint32_t nWord = 7;
+    EXPECT_FALSE(TryAcquireWord(&nWord));
+    ReleaseWord(&nWord);
+    EXPECT_EQ(nWord, 7u);
+}
+
+TEST(WordProtocol, FreeWordIsTakenEvenAfterTheDeadline) {
+    std::uint32_t nWord = 0;
+    EXPECT_TRUE(AcquireWord(&nWord, kPast));
+}
+
+TEST(WordProtocol, HeldWordIsGivenUpAtTheDeadline) {
+    std::uint32_t nWord = 1;
+    const std::int64_t lDeadline = LinkTimeNow() + 10'000;
+    EXPECT_FALSE(AcquireWord(&nWord, lDeadline));
+    EXPECT_GE(LinkTimeNow(), lDeadline);
+    EXPECT_EQ(nWord, 1u);
+}
+
+TEST(WordProtocol, WordHeldByBoostIsNotTaken) {
+    SharedWords words;
+    words.BoostMutex().lock();
+    EXPECT_FALSE(TryAcquireWord(&words.nMutex));
+    words.BoostMutex().unlock();
+    ASSERT_TRUE(TryAcquireWord(&words.nMutex));
+    EXPECT_FALSE(words.BoostMutex().try_lock());
+    ReleaseWord(&words.nMutex);
+    EXPECT_TRUE(words.BoostMutex().try_lock());
+}
+
+TEST(WordProtocol, ExcludesBoostAndItself) {
+    SharedWords words;
+    constexpr int kRounds = 20'000;
+    const auto countWithBoost = [&] {
+        for (int nRound = 0; nRound < kRounds; ++nRound) {
+            const scoped_lock<spin_mutex> lock(words.BoostMutex());
+            ++words.nTurn;
+        }
+    };
+    const auto countWithWords = [&] {
+        for (int nRound = 0; nRound < kRounds; ++nRound) {
+            const CWordLock lock(&words.nMutex, kNoDeadline);
+            ++words.nTurn;
+        }
+    };
+    std::thread first(countWithBoost), second(countWithWords), third(countWithWords);
+    first.join();
+    second.join();
+    third.join();
+    EXPECT_EQ(words.nTurn, 3 * kRounds);
+    words.ExpectAtRest();
+}
+
+TEST(WordProtocol, NotificationWithoutWaitersDoesNothing) {
+    SharedWords words;
+    EXPECT_FALSE(NotifyOne(&words.condition));
+    words.ExpectAtRest();
+}
+
+TEST(WordProtocol, WaitWithAPassedDeadlineKeepsTheMutex) {
+    SharedWords words;
+    ASSERT_TRUE(TryAcquireWord(&words.nMutex));
+    EXPECT_FALSE(WaitOnCondition(&words.condition, &words.nMutex, kPast));
+    EXPECT_EQ(words.nMutex, 1u);
+    EXPECT_EQ(words.condition.nWaiterCount, 0u);
+}
+
+TEST(WordProtocol, WaitEndsAtItsDeadlineHoldingTheMutex) {
+    SharedWords words;
+    ASSERT_TRUE(TryAcquireWord(&words.nMutex));
+    EXPECT_FALSE(WaitOnCondition(&words.condition, &words.nMutex, LinkTimeNow() + 20'000));
+    EXPECT_EQ(words.nMutex, 1u);
+    ReleaseWord(&words.nMutex);
+    words.ExpectAtRest();
+}
+
+TEST(WordProtocol, WaitGivesUpWhenTheEnterLockIsHeldUntilTheDeadline) {
+    SharedWords words;
+    ASSERT_TRUE(TryAcquireWord(&words.nMutex));
+    ASSERT_TRUE(TryAcquireWord(&words.condition.nEnterLock));
+    EXPECT_FALSE(WaitOnCondition(&words.condition, &words.nMutex, LinkTimeNow() + 10'000));
+    EXPECT_EQ(words.nMutex, 1u);
+    EXPECT_EQ(words.condition.nWaiterCount, 0u);
+}
+
+TEST(WordProtocol, NotifierLeavesTheEnterLockToTheWaiterItWakes) {
+    SharedWords words;
+    words.condition.nWaiterCount = 1;
+    EXPECT_TRUE(NotifyOne(&words.condition));
+    EXPECT_EQ(words.condition.nEnterLock, 1u);
+    EXPECT_EQ(words.condition.nCommand, kCommandNotifyOne);
+}
+
+// Plays ping-pong: even turns belong to the product's side, odd turns to Boost's.
+class Alternation : public testing::TestWithParam<bool> {};
+
+TEST_P(Alternation, BothSidesAnswerEachOtherInTurn) {
+    constexpr int kTurns = 2000;
+    const bool fWithDeadline = GetParam();
+    SharedWords toProduct, toBoost;
+    // One mutex for both conditions, as in the message segment.
+    SharedWords& shared = toProduct;
+
+    std::thread boostSide([&] {
+        scoped_lock<spin_mutex> lock(shared.BoostMutex());
+        while (shared.nTurn < kTurns) {
+            if (shared.nTurn % 2 == 1) {
+                ++shared.nTurn;
+                toProduct.BoostCondition().notify_one();
+            } else if (fWithDeadline) {
+                toBoost.BoostCondition().timed_wait(
+                    lock, microsec_clock::universal_time() + milliseconds(500));
+            } else {
+                toBoost.BoostCondition().wait(lock);
+            }
+        }
+        toProduct.BoostCondition().notify_one();
+    });
+
+    AcquireWord(&shared.nMutex, kNoDeadline);
+    while (shared.nTurn < kTurns) {
+        if (shared.nTurn % 2 == 0) {
+            ++shared.nTurn;
+            NotifyOne(&toBoost.condition);
+        } else {
+            WaitOnCondition(&toProduct.condition, &shared.nMutex,
+                            fWithDeadline ? LinkTimeNow() + 500'000 : kNoDeadline);
+        }
+    }
+    NotifyOne(&toBoost.condition);
+    ReleaseWord(&shared.nMutex);
+    boostSide.join();
+    shared.ExpectAtRest();
+    toBoost.ExpectAtRest();
+}
+
+INSTANTIATE_TEST_SUITE_P(WordProtocol, Alternation, testing::Bool());
+
+TEST(WordProtocol, WaiterAnswersBoostsNotifyAll) {
+    SharedWords words;
+    int nWoken = 0;
+    const auto wait = [&] {
+        AcquireWord(&words.nMutex, kNoDeadline);
+        if (WaitOnCondition(&words.condition, &words.nMutex, kNoDeadline)) ++nWoken;
+        ReleaseWord(&words.nMutex);
+    };
+    std::thread first(wait), second(wait);
+    for (;;) {
+        const scoped_lock<spin_mutex> lock(words.BoostMutex());
+        if (__atomic_load_n(&words.condition.nWaiterCount, __ATOMIC_SEQ_CST) == 2) break;
+    }
+    words.BoostCondition().notify_all();
+    first.join();
+    second.join();
+    EXPECT_EQ(nWoken, 2);
+    words.ExpectAtRest();
+}
+
+TEST(LinkClock, CountsAsBoostDoes) {
+    const auto now = microsec_clock::universal_time();
+    const std::int64_t lBoost = std::int64_t{now.date().day_number()} * 86'400'000'000 +
+                                now.time_of_day().total_microseconds();
+    const std::int64_t lLater = LinkTimeNow();
+    EXPECT_GE(lLater, lBoost);
+    EXPECT_LT(lLater - lBoost, 60 * kMicrosecondsPerSecond);
+}
+
+TEST(LinkClock, OnlyMinusOneHasNoDeadline) {
+    EXPECT_EQ(DeadlineFromTimeout(-1), kNoDeadline);
+    const std::int64_t lBefore = LinkTimeNow();
+    EXPECT_LT(DeadlineFromTimeout(-2), LinkTimeNow());
+    EXPECT_GE(DeadlineFromTimeout(0), lBefore);
+    EXPECT_GE(DeadlineFromTimeout(INT32_MAX), lBefore + std::int64_t{INT32_MAX} * 1000);
+    EXPECT_LT(DeadlineFromTimeout(INT32_MIN), lBefore);
+}
+
+TEST(LinkClock, HeartbeatIsStaleFromExactlyOneSecondOn) {
+    const std::int64_t lNow = LinkTimeNow();
+    EXPECT_TRUE(IsHeartbeatStale(lNow - 1'000'000, lNow));
+    EXPECT_FALSE(IsHeartbeatStale(lNow - 999'999, lNow));
+    EXPECT_FALSE(IsHeartbeatStale(lNow + 5'000'000, lNow));
+    EXPECT_TRUE(IsHeartbeatStale(INT64_MIN, lNow));
+    EXPECT_FALSE(IsHeartbeatStale(INT64_MAX, lNow));
+}
+
+}  // namespace
