@@ -19,6 +19,8 @@ public:
     }
     /// How many bytes are mapped.
     std::size_t Size() const noexcept { return m_region.get_size(); }
+    /// The object's descriptor, still owned by this object.
+    int Descriptor() const noexcept { return m_object.get_mapping_handle().handle; }
 
 private:
     boost::interprocess::shared_memory_object m_object;

@@ -9,8 +9,6 @@
 namespace {
 
 constexpr useconds_t kPollingPeriodUs = 2000;
-constexpr int kReplySpinCount = 2000;
-constexpr int kLongestSleepUs = 1000;
 
 std::uint32_t ReadWord(const std::uint32_t* pWord) noexcept {
     return __atomic_load_n(pWord, __ATOMIC_SEQ_CST);
@@ -22,6 +20,20 @@ std::uint32_t SwapWord(std::uint32_t* pWord, std::uint32_t nExpected,
     __atomic_compare_exchange_n(pWord, &nExpected, nDesired, false, __ATOMIC_SEQ_CST,
                                 __ATOMIC_SEQ_CST);
     return nExpected;
+}
+
+// Takes the enter lock and keeps it when there is a waiter.
+bool EnterAsNotifier(ConditionWords* pCondition) noexcept {
+    AcquireWord(&pCondition->nEnterLock, kNoDeadline);
+    if (ReadWord(&pCondition->nWaiterCount) > 0) return true;
+    ReleaseWord(&pCondition->nEnterLock);
+    return false;
+}
+
+void CommandOneWaiter(ConditionWords* pCondition) noexcept {
+    while (SwapWord(&pCondition->nCommand, kCommandSleep, kCommandNotifyOne) != kCommandSleep) {
+        sched_yield();
+    }
 }
 
 bool EnterAsWaiter(ConditionWords* pCondition, std::uint32_t* pMutex,
@@ -59,8 +71,9 @@ bool LeaveOnTimeout(ConditionWords* pCondition) noexcept {
 }
 
 // True when notified, false when the deadline came first.
-bool AwaitCommand(ConditionWords* pCondition, std::int64_t lDeadline) noexcept {
-    CWaitPacer pacer(&pCondition->nCommand, kReplySpinCount, kLongestSleepUs);
+bool AwaitCommand(ConditionWords* pCondition, std::int64_t lDeadline,
+                  WaitPace const& pace) noexcept {
+    CWaitPacer pacer(&pCondition->nCommand, pace.nSpinCount, pace.nLongestSleepUs);
     for (;;) {
         if (ReadWord(&pCondition->nCommand) != kCommandSleep) {
             if (TakeCommand(pCondition)) return true;
@@ -88,27 +101,37 @@ bool AcquireWord(std::uint32_t* pWord, std::int64_t lDeadline) noexcept {
     return true;
 }
 
+void AcquireWordEagerly(std::uint32_t* pWord) noexcept {
+    CWaitPacer pacer(pWord, kHostPace.nSpinCount, kHostPace.nLongestSleepUs);
+    while (!TryAcquireWord(pWord)) pacer.Pause(1, kNoDeadline);
+}
+
 void ReleaseWord(std::uint32_t* pWord) noexcept {
     SwapWord(pWord, 1, 0);
 }
 
 bool NotifyOne(ConditionWords* pCondition) noexcept {
-    AcquireWord(&pCondition->nEnterLock, kNoDeadline);
-    if (ReadWord(&pCondition->nWaiterCount) == 0) {
-        ReleaseWord(&pCondition->nEnterLock);
-        return false;
-    }
-    while (SwapWord(&pCondition->nCommand, kCommandSleep, kCommandNotifyOne) != kCommandSleep) {
-        sched_yield();
-    }
+    if (!EnterAsNotifier(pCondition)) return false;
+    CommandOneWaiter(pCondition);
     return true;
 }
 
-bool WaitOnCondition(ConditionWords* pCondition, std::uint32_t* pMutex,
-                     std::int64_t lDeadline) noexcept {
+bool NotifyOneAndRelease(ConditionWords* pCondition, std::uint32_t* pMutex) noexcept {
+    const bool fHasWaiter = EnterAsNotifier(pCondition);
+    ReleaseWord(pMutex);
+    if (fHasWaiter) CommandOneWaiter(pCondition);
+    return fHasWaiter;
+}
+
+bool WaitOnCondition(ConditionWords* pCondition, std::uint32_t* pMutex, std::int64_t lDeadline,
+                     WaitPace const& pace) noexcept {
     if (lDeadline != kNoDeadline && LinkTimeNow() >= lDeadline) return false;
     if (!EnterAsWaiter(pCondition, pMutex, lDeadline)) return false;
-    const bool fNotified = AwaitCommand(pCondition, lDeadline);
-    AcquireWord(pMutex, kNoDeadline);
+    const bool fNotified = AwaitCommand(pCondition, lDeadline, pace);
+    if (pace.fEagerMutex) {
+        AcquireWordEagerly(pMutex);
+    } else {
+        AcquireWord(pMutex, kNoDeadline);
+    }
     return fNotified;
 }

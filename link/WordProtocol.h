@@ -17,6 +17,10 @@ bool TryAcquireWord(std::uint32_t* pWord) noexcept;
 /// deadline has come (false: not held). With `kNoDeadline` it waits for ever.
 bool AcquireWord(std::uint32_t* pWord, std::int64_t lDeadline) noexcept;
 
+/// Takes the word however long that lasts, looking much more often than every 2 milliseconds. For
+/// the host's side, which must not make a client wait for its own naps.
+void AcquireWordEagerly(std::uint32_t* pWord) noexcept;
+
 /// Frees a held lock word; a word that is already free stays so.
 void ReleaseWord(std::uint32_t* pWord) noexcept;
 
@@ -27,13 +31,31 @@ void ReleaseWord(std::uint32_t* pWord) noexcept;
 /// be taken.
 bool NotifyOne(ConditionWords* pCondition) noexcept;
 
+/// Does the same with `*pMutex` held and frees the mutex on the way, before the waiter can wake:
+/// the waiter then finds it free. Nobody can join or leave the waiters in between, because the
+/// enter lock is held.
+bool NotifyOneAndRelease(ConditionWords* pCondition, std::uint32_t* pMutex) noexcept;
+
+/// How a waiter spends its time between two looks at the command word, and how it takes the mutex
+/// back. The other side sees nothing of it.
+struct WaitPace {
+    int nSpinCount;       ///< looks that are spent spinning before the first sleep
+    int nLongestSleepUs;  ///< longest sleep between two looks, in microseconds
+    bool fEagerMutex;     ///< take the mutex back eagerly instead of every 2 milliseconds
+};
+
+/// The pace of a client that waits for its reply.
+inline constexpr WaitPace kClientPace{2000, 1000, false};
+/// The pace of a host that waits for requests, for minutes or for microseconds.
+inline constexpr WaitPace kHostPace{2000, 2000, true};
+
 /// Waits on a condition with `*pMutex` held: frees the mutex while waiting and holds it again on
 /// return, however long that takes. True when notified, false when the deadline came first.
 ///
 /// The waiter polls the command word, spinning at first and then sleeping on the word in growing
 /// steps, so that a long wait costs next to nothing.
-bool WaitOnCondition(ConditionWords* pCondition, std::uint32_t* pMutex,
-                     std::int64_t lDeadline) noexcept;
+bool WaitOnCondition(ConditionWords* pCondition, std::uint32_t* pMutex, std::int64_t lDeadline,
+                     WaitPace const& pace = kClientPace) noexcept;
 
 /// Holds a lock word for a scope.
 class CWordLock {

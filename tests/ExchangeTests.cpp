@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <new>
 #include <thread>
 
+#include "AllocationLimit.h"
 #include "PeerHost.h"
 #include "link/LinkClock.h"
 #include "link/TANClientInterProcess.h"
@@ -14,25 +14,6 @@ namespace {
 constexpr int kHost = 3;
 constexpr int kTimeout = 121;
 constexpr int kInvalidArgument = 22;
-
-// The largest allocation that this thread gets.
-thread_local std::size_t g_nAllocationLimit = SIZE_MAX;
-
-}  // namespace
-
-void* operator new(std::size_t nSize) {
-    void* const pMemory = nSize < g_nAllocationLimit ? std::malloc(nSize) : nullptr;
-    if (!pMemory) throw std::bad_alloc();
-    return pMemory;
-}
-void operator delete(void* pMemory) noexcept {
-    std::free(pMemory);
-}
-void operator delete(void* pMemory, std::size_t) noexcept {
-    std::free(pMemory);
-}
-
-namespace {
 
 struct Exchange {
     CTANClientInterProcess client;
@@ -326,9 +307,10 @@ TEST(Exchange, LocksAreGivenBackWhenMemoryRunsOut) {
     CPeerHost host;
     host.AnswerWith(std::string(20'000, 'r'));
     Exchange exchange;
-    g_nAllocationLimit = 20'000;
-    EXPECT_THROW(exchange.Send("x"), std::bad_alloc);
-    g_nAllocationLimit = SIZE_MAX;
+    {
+        const CAllocationLimit limit(20'000);
+        EXPECT_THROW(exchange.Send("x"), std::bad_alloc);
+    }
     ExpectAtRest(host.Segment());
     EXPECT_EQ(exchange.strReply, "untouched");
     EXPECT_EQ(exchange.Send("x"), 0);

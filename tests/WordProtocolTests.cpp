@@ -25,21 +25,24 @@ static_assert(sizeof(spin_condition) == sizeof(ConditionWords));
 
 constexpr std::int64_t kPast = 0;
 
-// One mutex word, one condition and a counter, seen by both implementations.
-struct SharedWords {
-    std::uint32_t nMutex = 0;
-    ConditionWords condition{0, 0, 0};
-    int nTurn = 0;
+// One mutex word and one condition as plain bytes, seen by both implementations.
+class CSharedWords {
+public:
+    std::uint32_t* Mutex() { return reinterpret_cast<std::uint32_t*>(m_bytes); }
+    ConditionWords* Condition() { return reinterpret_cast<ConditionWords*>(m_bytes + 4); }
+    spin_mutex& BoostMutex() { return *reinterpret_cast<spin_mutex*>(m_bytes); }
+    spin_condition& BoostCondition() { return *reinterpret_cast<spin_condition*>(m_bytes + 4); }
 
-    spin_mutex& BoostMutex() { return reinterpret_cast<spin_mutex&>(nMutex); }
-    spin_condition& BoostCondition() { return reinterpret_cast<spin_condition&>(condition); }
-
-    void ExpectAtRest() const {
-        EXPECT_EQ(nMutex, 0u);
-        EXPECT_EQ(condition.nEnterLock, 0u);
-        EXPECT_EQ(condition.nCommand, kCommandSleep);
-        EXPECT_EQ(condition.nWaiterCount, 0u);
+    bool IsMutexHeld() { return *Mutex() == 1; }
+    void ExpectAtRest() {
+        EXPECT_EQ(*Mutex(), 0u);
+        EXPECT_EQ(Condition()->nEnterLock, 0u);
+        EXPECT_EQ(Condition()->nCommand, kCommandSleep);
+        EXPECT_EQ(Condition()->nWaiterCount, 0u);
     }
+
+private:
+    alignas(std::uint32_t) unsigned char m_bytes[16] = {};
 };
 
 TEST(WordProtocol, FreeWordIsTakenOnce) {
@@ -74,77 +77,92 @@ TEST(WordProtocol, HeldWordIsGivenUpAtTheDeadline) {
 }
 
 TEST(WordProtocol, WordHeldByBoostIsNotTaken) {
-    SharedWords words;
+    CSharedWords words;
     words.BoostMutex().lock();
-    EXPECT_FALSE(TryAcquireWord(&words.nMutex));
+    EXPECT_FALSE(TryAcquireWord(words.Mutex()));
     words.BoostMutex().unlock();
-    ASSERT_TRUE(TryAcquireWord(&words.nMutex));
+    ASSERT_TRUE(TryAcquireWord(words.Mutex()));
     EXPECT_FALSE(words.BoostMutex().try_lock());
-    ReleaseWord(&words.nMutex);
+    ReleaseWord(words.Mutex());
     EXPECT_TRUE(words.BoostMutex().try_lock());
 }
 
 TEST(WordProtocol, ExcludesBoostAndItself) {
-    SharedWords words;
+    CSharedWords words;
     constexpr int kRounds = 20'000;
+    int nCount = 0;
     const auto countWithBoost = [&] {
         for (int nRound = 0; nRound < kRounds; ++nRound) {
             const scoped_lock<spin_mutex> lock(words.BoostMutex());
-            ++words.nTurn;
+            ++nCount;
         }
     };
     const auto countWithWords = [&] {
         for (int nRound = 0; nRound < kRounds; ++nRound) {
-            const CWordLock lock(&words.nMutex, kNoDeadline);
-            ++words.nTurn;
+            const CWordLock lock(words.Mutex(), kNoDeadline);
+            ++nCount;
         }
     };
     std::thread first(countWithBoost), second(countWithWords), third(countWithWords);
     first.join();
     second.join();
     third.join();
-    EXPECT_EQ(words.nTurn, 3 * kRounds);
+    EXPECT_EQ(nCount, 3 * kRounds);
     words.ExpectAtRest();
 }
 
 TEST(WordProtocol, NotificationWithoutWaitersDoesNothing) {
-    SharedWords words;
-    EXPECT_FALSE(NotifyOne(&words.condition));
+    CSharedWords words;
+    EXPECT_FALSE(NotifyOne(words.Condition()));
     words.ExpectAtRest();
 }
 
 TEST(WordProtocol, WaitWithAPassedDeadlineKeepsTheMutex) {
-    SharedWords words;
-    ASSERT_TRUE(TryAcquireWord(&words.nMutex));
-    EXPECT_FALSE(WaitOnCondition(&words.condition, &words.nMutex, kPast));
-    EXPECT_EQ(words.nMutex, 1u);
-    EXPECT_EQ(words.condition.nWaiterCount, 0u);
+    CSharedWords words;
+    ASSERT_TRUE(TryAcquireWord(words.Mutex()));
+    EXPECT_FALSE(WaitOnCondition(words.Condition(), words.Mutex(), kPast));
+    EXPECT_TRUE(words.IsMutexHeld());
+    EXPECT_EQ(words.Condition()->nWaiterCount, 0u);
 }
 
 TEST(WordProtocol, WaitEndsAtItsDeadlineHoldingTheMutex) {
-    SharedWords words;
-    ASSERT_TRUE(TryAcquireWord(&words.nMutex));
-    EXPECT_FALSE(WaitOnCondition(&words.condition, &words.nMutex, LinkTimeNow() + 20'000));
-    EXPECT_EQ(words.nMutex, 1u);
-    ReleaseWord(&words.nMutex);
+    CSharedWords words;
+    ASSERT_TRUE(TryAcquireWord(words.Mutex()));
+    EXPECT_FALSE(WaitOnCondition(words.Condition(), words.Mutex(), LinkTimeNow() + 20'000));
+    EXPECT_TRUE(words.IsMutexHeld());
+    ReleaseWord(words.Mutex());
     words.ExpectAtRest();
 }
 
 TEST(WordProtocol, WaitGivesUpWhenTheEnterLockIsHeldUntilTheDeadline) {
-    SharedWords words;
-    ASSERT_TRUE(TryAcquireWord(&words.nMutex));
-    ASSERT_TRUE(TryAcquireWord(&words.condition.nEnterLock));
-    EXPECT_FALSE(WaitOnCondition(&words.condition, &words.nMutex, LinkTimeNow() + 10'000));
-    EXPECT_EQ(words.nMutex, 1u);
-    EXPECT_EQ(words.condition.nWaiterCount, 0u);
+    CSharedWords words;
+    ASSERT_TRUE(TryAcquireWord(words.Mutex()));
+    ASSERT_TRUE(TryAcquireWord(&words.Condition()->nEnterLock));
+    EXPECT_FALSE(WaitOnCondition(words.Condition(), words.Mutex(), LinkTimeNow() + 10'000));
+    EXPECT_TRUE(words.IsMutexHeld());
+    EXPECT_EQ(words.Condition()->nWaiterCount, 0u);
 }
 
 TEST(WordProtocol, NotifierLeavesTheEnterLockToTheWaiterItWakes) {
-    SharedWords words;
-    words.condition.nWaiterCount = 1;
-    EXPECT_TRUE(NotifyOne(&words.condition));
-    EXPECT_EQ(words.condition.nEnterLock, 1u);
-    EXPECT_EQ(words.condition.nCommand, kCommandNotifyOne);
+    CSharedWords words;
+    words.Condition()->nWaiterCount = 1;
+    EXPECT_TRUE(NotifyOne(words.Condition()));
+    EXPECT_EQ(words.Condition()->nEnterLock, 1u);
+    EXPECT_EQ(words.Condition()->nCommand, kCommandNotifyOne);
+}
+
+TEST(WordProtocol, NotifierCanFreeTheMutexBeforeTheWaiterWakes) {
+    CSharedWords words;
+    ASSERT_TRUE(TryAcquireWord(words.Mutex()));
+    EXPECT_FALSE(NotifyOneAndRelease(words.Condition(), words.Mutex()));
+    words.ExpectAtRest();
+
+    ASSERT_TRUE(TryAcquireWord(words.Mutex()));
+    words.Condition()->nWaiterCount = 1;
+    EXPECT_TRUE(NotifyOneAndRelease(words.Condition(), words.Mutex()));
+    EXPECT_FALSE(words.IsMutexHeld());
+    EXPECT_EQ(words.Condition()->nEnterLock, 1u);
+    EXPECT_EQ(words.Condition()->nCommand, kCommandNotifyOne);
 }
 
 // Plays ping-pong: even turns belong to the product's side, odd turns to Boost's.
@@ -153,15 +171,16 @@ class Alternation : public testing::TestWithParam<bool> {};
 TEST_P(Alternation, BothSidesAnswerEachOtherInTurn) {
     constexpr int kTurns = 2000;
     const bool fWithDeadline = GetParam();
-    SharedWords toProduct, toBoost;
+    CSharedWords toProduct, toBoost;
+    int nTurn = 0;
     // One mutex for both conditions, as in the message segment.
-    SharedWords& shared = toProduct;
+    CSharedWords& shared = toProduct;
 
     std::thread boostSide([&] {
         scoped_lock<spin_mutex> lock(shared.BoostMutex());
-        while (shared.nTurn < kTurns) {
-            if (shared.nTurn % 2 == 1) {
-                ++shared.nTurn;
+        while (nTurn < kTurns) {
+            if (nTurn % 2 == 1) {
+                ++nTurn;
                 toProduct.BoostCondition().notify_one();
             } else if (fWithDeadline) {
                 toBoost.BoostCondition().timed_wait(
@@ -173,18 +192,18 @@ TEST_P(Alternation, BothSidesAnswerEachOtherInTurn) {
         toProduct.BoostCondition().notify_one();
     });
 
-    AcquireWord(&shared.nMutex, kNoDeadline);
-    while (shared.nTurn < kTurns) {
-        if (shared.nTurn % 2 == 0) {
-            ++shared.nTurn;
-            NotifyOne(&toBoost.condition);
+    AcquireWord(shared.Mutex(), kNoDeadline);
+    while (nTurn < kTurns) {
+        if (nTurn % 2 == 0) {
+            ++nTurn;
+            NotifyOne(toBoost.Condition());
         } else {
-            WaitOnCondition(&toProduct.condition, &shared.nMutex,
+            WaitOnCondition(toProduct.Condition(), shared.Mutex(),
                             fWithDeadline ? LinkTimeNow() + 500'000 : kNoDeadline);
         }
     }
-    NotifyOne(&toBoost.condition);
-    ReleaseWord(&shared.nMutex);
+    NotifyOne(toBoost.Condition());
+    ReleaseWord(shared.Mutex());
     boostSide.join();
     shared.ExpectAtRest();
     toBoost.ExpectAtRest();
@@ -193,17 +212,17 @@ TEST_P(Alternation, BothSidesAnswerEachOtherInTurn) {
 INSTANTIATE_TEST_SUITE_P(WordProtocol, Alternation, testing::Bool());
 
 TEST(WordProtocol, WaiterAnswersBoostsNotifyAll) {
-    SharedWords words;
+    CSharedWords words;
     int nWoken = 0;
     const auto wait = [&] {
-        AcquireWord(&words.nMutex, kNoDeadline);
-        if (WaitOnCondition(&words.condition, &words.nMutex, kNoDeadline)) ++nWoken;
-        ReleaseWord(&words.nMutex);
+        AcquireWord(words.Mutex(), kNoDeadline);
+        if (WaitOnCondition(words.Condition(), words.Mutex(), kNoDeadline)) ++nWoken;
+        ReleaseWord(words.Mutex());
     };
     std::thread first(wait), second(wait);
     for (;;) {
         const scoped_lock<spin_mutex> lock(words.BoostMutex());
-        if (__atomic_load_n(&words.condition.nWaiterCount, __ATOMIC_SEQ_CST) == 2) break;
+        if (__atomic_load_n(&words.Condition()->nWaiterCount, __ATOMIC_SEQ_CST) == 2) break;
     }
     words.BoostCondition().notify_all();
     first.join();
