@@ -67,7 +67,7 @@ void RunHost() {
     sigaddset(&signals, SIGTERM);
     sigprocmask(SIG_BLOCK, &signals, nullptr);
     const CLinkServer server(kHost, true, [](std::string const&) {
-        return CServerReply{std::string(kReplySize, 'r'), ""};
+        return CServerReply{std::string(kReplySize, 'r'), "", 0};
     });
     int nSignal = 0;
     sigwait(&signals, &nSignal);

@@ -109,6 +109,7 @@ void CLinkServer::AnswerRequest() {
     ReleaseWord(&pMessage->nExchangeMutex);
 
     const CServerReply reply = m_handler(strRequest);
+    SetUpdateCount(reply.nUpdateCount);
 
     AcquireWordEagerly(&pMessage->nExchangeMutex);
     if (HasNewRequest()) return;

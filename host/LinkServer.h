@@ -13,6 +13,7 @@
 struct CServerReply {
     std::string strReply;  ///< what the script printed; ends at its first NUL for the client
     std::string strError;  ///< empty when the script raised no error
+    std::uint32_t nUpdateCount = 0;  ///< the directory's update counter from now on
 };
 
 /// The host's side of the link: announces itself in the directory and answers one request after

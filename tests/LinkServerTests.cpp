@@ -25,7 +25,7 @@ constexpr char szDirectoryFile[] = "/dev/shm/__KEL_TAN_INTERPROCESS_DIR6__";
 constexpr char szMessageFile[] = "/dev/shm/TAN_Host_1";
 
 CServerReply Echo(std::string const& request) {
-    return {request, ""};
+    return {request, "", 0};
 }
 
 struct Client {
@@ -82,7 +82,7 @@ TEST(LinkServer, KeepsItsHeartbeatWhileAScriptRuns) {
     CGate gate;
     const CLinkServer server(kHost, true, [&](std::string const&) {
         gate.Wait();
-        return CServerReply{"done", ""};
+        return CServerReply{"done", "", 0};
     });
     Client client;
     auto status = std::async(std::launch::async, [&] { return client.Send("slow", -1); });
@@ -104,6 +104,16 @@ TEST(LinkServer, ShowsItsUpdateCounter) {
     EXPECT_TRUE(client.NeedsUpdate());
     EXPECT_EQ(client.m_nUpdateCount, 17);
     EXPECT_FALSE(client.NeedsUpdate());
+}
+
+TEST(LinkServer, ReplyCarriesTheUpdateCounter) {
+    const CLinkServer server(kHost, true, [](std::string const&) {
+        return CServerReply{"", "", 23};
+    });
+    Client client;
+    EXPECT_EQ(client.Send("x"), 0);
+    EXPECT_TRUE(client.client.NeedsUpdate());
+    EXPECT_EQ(client.client.m_nUpdateCount, 23);
 }
 
 TEST(LinkServer, LiveHostIsRefused) {
@@ -144,7 +154,7 @@ TEST(LinkServer, LeftoverOfACrashIsTakenOver) {
 
 TEST(LinkServer, ScriptErrorAndPrintedTextBothArrive) {
     const CLinkServer server(kHost, true, [](std::string const&) {
-        return CServerReply{"printed\n", "script:1: oops"};
+        return CServerReply{"printed\n", "script:1: oops", 0};
     });
     Client client;
     EXPECT_EQ(client.Send("x"), 0);
@@ -155,7 +165,7 @@ TEST(LinkServer, ScriptErrorAndPrintedTextBothArrive) {
 TEST(LinkServer, ReplyThatIsTooLongIsCutAndSaysSo) {
     constexpr std::size_t kRoom = 1024 * 1024 - 1;
     const CLinkServer server(kHost, true, [](std::string const& request) {
-        return CServerReply{std::string(std::stoul(request), 'r'), "first"};
+        return CServerReply{std::string(std::stoul(request), 'r'), "first", 0};
     });
     Client client;
     EXPECT_EQ(client.Send(std::to_string(kRoom)), 0);
@@ -168,7 +178,7 @@ TEST(LinkServer, ReplyThatIsTooLongIsCutAndSaysSo) {
 
 TEST(LinkServer, ErrorTextThatIsTooLongIsCut) {
     const CLinkServer server(kHost, true, [](std::string const&) {
-        return CServerReply{"", std::string(100'000, 'e')};
+        return CServerReply{"", std::string(100'000, 'e'), 0};
     });
     Client client;
     EXPECT_EQ(client.Send("x"), 0);
@@ -190,7 +200,7 @@ TEST(LinkServer, SlowReplyNeverReachesTheNextClient) {
     std::atomic<int> nRuns = 0;
     const CLinkServer server(kHost, true, [&](std::string const& request) {
         if (nRuns++ == 0) gate.Wait();
-        return CServerReply{request + " run " + std::to_string(nRuns), ""};
+        return CServerReply{request + " run " + std::to_string(nRuns), "", 0};
     });
     Client impatient;
     EXPECT_EQ(impatient.Send("same text", 30), 121);
@@ -209,7 +219,7 @@ TEST(LinkServer, ReplyThatNobodyWaitsForIsDropped) {
     std::atomic<bool> fFirst = true;
     const CLinkServer server(kHost, true, [&](std::string const& request) {
         if (fFirst.exchange(false)) gate.Wait();
-        return CServerReply{request, ""};
+        return CServerReply{request, "", 0};
     });
     Client impatient;
     EXPECT_EQ(impatient.Send("dropped", 30), 121);
@@ -224,7 +234,7 @@ TEST(LinkServer, ClientOfAHostThatStopsGetsItsAnswer) {
     std::optional<CLinkServer> server;
     server.emplace(kHost, true, [&](std::string const&) {
         gate.Wait();
-        return CServerReply{"last words", ""};
+        return CServerReply{"last words", "", 0};
     });
     Client client;
     auto status = std::async(std::launch::async, [&] { return client.Send("x", -1); });
@@ -293,7 +303,7 @@ TEST(LinkServer, EightClientProcessesLoseAndMixUpNothing) {
     {
         const CLinkServer server(kHost, true, [&](std::string const& request) {
             ++nAnswered;
-            return CServerReply{request, ""};
+            return CServerReply{request, "", 0};
         });
         for (const pid_t nProcess : processes) {
             int nStatus = -1;
