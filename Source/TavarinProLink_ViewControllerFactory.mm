@@ -1,0 +1,62 @@
+#import "Source/TavarinProLink_ViewControllerFactory.h"
+
+#import "Source/TavarinProAPTLink_ViewController.h"
+#import "Source/TavarinProDoublerLink_ViewController.h"
+#import "Source/TavarinProLink_ViewController.h"
+#include "colours/ComponentColour.h"
+#include "colours/DefaultColours.h"
+#include "platform/Assertion.h"
+
+namespace {
+
+// AppKit looks for a nib only when the view is first shown, in other places too.
+bool HasNib(NSBundle* bundle, NSString* nib) {
+    return [bundle pathForResource:nib ofType:@"nib"] != nil ||
+           [bundle pathForResource:nib ofType:@"xib"] != nil;
+}
+
+template <typename Controller>
+Controller* MakeController(Controller* viewController, NSString* nib, NSBundle* bundle,
+                           AAX_IEffectParameters* parameters, AAX_IController* controller) {
+    viewController =
+        HasNib(bundle, nib) ? [viewController initWithNibName:nib bundle:bundle] : nil;
+    TAVARIN_REQUIRE(viewController != nil);
+    [viewController SetParameters:parameters];
+    [viewController SetController:controller];
+    return viewController;
+}
+
+}  // namespace
+
+@implementation TavarinProLink_ViewControllerFactory
+
+- (id)init {
+    self = [super init];
+    if (self != nil) AppCreateDefaultColoursDesigner(&gAppColours);
+    return self;
+}
+
+- (TavarinProLink_ViewController*)LinkViewControllerFromBundle:(NSBundle*)bundle
+                                              effectParameters:(AAX_IEffectParameters*)parameters
+                                                    controller:(AAX_IController*)controller {
+    return MakeController([TavarinProLink_ViewController alloc], @"TavarinProLink_View", bundle,
+                          parameters, controller);
+}
+
+- (TavarinProAPTLink_ViewController*)
+    APTLinkViewControllerFromBundle:(NSBundle*)bundle
+                   effectParameters:(AAX_IEffectParameters*)parameters
+                         controller:(AAX_IController*)controller {
+    return MakeController([TavarinProAPTLink_ViewController alloc], @"TavarinProAPTLink_View",
+                          bundle, parameters, controller);
+}
+
+- (TavarinProDoublerLink_ViewController*)
+    DoublerLinkViewControllerFromBundle:(NSBundle*)bundle
+                       effectParameters:(AAX_IEffectParameters*)parameters
+                             controller:(AAX_IController*)controller {
+    return MakeController([TavarinProDoublerLink_ViewController alloc],
+                          @"TavarinProDoublerLink_View", bundle, parameters, controller);
+}
+
+@end

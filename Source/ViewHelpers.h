@@ -1,0 +1,51 @@
+#pragma once
+
+#import <AppKit/AppKit.h>
+
+#include <cstdint>
+#include <string>
+
+#include "Source/Notifications.h"
+#include "link/TANClientInterProcess.h"
+
+/// \file
+/// What the three view controllers have in common. Everything here belongs to the thread of the
+/// user interface.
+
+/// A text that came from the host. What is not UTF-8 is taken as Latin 1, so that nothing the host
+/// says is lost. Not owned by the caller.
+NSString* TextFromHost(std::string const& strText);
+
+/// The advice and then the error, each into its field; a field's tooltip repeats its text.
+void ShowTexts(CTANClientInterProcess const& script, NSTextField* textLastError,
+               NSTextField* textAdvice);
+
+/// The same. When there is nothing to say the fields hide and the logo shows.
+void ShowTextsOrLogo(CTANClientInterProcess const& script, NSTextField* textLastError,
+                     NSTextField* textAdvice, NSImageView* imageLogo);
+
+/// Reads the current host again; true when it is not `*pnCurrentHost`, which then follows.
+bool HasHostChanged(CTANClientInterProcess& script, std::int32_t* pnCurrentHost);
+
+/// Stops the process, naming the condition, when a record has not the size of its kind or is
+/// missing. Says nothing about prints and unknown ids.
+void RequireRecord(std::int32_t iNotificationType, void const* pNotificationData,
+                   std::uint32_t iNotificationDataSize);
+
+/// Whether a capture's path ends within its field. A capture for which it does not is ignored.
+bool HasPath(paramPostAnalyze const& capture);
+
+/// Hands a capture over to a track of the host. A duplicate is deleted from disk instead; then the
+/// result is false.
+bool HandOverCapture(CTANClientInterProcess& script, bool fAudioSuite, int nTrack,
+                     paramPostAnalyze const& capture);
+
+/// The start and end of a capture on the timeline, truncated toward zero; out of range, the nearest
+/// 64-bit limit.
+std::int64_t CaptureStart(paramPostAnalyze const& capture);
+std::int64_t CaptureEnd(paramPostAnalyze const& capture);
+
+/// Carries out the notifications that all views treat alike, everything but captures, and writes
+/// the answers into their records. True when the texts are worth showing again.
+bool AnswerNotification(CTANClientInterProcess& script, bool fAudioSuite,
+                        std::int32_t iNotificationType, void const* pNotificationData);

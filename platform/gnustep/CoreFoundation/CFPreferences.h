@@ -1,0 +1,36 @@
+#pragma once
+
+#include <CoreFoundation/CoreFoundation.h>
+
+/// \file
+/// Core Foundation's application preferences over the real user defaults, and what reading their
+/// values takes. Names and behaviour are those of Apple's documentation. To be called on one
+/// thread.
+
+typedef CFTypeRef CFPropertyListRef;
+typedef unsigned long CFTypeID;
+typedef const struct __CFNumber* CFNumberRef;
+
+typedef CFIndex CFNumberType;
+/// The only number type supported.
+enum : CFNumberType { kCFNumberSInt32Type = 3 };
+
+extern "C" {
+
+/// Which kind of object this is.
+CFTypeID CFGetTypeID(CFTypeRef object);
+CFTypeID CFStringGetTypeID(void);
+CFTypeID CFNumberGetTypeID(void);
+
+/// Writes the number to an SInt32. False, with what fits best written, when it does not fit.
+Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value);
+
+/// The user's value for `key` in the domain `applicationID`, or else in the domain of all
+/// applications; null when neither has one. Texts and numbers come as such, anything else as a
+/// string that begins with no digit. The caller releases the result.
+CFPropertyListRef CFPreferencesCopyAppValue(CFStringRef key, CFStringRef applicationID);
+
+/// Sets the user's value for `key` in the domain `applicationID`, or removes it when `value` is
+/// null. Values are strings and numbers. Written to disk when the user defaults are.
+void CFPreferencesSetAppValue(CFStringRef key, CFPropertyListRef value, CFStringRef applicationID);
+}
