@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "colours/DeviceRGB.h"
 #include "colours/Palettes.h"
 
 namespace {
@@ -24,9 +25,8 @@ std::unique_ptr<CComponentColour> MakeColour(CPaletteEntry const& row, CGColorSp
 
 void Fill(CComponentsColors& scheme, std::span<const CPaletteEntry> palette) {
     scheme.Clear();
-    CGColorSpaceRef space = CGColorSpaceCreateDeviceRGB();
+    const CDeviceRGB space;
     for (CPaletteEntry const& row : palette) scheme.Add(MakeColour(row, space).release());
-    CGColorSpaceRelease(space);
 }
 
 }  // namespace

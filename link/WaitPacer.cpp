@@ -19,5 +19,5 @@ void CWaitPacer::Pause(std::uint32_t nExpected, std::int64_t lLimitUs) noexcept 
     }
     const auto nSleepUs = static_cast<int>(std::clamp<std::int64_t>(lLimitUs, 1, m_nSleepUs));
     SleepOnWord(m_pWord, nExpected, nSleepUs);
-    m_nSleepUs = std::min(m_nSleepUs + m_nSleepUs / 4, m_nLongestSleepUs);
+    m_nSleepUs = std::min(m_nSleepUs + m_nSleepUs / 8, m_nLongestSleepUs);
 }

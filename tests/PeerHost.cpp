@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <boost/date_time/posix_time/posix_time.hpp>
@@ -24,22 +25,36 @@ std::int64_t BoostTicksNow() {
 }  // namespace
 
 CTestSegment::CTestSegment(std::string name, std::size_t nSize)
-    : m_strName("/" + std::move(name)), m_nSize(nSize) {
+    : m_strName("/" + std::move(name)), m_nSize(nSize), m_fOwned(true) {
     shm_unlink(m_strName.c_str());
     const int nFile = shm_open(m_strName.c_str(), O_CREAT | O_EXCL | O_RDWR, 0600);
     if (nFile < 0 || ftruncate(nFile, static_cast<off_t>(nSize)) != 0) {
         throw std::runtime_error("cannot create " + m_strName + ": " + std::strerror(errno));
     }
-    if (nSize > 0) {
-        m_pBytes = static_cast<unsigned char*>(
-            mmap(nullptr, nSize, PROT_READ | PROT_WRITE, MAP_SHARED, nFile, 0));
+    Map(nFile);
+}
+
+CTestSegment::CTestSegment(std::string name) : m_strName("/" + std::move(name)), m_fOwned(false) {
+    const int nFile = shm_open(m_strName.c_str(), O_RDWR, 0);
+    struct stat status {};
+    if (nFile < 0 || fstat(nFile, &status) != 0) {
+        throw std::runtime_error("cannot open " + m_strName + ": " + std::strerror(errno));
     }
-    close(nFile);
+    m_nSize = static_cast<std::size_t>(status.st_size);
+    Map(nFile);
 }
 
 CTestSegment::~CTestSegment() {
     if (m_pBytes) munmap(m_pBytes, m_nSize);
-    shm_unlink(m_strName.c_str());
+    if (m_fOwned) shm_unlink(m_strName.c_str());
+}
+
+void CTestSegment::Map(int nFile) {
+    if (m_nSize > 0) {
+        m_pBytes = static_cast<unsigned char*>(
+            mmap(nullptr, m_nSize, PROT_READ | PROT_WRITE, MAP_SHARED, nFile, 0));
+    }
+    close(nFile);
 }
 
 CTestDirectory::CTestDirectory(std::int32_t nCurrentHost)

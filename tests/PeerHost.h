@@ -10,10 +10,13 @@
 #include <thread>
 #include <vector>
 
-/// A shared-memory object of a test: created afresh, mapped, and removed with this object.
+/// A shared-memory object of a test, mapped whole.
 class CTestSegment {
 public:
+    /// Creates it afresh; it is removed with this object.
     CTestSegment(std::string name, std::size_t nSize);
+    /// Maps one that a host made and will remove.
+    explicit CTestSegment(std::string name);
     ~CTestSegment();
     CTestSegment(CTestSegment const&) = delete;
     CTestSegment& operator=(CTestSegment const&) = delete;
@@ -33,8 +36,11 @@ public:
     }
 
 private:
+    void Map(int nFile);
+
     std::string m_strName;
     std::size_t m_nSize;
+    bool m_fOwned;
     unsigned char* m_pBytes = nullptr;
 };
 

@@ -1,0 +1,36 @@
+#include "host/ReferenceHost.h"
+
+#include <utility>
+
+CReferenceHost::CReferenceHost(CSession session, CReferenceHostOptions options)
+    : m_Options(std::move(options)),
+      m_Session(std::move(session)),
+      m_Engine(m_Session, m_Options.m_Engine),
+      m_Server(m_Options.m_nId, m_Session.Selected(),
+               [this](std::string const& strScript) { return Answer(strScript); }) {
+    m_Server.SetUpdateCount(Snapshot().UpdateCount());
+}
+
+void CReferenceHost::SelectSession(bool fSelected) {
+    const std::lock_guard guard(m_Mutex);
+    m_Session.SetSelected(fSelected);
+    m_Server.SelectSession(fSelected);
+    m_Server.SetUpdateCount(m_Session.UpdateCount());
+}
+
+CSession CReferenceHost::Snapshot() const {
+    const std::lock_guard guard(m_Mutex);
+    return m_Session;
+}
+
+CServerReply CReferenceHost::Answer(std::string const& strScript) {
+    using Clock = std::chrono::steady_clock;
+    const std::lock_guard guard(m_Mutex);
+    const Clock::time_point start = Clock::now();
+    CHostExchange exchange{strScript, m_Engine.Run(strScript), {}};
+    exchange.m_Duration =
+        std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start);
+    if (m_Options.m_Observer) m_Options.m_Observer(exchange);
+    return {std::move(exchange.m_Result.strPrinted), std::move(exchange.m_Result.strError),
+            m_Session.UpdateCount()};
+}

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <mutex>
+#include <string>
+
+#include "host/LinkServer.h"
+#include "host/ScriptEngine.h"
+#include "host/Session.h"
+
+/// One request as the host answered it.
+struct CHostExchange {
+    std::string m_strScript;
+    CScriptResult m_Result;
+    std::chrono::microseconds m_Duration;
+};
+
+struct CReferenceHostOptions {
+    int m_nId = 1;  ///< host id, greater than 0
+    CScriptEngineOptions m_Engine;
+    /// Told of every exchange, on the answering thread, before the client gets its reply.
+    std::function<void(CHostExchange const&)> m_Observer;
+};
+
+/// A host application for development and tests: a session, the script engine that works on it and
+/// the link that clients reach it by. It runs from construction to destruction.
+///
+/// The public operations are safe on any thread; they wait while a script runs.
+class CReferenceHost {
+public:
+    /// Throws `CHostSegmentError` when another host is running, and what the engine throws when its
+    /// audio directory cannot be made.
+    CReferenceHost(CSession session, CReferenceHostOptions options);
+
+    /// Selects the session or no session, as a user of the host application would.
+    void SelectSession(bool fSelected);
+
+    /// A copy of the session as it stands between two scripts.
+    CSession Snapshot() const;
+
+    /// Where the host writes audio of its own.
+    std::string const& AudioDirectory() const { return m_Engine.AudioDirectory().Path(); }
+
+private:
+    CServerReply Answer(std::string const& strScript);
+
+    const CReferenceHostOptions m_Options;
+    mutable std::mutex m_Mutex;
+    CSession m_Session;
+    CScriptEngine m_Engine;
+    CLinkServer m_Server;
+};

@@ -1,0 +1,165 @@
+#include <CLI/CLI.hpp>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <optional>
+#include <thread>
+
+#include "host/AtomicFile.h"
+#include "host/ReferenceHost.h"
+#include "host/SessionFile.h"
+#include "host/Timeline.h"
+
+namespace {
+
+constexpr int kExitDone = 0;
+constexpr int kExitFailed = 1;
+constexpr int kExitUsage = 2;
+constexpr std::chrono::milliseconds kSavePeriod{200};
+
+volatile std::sig_atomic_t g_fStop = 0;
+
+void Stop(int) {
+    g_fStop = 1;
+}
+
+struct Arguments {
+    int nId = 1;
+    std::vector<std::string> tracks{"Guide", "Dub", "Out"};
+    bool fNoSession = false;
+    int nSampleRate = 48000;
+    double dOffset = 0;
+    std::string strSessionFile;
+    std::string strTimelineFile;
+    std::string strAudioDirectory;
+    bool fVerbose = false;
+    bool fQuiet = false;
+};
+
+void Declare(CLI::App& app, Arguments& arguments) {
+    app.set_version_flag("--version", TAVARIN_VERSION);
+    app.add_option("--id", arguments.nId, "host id")
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str();
+    app.add_option("--tracks", arguments.tracks, "names of the tracks of both documents")
+        ->delimiter(',')
+        ->capture_default_str();
+    app.add_flag("--no-session", arguments.fNoSession, "run with no session selected");
+    app.add_option("--sample-rate", arguments.nSampleRate, "the session's sample rate in Hz")
+        ->capture_default_str();
+    app.add_option("--smpte-offset", arguments.dOffset, "the session's link offset")
+        ->capture_default_str();
+    app.add_option("--session", arguments.strSessionFile,
+                   "load the session from this file if it is there, and keep it saved in it");
+    app.add_option("--audio", arguments.strAudioDirectory,
+                   "directory for renders, exports and results (default: FILE.audio beside the "
+                   "session file, or a private one that is removed at the end)");
+    app.add_option("--timeline", arguments.strTimelineFile,
+                   "keep a picture of the session in this SVG file");
+    app.add_flag("--verbose", arguments.fVerbose, "show each script and its reply");
+    app.add_flag("--quiet", arguments.fQuiet, "show errors only")->excludes("--verbose");
+}
+
+CSession MakeSession(Arguments const& arguments) {
+    const bool fLoad =
+        !arguments.strSessionFile.empty() && std::filesystem::exists(arguments.strSessionFile);
+    CSession session = fLoad ? LoadSession(arguments.strSessionFile)
+                             : CSession(arguments.tracks, arguments.nSampleRate);
+    if (!fLoad) session.SetLinkSMPTEOffset(arguments.dOffset);
+    session.SetSelected(!arguments.fNoSession);
+    return session;
+}
+
+void ShowExchange(CHostExchange const& exchange) {
+    std::printf("--- script (%lld us)\n%s", static_cast<long long>(exchange.m_Duration.count()),
+                exchange.m_strScript.c_str());
+    if (!exchange.m_strScript.ends_with('\n')) std::printf("\n");
+    std::printf("--- reply\n%s", exchange.m_Result.strPrinted.c_str());
+    if (!exchange.m_Result.strError.empty()) {
+        std::printf("--- error\n%s\n", exchange.m_Result.strError.c_str());
+    }
+    std::fflush(stdout);
+}
+
+CReferenceHostOptions MakeOptions(Arguments const& arguments) {
+    CReferenceHostOptions options;
+    options.m_nId = arguments.nId;
+    options.m_Engine.m_strAudioDirectory = arguments.strAudioDirectory;
+    if (arguments.strAudioDirectory.empty() && !arguments.strSessionFile.empty()) {
+        options.m_Engine.m_strAudioDirectory = arguments.strSessionFile + ".audio";
+    }
+    if (arguments.fVerbose) options.m_Observer = ShowExchange;
+    return options;
+}
+
+void Announce(Arguments const& arguments, CReferenceHost const& host) {
+    if (arguments.fQuiet) return;
+    const CSession session = host.Snapshot();
+    const std::size_t nTracks = session.Document(DocumentKind::Script).m_Tracks.size();
+    std::printf("tavarin-host: host %d is ready, %s, %zu tracks, %d Hz, audio in %s\n",
+                arguments.nId, session.Selected() ? "session selected" : "no session selected",
+                nTracks, session.SampleRate(), host.AudioDirectory().c_str());
+    std::fflush(stdout);
+}
+
+// Writes the session and its picture wherever the user wants them, when something has changed.
+class CSessionKeeper {
+public:
+    explicit CSessionKeeper(Arguments const& arguments) : m_Arguments(arguments) {}
+
+    void Keep(CReferenceHost const& host) {
+        if (m_Arguments.strSessionFile.empty() && m_Arguments.strTimelineFile.empty()) return;
+        const CSession session = host.Snapshot();
+        if (m_nKept == session.UpdateCount()) return;
+        if (!m_Arguments.strSessionFile.empty()) SaveSession(session, m_Arguments.strSessionFile);
+        if (!m_Arguments.strTimelineFile.empty()) {
+            WriteTimeline(session, m_Peaks, m_Arguments.strTimelineFile);
+        }
+        m_nKept = session.UpdateCount();
+    }
+
+private:
+    Arguments const& m_Arguments;
+    CPeakCache m_Peaks;
+    std::optional<std::uint32_t> m_nKept;
+};
+
+void RunHost(Arguments const& arguments) {
+    std::signal(SIGINT, Stop);
+    std::signal(SIGTERM, Stop);
+    const CReferenceHost host(MakeSession(arguments), MakeOptions(arguments));
+    CSessionKeeper keeper(arguments);
+    keeper.Keep(host);
+    Announce(arguments, host);
+    while (!g_fStop) {
+        std::this_thread::sleep_for(kSavePeriod);
+        keeper.Keep(host);
+    }
+    keeper.Keep(host);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app{
+        "A reference host for the Tavarin Pro link: it runs the link's scripts on real audio, for "
+        "development, demonstrations and tests. It stands in for the host application and is not "
+        "it."};
+    app.name("tavarin-host");
+    Arguments arguments;
+    Declare(app, arguments);
+    try {
+        app.parse(argc, argv);
+    } catch (CLI::ParseError const& usage) {
+        return app.exit(usage) == 0 ? kExitDone : kExitUsage;
+    }
+
+    try {
+        RunHost(arguments);
+    } catch (std::exception const& failure) {
+        std::fprintf(stderr, "tavarin-host: %s\n", failure.what());
+        return kExitFailed;
+    }
+    return kExitDone;
+}

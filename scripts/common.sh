@@ -1,0 +1,62 @@
+# shellcheck shell=sh disable=SC2034 # variables are for the scripts that source this
+# Sourced by the scripts beside it: talking to the user, installing what is missing, building.
+
+root=$(cd "$(dirname "$0")/.." && pwd)
+jobs=$(getconf _NPROCESSORS_ONLN 2>/dev/null || echo 2)
+
+say() { printf '\n== %s\n' "$*"; }
+skip() { printf -- '-- left out: %s\n' "$*"; }
+
+# Debian packages that the plain C++ parts, the reference host, the tools and their tests need.
+required_packages="cmake g++ ninja-build pkg-config libboost-dev libgtest-dev"
+host_packages="liblua5.4-dev libsndfile1-dev libcli11-dev nlohmann-json3-dev"
+
+is_installed() { dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null | grep -qx installed; }
+
+as_root() {
+    if [ "$(id -u)" -eq 0 ]; then
+        "$@"
+    elif command -v sudo >/dev/null 2>&1; then
+        sudo "$@"
+    else
+        return 1
+    fi
+}
+
+# install_packages NAME...: installs those that are missing; asks for root only if there are any.
+install_packages() {
+    missing=""
+    for package in "$@"; do
+        is_installed "$package" || missing="$missing $package"
+    done
+    [ -z "$missing" ] && return 0
+    if ! command -v apt-get >/dev/null 2>&1; then
+        skip "installing$missing (this machine has no apt-get; install them by hand)"
+        return 1
+    fi
+    say "Installing$missing"
+    # shellcheck disable=SC2086 # the list is meant to be split
+    if as_root env DEBIAN_FRONTEND=noninteractive apt-get update -qq &&
+        as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq \
+            --no-install-recommends $missing >/dev/null; then
+        return 0
+    fi
+    skip "installing$missing (no permission, or no such package here)"
+    return 1
+}
+
+# build PRESET [TARGET...]: configures and builds below build/PRESET.
+build() {
+    preset=$1
+    shift
+    say "Configuring ($preset)"
+    log="$root/build/configure-$preset.log"
+    mkdir -p "$root/build"
+    if ! cmake --preset "$preset" -S "$root" >"$log" 2>&1; then
+        cat "$log"
+        return 1
+    fi
+    grep '^-- left out' "$log" || true
+    say "Building ($preset)"
+    cmake --build "$root/build/$preset" --parallel "$jobs" ${1:+--target "$@"}
+}

@@ -1,0 +1,261 @@
+// The link client and the command-line tool against the program tavarin-host, as a user runs them.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <optional>
+
+#include "ChildProcess.h"
+#include "FileIO/FileName.h"
+#include "TemporaryDirectory.h"
+#include "TestTone.h"
+#include "link/TANClientInterProcess.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+
+constexpr int kRate = 8000;
+constexpr int kFrames = 3 * kRate;
+
+class HostProgram : public testing::Test {
+protected:
+    void SetUp() override {
+        WriteTestTone(m_directory.File("guide.wav"), kRate, kFrames);
+        WriteTestTone(m_directory.File("dub.wav"), kRate, kFrames, kRate / 4);
+    }
+
+    void TearDown() override {
+        if (m_host) StopHost();
+    }
+
+    void StartHost(std::vector<std::string> arguments = {}) {
+        arguments.insert(arguments.begin(), {TAVARIN_HOST_PROGRAM, "--sample-rate", "8000",
+                                             "--tracks", "Guide,Dub,Out,Double"});
+        m_host.emplace(arguments, m_directory.File("host.out"), m_directory.File("host.err"));
+        for (int nTry = 0; nTry < 500; ++nTry) {
+            if (m_client.GetCurrentIdFromMainDirectory() >= 0) return;
+            usleep(10'000);
+        }
+        FAIL() << "the host did not start: " << m_directory.Read("host.err");
+    }
+
+    int StopHost(int nSignal = SIGTERM) {
+        m_host->Signal(nSignal);
+        return m_host->Wait();
+    }
+
+    // Runs the tool; its output is in Output() and Errors() afterwards.
+    int Tool(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), TAVARIN_TOOL_PROGRAM);
+        return CChildProcess(arguments, m_directory.File("tool.out"), m_directory.File("tool.err"))
+            .Wait();
+    }
+    std::string Output() const { return m_directory.Read("tool.out"); }
+    std::string Errors() const { return m_directory.Read("tool.err"); }
+    json OutputAsJson() const { return json::parse(Output()); }
+
+    std::string Guide() const { return m_directory.File("guide.wav"); }
+    std::string Dub() const { return m_directory.File("dub.wav"); }
+
+    CTemporaryDirectory m_directory;
+    CTANClientInterProcess m_client;
+    std::optional<CChildProcess> m_host;
+};
+
+TEST_F(HostProgram, ServesEveryCommandOfTheClient) {
+    StartHost();
+    std::vector<std::string> tracks;
+    EXPECT_EQ(m_client.ListTracksWithTimeout(true, &tracks, 1000), 0);
+    EXPECT_EQ(tracks, (std::vector<std::string>{"Guide", "Dub", "Out", "Double"}));
+    EXPECT_EQ(m_client.GetTANProcessID(), m_host->Id());
+
+    CFileName guide(Guide().c_str());
+    CFileName dub(Dub().c_str());
+    EXPECT_FALSE(m_client.CheckDuplicateRegion(true, 0, &guide, 1000, 0, kFrames));
+    EXPECT_EQ(m_client.SendFile(true, 0, &guide, 1000, 0, kFrames, 0), 0);
+    EXPECT_EQ(m_client.m_strLastError, "");
+    EXPECT_TRUE(m_client.CheckDuplicateRegion(true, 0, &guide, 1000, 0, kFrames));
+    EXPECT_FALSE(m_client.CheckDuplicateRegion(true, 0, &guide, 1001, 0, kFrames));
+    EXPECT_EQ(m_client.SendFile(true, 1, &dub, 3000, 0, kFrames, 1), 0);
+    const std::int32_t nCount = m_client.GetUpdateCount();
+    EXPECT_GT(nCount, 0);
+
+    EXPECT_TRUE(m_client.CreateAPT(true, 0, 1000, 1000 + kFrames, 1, 3000, 3000 + kFrames, 2));
+    EXPECT_EQ(m_client.m_strLastError, "");
+    std::int64_t lStart = 0, lEnd = 0;
+    EXPECT_TRUE(m_client.RenderSelectedRegion(true, kRate, &lStart, &lEnd));
+    EXPECT_EQ(m_client.m_strLastError, "");
+    EXPECT_EQ(lStart, 1000);
+    EXPECT_EQ(lEnd, 1000 + kFrames);
+
+    CFileName exported;
+    EXPECT_TRUE(m_client.ExportSelectedRegion(true, kRate, &exported));
+    EXPECT_GT(exported.GetSize(), static_cast<std::uint64_t>(kFrames));
+
+    EXPECT_TRUE(m_client.CreateDoubler(true, 0, 1000, 1000 + kFrames, 1, 3));
+    EXPECT_EQ(m_client.m_strLastError, "");
+    m_client.ClearTrack(true, 3);
+    EXPECT_EQ(m_client.m_strLastError, "");
+    EXPECT_EQ(m_client.GetLinkSMPTEOffset(true), 0.0);
+    EXPECT_GT(m_client.GetUpdateCount(), nCount);
+}
+
+TEST_F(HostProgram, MissingFileIsAnErrorThatNamesIt) {
+    StartHost();
+    CFileName missing("/nowhere/at all.wav");
+    EXPECT_EQ(m_client.SendFile(false, 0, &missing, 0, 0, 100, 0), 0);
+    EXPECT_NE(m_client.m_strLastError.find("/nowhere/at all.wav"), std::string::npos);
+}
+
+TEST_F(HostProgram, QuoteInAFileNameStaysInTheSandbox) {
+    StartHost();
+    const std::string strProof = m_directory.File("proof");
+    CFileName hostile(
+        ("x\", true, false, 0,0,1) os.execute(\"touch " + strProof + "\") --").c_str());
+    m_client.SendFile(false, 0, &hostile, 0, 0, 100, 0);
+    EXPECT_NE(m_client.m_strLastError, "");
+    EXPECT_FALSE(fs::exists(strProof));
+}
+
+TEST_F(HostProgram, UpdateCounterOfTheDirectoryFollowsTheSession) {
+    StartHost();
+    m_client.NeedsUpdate();
+    CFileName guide(Guide().c_str());
+    m_client.SendFile(false, 0, &guide, 0, 0, kFrames, 0);
+    EXPECT_TRUE(m_client.NeedsUpdate());
+    EXPECT_EQ(m_client.m_nUpdateCount, m_client.GetUpdateCount());
+}
+
+TEST_F(HostProgram, StopsCleanlyOnEitherSignal) {
+    for (const int nSignal : {SIGINT, SIGTERM}) {
+        StartHost();
+        EXPECT_EQ(StopHost(nSignal), 0);
+        EXPECT_EQ(m_client.GetCurrentIdFromMainDirectory(), -1);
+        EXPECT_FALSE(fs::exists("/dev/shm/TAN_Host_1"));
+        EXPECT_FALSE(fs::exists("/dev/shm/__KEL_TAN_INTERPROCESS_DIR6__"));
+    }
+}
+
+TEST_F(HostProgram, SecondHostIsRefused) {
+    StartHost();
+    CChildProcess second({TAVARIN_HOST_PROGRAM, "--id", "2"}, m_directory.File("2.out"),
+                         m_directory.File("2.err"));
+    EXPECT_EQ(second.Wait(), 1);
+    EXPECT_NE(m_directory.Read("2.err").find("already running"), std::string::npos);
+    EXPECT_EQ(m_client.GetTANProcessID(), m_host->Id());
+}
+
+TEST_F(HostProgram, WithoutASessionCommandsSayWhatToDo) {
+    StartHost({"--no-session"});
+    EXPECT_EQ(Tool({"link", "status"}), 1);
+    EXPECT_EQ(Errors(),
+              "tavarin: No Tavarin Pro session has been selected.\n"
+              "         Select a session in Tavarin Pro.\n");
+}
+
+TEST_F(HostProgram, SessionAndItsPictureAreKept) {
+    const std::string strSession = m_directory.File("session.json");
+    const std::vector<std::string> arguments{"--session", strSession, "--timeline",
+                                             m_directory.File("timeline.svg")};
+    StartHost(arguments);
+    ASSERT_EQ(
+        Tool({"link", "--audiosuite", "capture", Guide(), "--track", "0", "--position", "8000"}),
+        0);
+    ASSERT_EQ(Tool({"link", "--audiosuite", "doubler", "--input", "0", "--output", "3"}), 0);
+    ASSERT_EQ(StopHost(), 0);
+    EXPECT_NE(m_directory.Read("timeline.svg").find("guide.wav"), std::string::npos);
+
+    StartHost(arguments);
+    ASSERT_EQ(Tool({"link", "--audiosuite", "--json", "export"}), 0);
+    EXPECT_TRUE(fs::exists(OutputAsJson()["file"].get<std::string>()));
+}
+
+TEST_F(HostProgram, OneScriptCannotStopTheNext) {
+    StartHost();
+    const std::string strLoop = m_directory.Write("error.lua", "print('first') error('oops')");
+    EXPECT_EQ(Tool({"link", "run", strLoop}), 1);
+    EXPECT_EQ(Output(), "first\n");
+    EXPECT_NE(Errors().find("oops"), std::string::npos);
+    const std::string strGood = m_directory.Write("good.lua", "print(1 + 1)");
+    EXPECT_EQ(Tool({"link", "run", strGood}), 0);
+    EXPECT_EQ(Output(), "2\n");
+}
+
+TEST_F(HostProgram, ToolShowsStatusAndTracks) {
+    StartHost();
+    EXPECT_EQ(Tool({"link", "status", "--json"}), 0);
+    EXPECT_EQ(OutputAsJson()["host"], 1);
+    EXPECT_EQ(OutputAsJson()["process"], m_host->Id());
+    EXPECT_EQ(Tool({"link", "tracks"}), 0);
+    EXPECT_EQ(Output(), "0  Guide\n1  Dub\n2  Out\n3  Double\n");
+    EXPECT_EQ(Tool({"link", "offset"}), 0);
+    EXPECT_EQ(Output(), "0.0\n");
+    EXPECT_EQ(Tool({"link", "print", "hello"}), 0);
+}
+
+TEST_F(HostProgram, ToolRunsTheWholeJourney) {
+    StartHost();
+    const std::vector<std::string> link{"link", "--audiosuite"};
+    const auto run = [&](std::vector<std::string> command) {
+        command.insert(command.begin(), link.begin(), link.end());
+        return Tool(command);
+    };
+    EXPECT_EQ(run({"capture", Guide(), "--track", "0", "--position", "8000"}), 0) << Errors();
+    EXPECT_EQ(run({"capture", Dub(), "--track", "1", "--position", "9000"}), 0) << Errors();
+    EXPECT_EQ(run({"capture", Dub(), "--track", "1", "--position", "9000"}), 1);
+    EXPECT_EQ(Errors(),
+              "tavarin: Same audio captured previously.\n"
+              "         This capture has been cancelled\n");
+    EXPECT_EQ(run({"apt"}), 0) << Errors();
+    EXPECT_EQ(run({"render", "--rate", "44100"}), 0);
+    EXPECT_NE(Errors().find("Warning - Session Sample Rate is: 44100"), std::string::npos);
+    EXPECT_EQ(Output(), "Start: 8000 End: 32000 Sample Rate: 8000\n");
+    const std::string strExported = m_directory.File("aligned.wav");
+    EXPECT_EQ(run({"export", "-o", strExported}), 0) << Errors();
+    EXPECT_GT(fs::file_size(strExported), static_cast<std::uintmax_t>(kFrames));
+    EXPECT_EQ(run({"doubler", "--output", "3"}), 0) << Errors();
+    EXPECT_EQ(run({"clear", "3"}), 0);
+    EXPECT_EQ(run({"doubler", "--input", "3"}), 1);
+    EXPECT_NE(Errors().find("holds no region"), std::string::npos);
+}
+
+TEST_F(HostProgram, ToolWatchesTheLink) {
+    const std::string strOutput = m_directory.File("watch.out");
+    CChildProcess watch({TAVARIN_TOOL_PROGRAM, "link", "watch"}, strOutput,
+                        m_directory.File("watch.err"));
+    const auto waitFor = [&](const char* szText) {
+        for (int nTry = 0; nTry < 1000; ++nTry) {
+            if (m_directory.Read("watch.out").find(szText) != std::string::npos) return true;
+            usleep(10'000);
+        }
+        return false;
+    };
+    EXPECT_TRUE(waitFor("Error - Tavarin Pro is not running."));
+    StartHost();
+    EXPECT_TRUE(waitFor("Guide"));
+    watch.Signal(SIGINT);
+    EXPECT_EQ(watch.Wait(), 0);
+}
+
+TEST_F(HostProgram, ToolWithoutAHostGivesErrorAndAdvice) {
+    EXPECT_EQ(Tool({"link", "tracks"}), 1);
+    EXPECT_EQ(Output(), "");
+    EXPECT_EQ(Errors(),
+              "tavarin: Error - Tavarin Pro is not running.\n"
+              "         Locate and launch Tavarin Pro.\n");
+}
+
+TEST_F(HostProgram, WrongCommandLinesEndWithTwo) {
+    EXPECT_EQ(Tool({}), 2);
+    EXPECT_EQ(Tool({"link"}), 2);
+    EXPECT_EQ(Tool({"link", "capture"}), 2);
+    EXPECT_EQ(Tool({"link", "capture", Guide(), "--track", "0", "--position", "x"}), 2);
+    EXPECT_EQ(Tool({"link", "nonsense"}), 2);
+    EXPECT_EQ(Tool({"--help"}), 0);
+    EXPECT_EQ(Tool({"--version"}), 0);
+}
+
+}  // namespace

@@ -1,0 +1,63 @@
+#include "tools/LinkSession.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include "tools/ToolExit.h"
+
+namespace {
+
+constexpr int kTrackListTimeoutMs = 1000;
+
+std::string DescribeStatus(int nStatus) {
+    if (nStatus == 121) return "the host did not answer in time";
+    if (nStatus == -1) return "the host takes no requests";
+    return std::string("the host's message segment cannot be used: ") + std::strerror(nStatus);
+}
+
+}  // namespace
+
+int CLinkSession::RequireHost() {
+    const int id = m_client.GetCurrentTANHost();
+    if (id < 1) Fail("no host");
+    return id;
+}
+
+std::vector<std::string> CLinkSession::Tracks() {
+    std::vector<std::string> tracks;
+    const int nResult =
+        m_client.ListTracksWithTimeout(IsAudioSuite(), &tracks, kTrackListTimeoutMs);
+    if (nResult != 0 || tracks.empty()) Fail("the host did not answer in time");
+    return tracks;
+}
+
+std::string CLinkSession::Run(std::string script, int nTimeoutMs) {
+    const int id = RequireHost();
+    std::string strReply;
+    const int nStatus = m_client.SendTANMessage(id, script, strReply, nTimeoutMs);
+    if (nStatus != 0) Fail(DescribeStatus(nStatus));
+    if (!m_client.m_strLastError.empty()) std::fputs(strReply.c_str(), stdout);
+    RequireNoError();
+    return strReply;
+}
+
+void CLinkSession::Fail(std::string const& strWhat) {
+    if (m_client.m_strLastError.empty()) EndTool(kToolFailed, strWhat);
+    const bool fNoSession =
+        m_client.m_strAdvice.empty() && m_client.GetCurrentIdFromMainDirectory() == 0;
+    EndTool(kToolFailed, m_client.m_strLastError,
+            fNoSession ? "Select a session in Tavarin Pro." : m_client.m_strAdvice);
+}
+
+void CLinkSession::RequireNoError() {
+    if (!m_client.m_strLastError.empty()) Fail("");
+}
+
+void CLinkSession::Print(std::string const& strText, nlohmann::json const& json) const {
+    if (m_options.m_fJson) {
+        std::printf("%s\n",
+                    json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+    } else {
+        std::printf("%s\n", strText.c_str());
+    }
+}
