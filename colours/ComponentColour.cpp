@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "colours/DeviceRGB.h"
 #include "colours/NativeColour.h"
 #include "colours/SchemeBlocks.h"
 #include "colours/SchemeTypes.h"
@@ -46,9 +47,7 @@ void CComponentColour::MakeColours(CGColorSpace* space) {
 void CComponentColour::UpdateColour(double r, double g, double b, double a) {
     const double rgba[] = {r, g, b, a};
     std::ranges::copy(rgba, m_rgba);
-    CGColorSpaceRef space = CGColorSpaceCreateDeviceRGB();
-    MakeColours(space);
-    CGColorSpaceRelease(space);
+    MakeColours(CDeviceRGB());
 }
 
 CComponentColour& CComponentColour::operator=(CComponentColour& other) {

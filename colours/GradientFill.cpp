@@ -5,6 +5,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "colours/ComponentColour.h"
@@ -68,10 +69,11 @@ void CGradientFill::Create(CGColorSpace* space) {
         colors.push_back(stop->m_cgColor);
         locations.push_back(stop->m_fPosition);
     }
-    const CFArrayRef array = CFArrayCreate(kCFAllocatorDefault, colors.data(),
-                                           static_cast<CFIndex>(colors.size()), nullptr);
-    m_gradient = CGGradientCreateWithColors(space, array, locations.data());
-    CFRelease(array);
+    using CArray = std::unique_ptr<std::remove_pointer_t<CFArrayRef>, void (*)(CFTypeRef)>;
+    const CArray array(CFArrayCreate(kCFAllocatorDefault, colors.data(),
+                                     static_cast<CFIndex>(colors.size()), nullptr),
+                       CFRelease);
+    m_gradient = CGGradientCreateWithColors(space, array.get(), locations.data());
 }
 
 void CGradientFill::Clear() {

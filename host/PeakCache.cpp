@@ -1,0 +1,58 @@
+#include "host/PeakCache.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "host/AudioFile.h"
+
+namespace {
+
+constexpr std::int64_t c_lMaxSamplesPerSlice = 4096;
+
+CPeak PeakOf(CAudio const& audio) {
+    CPeak peak;
+    for (auto const& channel : audio.m_Channels)
+        for (float sample : channel) {
+            if (!std::isfinite(sample)) continue;
+            peak.m_Low = std::min(peak.m_Low, sample);
+            peak.m_High = std::max(peak.m_High, sample);
+        }
+    return peak;
+}
+
+std::vector<CPeak> ReadPeaks(CRegion const& region) {
+    CAudioFile file(region.m_strFile);
+    auto const nSlices = static_cast<std::int64_t>(
+        std::min<std::int64_t>(static_cast<std::int64_t>(CPeakCache::c_nSlices), region.Length()));
+    std::vector<CPeak> peaks;
+    for (std::int64_t n = 0; n < nSlices; ++n) {
+        auto const place = [&](std::int64_t k) {
+            return region.m_lStart + region.Length() / nSlices * k +
+                   region.Length() % nSlices * k / nSlices;
+        };
+        std::int64_t const lFrames = std::min(c_lMaxSamplesPerSlice, place(n + 1) - place(n));
+        peaks.push_back(PeakOf(file.Read(place(n), lFrames, region.m_Channels)));
+    }
+    return peaks;
+}
+
+}  // namespace
+
+std::vector<CPeak> const& CPeakCache::Peaks(CRegion const& region) {
+    auto const [place, fNew] = m_Peaks.try_emplace(region.m_idRegion);
+    if (!fNew) return place->second;
+    try {
+        place->second = ReadPeaks(region);
+    } catch (CAudioFileError const&) {
+        place->second.clear();
+    }
+    return place->second;
+}
+
+void CPeakCache::Keep(CSession const& session) {
+    std::erase_if(m_Peaks, [&](auto const& entry) {
+        return std::none_of(c_DocumentKinds.begin(), c_DocumentKinds.end(), [&](DocumentKind kind) {
+            return session.Document(kind).FindRegion(entry.first) != nullptr;
+        });
+    });
+}

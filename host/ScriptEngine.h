@@ -1,0 +1,64 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "host/AudioDirectory.h"
+#include "host/HostFunctions.h"
+#include "host/Session.h"
+
+/// What came of a script.
+struct CScriptResult {
+    std::string strPrinted;  ///< everything printed, also by a script that failed; may hold NULs
+    std::string strError;    ///< "script:3: what went wrong"; empty for a script that succeeded
+};
+
+/// How much a script may take.
+struct CScriptLimits {
+    std::size_t m_nMemoryBytes = std::size_t{64} << 20;   ///< interpreter memory
+    std::chrono::milliseconds m_Time{10000};              ///< loading and running
+    std::size_t m_nReplyBytes = std::size_t{4} << 20;     ///< printed text
+    std::size_t m_nScriptBytes = std::size_t{256} << 10;  ///< the script itself
+};
+
+struct CScriptEngineOptions {
+    CScriptLimits m_Limits;
+    /// Where renders, exports and results of processes go; empty for a private directory that is
+    /// removed with the engine.
+    std::string m_strAudioDirectory;
+    /// Largest sum of the sizes of the files there, in bytes.
+    std::int64_t m_lAudioBytes = std::int64_t{4} << 30;
+};
+
+/// Runs scripts in the host's script language, Lua 5.4, against a session.
+///
+/// Each script gets a fresh interpreter, so nothing that one does to its own world reaches the
+/// next. It finds the host functions, `print` (which fills the reply) and those base, string, table
+/// and math functions that cannot reach files, processes, the environment, bytecode or the
+/// interpreter's own workings. What differs from plain Lua:
+/// - a metatable is read when `setmetatable` is called: later changes to it have no effect until
+///   the next call, and `__gc`, `__mode` and `__close` are refused;
+/// - the handler of `xpcall` is called after the failed call has been left;
+/// - a table holds at most 32768 entries outside its list part;
+/// - `table.concat` and `table.unpack` ignore metamethods.
+/// A script that runs too long is stopped and cannot catch that; so is a host function in the
+/// middle of long audio work. Used by one thread; the session must outlive the engine.
+class CScriptEngine {
+public:
+    /// Throws `std::system_error` when the audio directory cannot be made.
+    explicit CScriptEngine(CSession& session, CScriptEngineOptions const& options = {});
+    CScriptEngine(CScriptEngine const&) = delete;
+    CScriptEngine& operator=(CScriptEngine const&) = delete;
+
+    /// Runs a script to its end. Never throws for anything that the script does.
+    CScriptResult Run(std::string const& strScript);
+
+    CAudioDirectory const& AudioDirectory() const { return m_Directory; }
+
+private:
+    CScriptLimits m_Limits;
+    CAudioDirectory m_Directory;
+    CHostContext m_Context;
+};

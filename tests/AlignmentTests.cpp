@@ -1,0 +1,91 @@
+#include "host/Alignment.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+
+#include "tests/TestAudio.h"
+
+TEST(CAlignmentTest, AKnownShiftIsFoundToTheSampleForTheSameVoice) {
+    CAudio const guide = TestAudio::Phrase(60000);
+    for (std::int64_t lShift : {0, 1, 7, 100, 333, 4321, 11000, -50, -3210})
+        EXPECT_LE(std::abs(FindDubLag(guide, TestAudio::Phrase(60000, lShift)) - lShift), 2)
+            << lShift;
+}
+
+TEST(CAlignmentTest, AnotherVoiceIsAlignedWithinAFewSamples) {
+    CAudio const guide = TestAudio::Phrase(60000, 0, 140.0);
+    for (std::int64_t lShift : {0, 500, 4321, -3210}) {
+        std::int64_t const lLag = FindDubLag(guide, TestAudio::Phrase(60000, lShift, 210.0));
+        EXPECT_LE(std::abs(lLag - lShift), 48) << lShift << " found as " << lLag;
+    }
+}
+
+TEST(CAlignmentTest, LengthsAndLevelsMayDiffer) {
+    CAudio const guide = TestAudio::Phrase(50000);
+    CAudio dub = TestAudio::Phrase(120000, 30000);
+    for (float& sample : dub.m_Channels[0]) sample *= 0.05f;
+    EXPECT_LE(std::abs(FindDubLag(guide, dub) - 30000), 5);
+    EXPECT_LE(std::abs(FindDubLag(dub, guide) + 30000), 5);
+}
+
+TEST(CAlignmentTest, TheResultLiesOnTheGuideAndIsAsLong) {
+    CAudio const guide = TestAudio::Phrase(50000);
+    CAudio const dub = TestAudio::Phrase(70000, 9000, 140.0, 2);
+    CAudio const aligned = AlignDub(guide, dub);
+    ASSERT_EQ(aligned.Frames(), 50000);
+    ASSERT_EQ(aligned.m_Channels.size(), 2u);
+    EXPECT_EQ(aligned.m_nSampleRate, 48000);
+    CAudio const expected = TestAudio::Phrase(50000);
+    EXPECT_GT(TestAudio::Correlation(expected.m_Channels[0], aligned.m_Channels[0]), 0.99);
+    EXPECT_EQ(aligned.m_Channels[0], aligned.m_Channels[1]);
+}
+
+TEST(CAlignmentTest, WhereTheDubHasNothingThereIsSilence) {
+    CAudio const guide = TestAudio::Phrase(60000);
+    CAudio dub = TestAudio::Phrase(60000, -3000);
+    dub.m_Channels[0].resize(40000);
+    CAudio const aligned = AlignDub(guide, dub);
+    ASSERT_EQ(aligned.Frames(), 60000);
+    for (std::size_t i = 44000; i < 60000; ++i) ASSERT_EQ(aligned.m_Channels[0][i], 0.0f);
+}
+
+TEST(CAlignmentTest, SilenceAndEmptinessGiveNoShift) {
+    CAudio const voice = TestAudio::Phrase(20000);
+    CAudio const silence = TestAudio::Silence(30000);
+    CAudio const nothing = TestAudio::Silence(0);
+    EXPECT_EQ(FindDubLag(silence, voice), 0);
+    EXPECT_EQ(FindDubLag(voice, silence), 0);
+    EXPECT_EQ(FindDubLag(voice, nothing), 0);
+    EXPECT_EQ(AlignDub(voice, silence).Frames(), 20000);
+    EXPECT_EQ(TestAudio::Power(AlignDub(voice, silence).m_Channels[0]), 0.0);
+    EXPECT_EQ(AlignDub(nothing, voice).Frames(), 0);
+    EXPECT_EQ(AlignDub(voice, CAudio{}).m_Channels.size(), 0u);
+}
+
+TEST(CAlignmentTest, ASilentGuideKeepsTheDubInPlace) {
+    CAudio const voice = TestAudio::Phrase(60000);
+    CAudio const aligned = AlignDub(TestAudio::Silence(60000), voice);
+    EXPECT_EQ(aligned.m_Channels, voice.m_Channels);
+}
+
+TEST(CAlignmentTest, SamplesThatAreNoNumbersGiveNoShift) {
+    CAudio guide = TestAudio::Phrase(20000);
+    guide.m_Channels[0][100] = std::numeric_limits<float>::quiet_NaN();
+    EXPECT_EQ(FindDubLag(guide, TestAudio::Phrase(20000, 1000)), 0);
+}
+
+TEST(CAlignmentTest, TheCheckpointCanEndTheSearch) {
+    CAudio const guide = TestAudio::Phrase(60000);
+    EXPECT_THROW(FindDubLag(guide, guide, [] { throw 1; }), int);
+}
+
+TEST(CAlignmentTest, VeryShortSoundsAreHandled) {
+    for (std::int64_t lFrames : {1, 2, 15, 255, 257}) {
+        CAudio audio = TestAudio::Silence(lFrames);
+        audio.m_Channels[0][0] = 1.0f;
+        EXPECT_EQ(AlignDub(audio, audio).Frames(), lFrames);
+    }
+}

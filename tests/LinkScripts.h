@@ -1,0 +1,104 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+/// The scripts that link clients send, as the host sees them.
+namespace LinkScripts {
+
+inline std::string Select(bool fAudioSuite) {
+    return fAudioSuite ? "SelectAudioSuiteDocument" : "SelectScriptDocument";
+}
+
+inline std::string ListTracks(bool fAudioSuite) {
+    return "if(" + Select(fAudioSuite) +
+           "(true)) then\n\tnTracks = GetTrackCount()\n\tprint(nTracks+1)\n\tprint(1)\n"
+           "\tfor nTrack = 0,nTracks-1 do\n\t\tidTrack = GetTrackID(nTrack)\n"
+           "\t\tprint(GetTrackName(idTrack, true))\n\tend\nelse\n\tprint(1)\n\tprint(0)\nend\n";
+}
+
+inline std::string CheckDuplicate(bool fAudioSuite, int nTrack, std::string const& strFile,
+                                  std::int64_t lPosition, std::int64_t lStart, std::int64_t lEnd) {
+    return "if " + Select(fAudioSuite) + "(true) then\nidTrack = GetTrackID(" +
+           std::to_string(nTrack) + ")\nnDuplicate = CheckForDuplicateRegion(idTrack, \"" +
+           strFile + "\"," + std::to_string(lPosition) + "," + std::to_string(lStart) + "," +
+           std::to_string(lEnd) + ")\nprint(nDuplicate)\nend\n";
+}
+
+inline std::string SendFile(bool fAudioSuite, int nTrack, std::string const& strFile,
+                            std::int64_t lPosition, std::int64_t lStart, std::int64_t lEnd,
+                            std::string const& strDisplay, std::string const& strChannels = "") {
+    return "if " + Select(fAudioSuite) + "() then\nidTrack = GetTrackID(" + std::to_string(nTrack) +
+           ")\nAddAudioRegion(idTrack, \"" + strFile + "\", true, false, " +
+           std::to_string(lPosition) + "," + std::to_string(lStart) + "," + std::to_string(lEnd) +
+           (strChannels.empty() ? "" : ",1," + strChannels) + ")\nMoveDisplayToPosition(" +
+           strDisplay + ")\nend\n";
+}
+
+/// The frame around fetching a result: the AudioSuite form works on the last process created.
+inline std::string Fetch(bool fAudioSuite, std::string const& strBody) {
+    if (!fAudioSuite)
+        return "if(SelectScriptDocument()) then\n\tidRegion = GetSelectedRegionID()\n"
+               "\tif IsNullRegionID(idRegion) == 0 then\n" +
+               strBody +
+               "\telse\n\t\tprint(1)\n\t\tprint(1)\n\tend\nelse\n\tprint(1)\n"
+               "\tprint(0)\nend\n";
+    return "if(SelectAudioSuiteDocument()) then\n   idProcess = FindLastProcessCreated()\n"
+           "   if IsNullProcessID(idProcess) == 0 then\n        SelectProcess(idProcess)\n"
+           "       idRegion = GetSelectedRegionID()\n"
+           "       if IsNullRegionID(idRegion) == 0 then\n" +
+           strBody +
+           "       else\n           print(1)\n           print(1)\n       end\n   else\n"
+           "       print(1)\n       print(2)\n   end\nelse\n\tprint(1)\n\tprint(0)\nend\n";
+}
+
+inline std::string Export(bool fAudioSuite) {
+    return Fetch(fAudioSuite,
+                 "strFile = ExportRegion(idRegion)\nprint(2)\nprint(0)\nprint(strFile)\n");
+}
+
+inline std::string Render(bool fAudioSuite) {
+    return Fetch(
+        fAudioSuite,
+        "dSampleRate = GetSampleRate()\nRegionRender(idRegion)\n"
+        "dStart = GetRegionStartPosition(idRegion)\ndEnd = GetRegionEndPosition(idRegion)\n"
+        "print(4)\nprint('0')\nprint(dSampleRate)\nprint(dStart)\nprint(dEnd)\n");
+}
+
+inline std::string CreateAPT(bool fAudioSuite, std::int64_t lGuideStart, std::int64_t lGuideEnd,
+                             std::int64_t lDubStart, std::int64_t lDubEnd) {
+    return "if " + Select(fAudioSuite) +
+           "() then\nidGuide = GetTrackID(0)\nidDub = GetTrackID(1)\nidAligned = GetTrackID(2)\n"
+           "Guide = { IOType=1, Track=idGuide, Start=" +
+           std::to_string(lGuideStart) + ", End=" + std::to_string(lGuideEnd) +
+           "}\nDub = { IOType=2, Track=idDub, Start=" + std::to_string(lDubStart) +
+           ", End=" + std::to_string(lDubEnd) +
+           "}\nInputs = { Guide, Dub }\nAligned = { Track=idAligned }\nOutputs = { Aligned }\n"
+           "idProcess = CreateProcess(\"APT\", \"PT\", Inputs, Outputs)\nMoveDisplayToPosition(" +
+           std::to_string(lGuideStart) + ")\nend\n";
+}
+
+inline std::string CreateDoubler(bool fAudioSuite, std::int64_t lStart, std::int64_t lEnd) {
+    return "if " + Select(fAudioSuite) +
+           "() then\nidInput = GetTrackID(0)\nidOutput = GetTrackID(2)\n"
+           "Input = { IOType=1, Track=idInput, Start=" +
+           std::to_string(lStart) + ", End=" + std::to_string(lEnd) +
+           "}\nInputs = { Input }\nOutput = { Track=idOutput }\nOutputs = { Output }\n"
+           "idProcess = CreateProcess(\"Doubler\", \"PT\", Inputs, Outputs)\n"
+           "MoveDisplayToPosition(" +
+           std::to_string(lStart) + ")\nend\n";
+}
+
+inline std::string ClearTrack(bool fAudioSuite, int nTrack) {
+    return "if " + Select(fAudioSuite) + "() then\nidTrack = GetTrackID(" + std::to_string(nTrack) +
+           ")\nidMarker = GetMarkerTrackID(idTrack, 0)\nwhile CountMarkerAreas(idMarker) > 0 do\n"
+           "idSrcArea = GetMarkerAreaID(idMarker, 0)\nDeleteMarkerArea(idSrcArea)\nend\n"
+           "while GetRegionCount(idTrack) > 0 do\nidRegion = GetRegionID(idTrack, 0)\n"
+           "DeleteRegion(idRegion)\nend\nend\n";
+}
+
+inline std::string LinkOffset(bool fAudioSuite) {
+    return "if " + Select(fAudioSuite) + "(true) then\nprint(GetLinkSMPTEOffset())\nend\n";
+}
+
+}  // namespace LinkScripts
