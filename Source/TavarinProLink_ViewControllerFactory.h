@@ -21,10 +21,10 @@
                                               effectParameters:(AAX_IEffectParameters*)parameters
                                                     controller:(AAX_IController*)controller;
 
-- (TavarinProAPTLink_ViewController*)
-    APTLinkViewControllerFromBundle:(NSBundle*)bundle
-                   effectParameters:(AAX_IEffectParameters*)parameters
-                         controller:(AAX_IController*)controller;
+- (TavarinProAPTLink_ViewController*)APTLinkViewControllerFromBundle:(NSBundle*)bundle
+                                                    effectParameters:
+                                                        (AAX_IEffectParameters*)parameters
+                                                          controller:(AAX_IController*)controller;
 
 - (TavarinProDoublerLink_ViewController*)
     DoublerLinkViewControllerFromBundle:(NSBundle*)bundle

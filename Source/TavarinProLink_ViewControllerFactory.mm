@@ -15,11 +15,22 @@ bool HasNib(NSBundle* bundle, NSString* nib) {
            [bundle pathForResource:nib ofType:@"xib"] != nil;
 }
 
+// Nibs find their images by name. Not every AppKit looks for a name in the bundle of the nib.
+void NameImages(NSBundle* bundle) {
+    for (NSString* name : {@"TavarinProLink_Logo", @"TavarinProLink_Mark"}) {
+        NSString* path = [bundle pathForResource:name ofType:@"png"];
+        if (path == nil || [NSImage imageNamed:name] != nil) continue;
+        // The name keeps the image: it lives as long as the process, once for all views.
+        NSImage* image = [[NSImage alloc] initWithContentsOfFile:path];
+        [image setName:name];
+    }
+}
+
 template <typename Controller>
 Controller* MakeController(Controller* viewController, NSString* nib, NSBundle* bundle,
                            AAX_IEffectParameters* parameters, AAX_IController* controller) {
-    viewController =
-        HasNib(bundle, nib) ? [viewController initWithNibName:nib bundle:bundle] : nil;
+    NameImages(bundle);
+    viewController = HasNib(bundle, nib) ? [viewController initWithNibName:nib bundle:bundle] : nil;
     TAVARIN_REQUIRE(viewController != nil);
     [viewController SetParameters:parameters];
     [viewController SetController:controller];
@@ -43,10 +54,10 @@ Controller* MakeController(Controller* viewController, NSString* nib, NSBundle* 
                           parameters, controller);
 }
 
-- (TavarinProAPTLink_ViewController*)
-    APTLinkViewControllerFromBundle:(NSBundle*)bundle
-                   effectParameters:(AAX_IEffectParameters*)parameters
-                         controller:(AAX_IController*)controller {
+- (TavarinProAPTLink_ViewController*)APTLinkViewControllerFromBundle:(NSBundle*)bundle
+                                                    effectParameters:
+                                                        (AAX_IEffectParameters*)parameters
+                                                          controller:(AAX_IController*)controller {
     return MakeController([TavarinProAPTLink_ViewController alloc], @"TavarinProAPTLink_View",
                           bundle, parameters, controller);
 }

@@ -16,7 +16,9 @@
 /// says is lost. Not owned by the caller.
 NSString* TextFromHost(std::string const& strText);
 
-/// The advice and then the error, each into its field; a field's tooltip repeats its text.
+/// The advice and then the error, each into its field; a field's tooltip repeats its text. The
+/// advice begins right below the last line of the error; both stay in the area that the two fields
+/// fill together.
 void ShowTexts(CTANClientInterProcess const& script, NSTextField* textLastError,
                NSTextField* textAdvice);
 

@@ -1,5 +1,6 @@
 #import "Source/ViewHelpers.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -8,6 +9,9 @@
 #include "platform/Assertion.h"
 
 namespace {
+
+constexpr CGFloat kTallest = 10000;
+constexpr CGFloat kTextGap = 6;
 
 struct CRecordSize {
     std::int32_t nType;
@@ -36,6 +40,18 @@ void SetText(NSTextField* field, std::string const& strText) {
     NSString* text = TextFromHost(strText);
     [field setStringValue:text];
     [field setToolTip:strText.empty() ? nil : text];
+}
+
+// The error takes what it needs of the area that both fields fill, and the advice the rest.
+void Stack(NSTextField* above, NSTextField* below) {
+    const NSRect area = NSUnionRect([above frame], [below frame]);
+    const NSRect bounds = NSMakeRect(0, 0, area.size.width, kTallest);
+    const CGFloat needed = ceil([[above cell] cellSizeForBounds:bounds].height) + kTextGap;
+    const CGFloat height = std::min(needed, area.size.height);
+    const CGFloat middle = NSMaxY(area) - height;
+    [above setFrame:NSMakeRect(area.origin.x, middle, area.size.width, height)];
+    [below setFrame:NSMakeRect(area.origin.x, area.origin.y, area.size.width,
+                               area.size.height - height)];
 }
 
 std::int64_t Truncated(double dPosition) {
@@ -77,6 +93,7 @@ void ShowTexts(CTANClientInterProcess const& script, NSTextField* textLastError,
                NSTextField* textAdvice) {
     SetText(textAdvice, script.m_strAdvice);
     SetText(textLastError, script.m_strLastError);
+    Stack(textLastError, textAdvice);
 }
 
 void ShowTextsOrLogo(CTANClientInterProcess const& script, NSTextField* textLastError,
