@@ -20,10 +20,11 @@ int SelectedTrack(TavarinProLink_ViewController* view) {
 }
 
 void SelectTrack(TavarinProLink_ViewController* view, int nTrack) {
-    // Not setSelectionIndex: for no track, because not every AppKit survives an index out of range.
-    NSIndexSet* selection =
-        nTrack < 0 ? [NSIndexSet indexSet] : [NSIndexSet indexSetWithIndex:nTrack];
-    [view->m_TracksArray setSelectionIndexes:selection];
+    // By way of no selection: new content makes a pop-up show its first entry, and setting an index
+    // that is set already would not tell it otherwise. No track has no index of its own, because
+    // not every AppKit survives one out of range.
+    [view->m_TracksArray setSelectionIndexes:[NSIndexSet indexSet]];
+    if (nTrack >= 0) [view->m_TracksArray setSelectionIndex:nTrack];
 }
 
 // Puts an empty list of the given capacity in place of the present one.

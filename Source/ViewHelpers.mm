@@ -12,6 +12,7 @@ namespace {
 
 constexpr CGFloat kTallest = 10000;
 constexpr CGFloat kTextGap = 6;
+constexpr CGFloat kTextInset = 2;
 
 struct CRecordSize {
     std::int32_t nType;
@@ -42,16 +43,22 @@ void SetText(NSTextField* field, std::string const& strText) {
     [field setToolTip:strText.empty() ? nil : text];
 }
 
+// The height that a field's text needs at its width, line by line.
+CGFloat HeightOfText(NSTextField* field) {
+    const NSSize room = NSMakeSize([field frame].size.width - 2 * kTextInset, kTallest);
+    const NSRect text =
+        [[field attributedStringValue] boundingRectWithSize:room
+                                                    options:NSStringDrawingUsesLineFragmentOrigin];
+    return ceil(text.size.height);
+}
+
 // The error takes what it needs of the area that both fields fill, and the advice the rest.
 void Stack(NSTextField* above, NSTextField* below) {
     const NSRect area = NSUnionRect([above frame], [below frame]);
-    const NSRect bounds = NSMakeRect(0, 0, area.size.width, kTallest);
-    const CGFloat needed = ceil([[above cell] cellSizeForBounds:bounds].height) + kTextGap;
-    const CGFloat height = std::min(needed, area.size.height);
-    const CGFloat middle = NSMaxY(area) - height;
-    [above setFrame:NSMakeRect(area.origin.x, middle, area.size.width, height)];
-    [below setFrame:NSMakeRect(area.origin.x, area.origin.y, area.size.width,
-                               area.size.height - height)];
+    const CGFloat height = std::min(HeightOfText(above) + kTextGap, area.size.height);
+    const CGFloat rest = area.size.height - height;
+    [above setFrame:NSMakeRect(area.origin.x, area.origin.y + rest, area.size.width, height)];
+    [below setFrame:NSMakeRect(area.origin.x, area.origin.y, area.size.width, rest)];
 }
 
 std::int64_t Truncated(double dPosition) {

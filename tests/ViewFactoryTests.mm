@@ -1,0 +1,219 @@
+// The bundle and its factory, and what stops the process.
+
+#import <objc/runtime.h>
+
+#import "ViewFixture.h"
+
+namespace {
+
+using Strings = std::vector<std::string>;
+
+class ViewFactory : public CViewTest {};
+
+AAX_IEffectParameters* const kParameters = reinterpret_cast<AAX_IEffectParameters*>(0x1001);
+AAX_IController* const kController = reinterpret_cast<AAX_IController*>(0x1002);
+
+Strings Fields(const char* szClass) {
+    unsigned int nCount = 0;
+    Ivar* fields = class_copyIvarList(objc_getClass(szClass), &nCount);
+    Strings names;
+    for (unsigned int nField = 0; nField < nCount; ++nField) {
+        names.push_back(ivar_getName(fields[nField]));
+    }
+    free(fields);
+    return names;
+}
+
+template <typename Controller>
+void ExpectPointers(Controller* view) {
+    EXPECT_EQ(view->mEffectParameters, kParameters);
+    EXPECT_EQ(view->mController, kController);
+    [view SetViewContainerOnViews:nullptr];
+    [view SetEffectParametersOnViews:nullptr];
+    EXPECT_EQ(view->mEffectParameters, kParameters);
+    [view release];
+}
+
+TEST_F(ViewFactory, BundleHasIdentifierAndPrincipalClass) {
+    EXPECT_STREQ([[Bundle() bundleIdentifier] UTF8String], TAVARIN_BUNDLE_IDENTIFIER);
+    EXPECT_EQ([Bundle() principalClass], objc_getClass("TavarinProLink_ViewControllerFactory"));
+}
+
+TEST_F(ViewFactory, GivesEachControllerThePointersOfThePlugIn) {
+    ExpectPointers([Factory() LinkViewControllerFromBundle:Bundle()
+                                          effectParameters:kParameters
+                                                controller:kController]);
+    ExpectPointers([Factory() APTLinkViewControllerFromBundle:Bundle()
+                                             effectParameters:kParameters
+                                                   controller:kController]);
+    ExpectPointers([Factory() DoublerLinkViewControllerFromBundle:Bundle()
+                                                 effectParameters:kParameters
+                                                       controller:kController]);
+}
+
+TEST_F(ViewFactory, ControllerAwakesOnlyWhenItsViewIsLoaded) {
+    CViewHost host;
+    TavarinProLink_ViewController* view = [Factory() LinkViewControllerFromBundle:Bundle()
+                                                                 effectParameters:nullptr
+                                                                       controller:nullptr];
+    EXPECT_EQ([view retainCount], 1u);
+    EXPECT_EQ(view->m_nCurrentHost, 0);
+    EXPECT_EQ(view->m_Tracks, nil);
+    EXPECT_EQ(host.Asked(), Strings{});
+    [view view];
+    EXPECT_EQ(view->m_nCurrentHost, -1);
+    EXPECT_EQ(host.Asked(), Strings{"S list"});
+    [view release];
+}
+
+TEST_F(ViewFactory, EachCallMakesAControllerWithItsOwnClient) {
+    TavarinProAPTLink_ViewController* one = MakeAPT();
+    TavarinProAPTLink_ViewController* two = MakeAPT();
+    EXPECT_NE(one, two);
+    one->m_Script.m_strLastError = "one";
+    EXPECT_EQ(two->m_Script.m_strLastError, "");
+    EXPECT_EQ(two->m_Script.m_nUpdateCount, -1) << "the client is constructed";
+}
+
+TEST_F(ViewFactory, ControllersHaveTheirFieldsAndNoOthers) {
+    EXPECT_EQ(
+        Fields("TavarinProLink_ViewController"),
+        (Strings{"mEffectParameters", "mController", "m_Script", "m_fAudioSuite", "m_textLastError",
+                 "m_textAdvice", "m_popupTracks", "m_TracksArray", "m_Tracks", "m_nCurrentHost"}));
+    EXPECT_EQ(
+        Fields("TavarinProAPTLink_ViewController"),
+        (Strings{"mEffectParameters", "mController", "m_Script", "m_fAudioSuite", "m_textLastError",
+                 "m_textAdvice", "m_fGuideSelected", "m_fAutoSwitch", "m_btnGuide", "m_btnDub",
+                 "m_btnAutoTrackSwitch", "m_lGuideStart", "m_lGuideEnd", "m_lDubStart", "m_lDubEnd",
+                 "m_imageLogo", "m_nCurrentHost"}));
+    EXPECT_EQ(
+        Fields("TavarinProDoublerLink_ViewController"),
+        (Strings{"mEffectParameters", "mController", "m_Script", "m_fAudioSuite", "m_textLastError",
+                 "m_textAdvice", "m_lInputStart", "m_lInputEnd", "m_imageLogo", "m_nCurrentHost"}));
+    EXPECT_EQ(Fields("TavarinProLink_ViewControllerFactory"), Strings{});
+}
+
+TEST_F(ViewFactory, TabGoesThroughTheButtonsInReadingOrder) {
+    TavarinProAPTLink_ViewController* view = MakeAPT();
+    EXPECT_EQ([view->m_btnGuide nextKeyView], view -> m_btnDub);
+    EXPECT_EQ([view->m_btnDub nextKeyView], view -> m_btnAutoTrackSwitch);
+    EXPECT_EQ([view->m_btnAutoTrackSwitch nextKeyView], view -> m_btnGuide);
+}
+
+TEST_F(ViewFactory, ControlsHaveToolTipsAndActions) {
+    TavarinProAPTLink_ViewController* apt = MakeAPT();
+    NSButton* buttons[] = {apt->m_btnGuide, apt->m_btnDub, apt->m_btnAutoTrackSwitch};
+    const char* actions[] = {"OnGuide:", "OnDub:", "OnAutoTrackSwitch:"};
+    for (int nButton = 0; nButton < 3; ++nButton) {
+        EXPECT_GT([[buttons[nButton] toolTip] length], 0u);
+        EXPECT_EQ([buttons[nButton] target], apt);
+        EXPECT_STREQ([NSStringFromSelector([buttons[nButton] action]) UTF8String],
+                     actions[nButton]);
+    }
+    EXPECT_GT([[MakeLink()->m_popupTracks toolTip] length], 0u);
+}
+
+// The height that a field's text needs at its width.
+CGFloat NeededHeight(NSTextField* field) {
+    const NSSize room = NSMakeSize([field frame].size.width, 10000);
+    return
+        [[field attributedStringValue] boundingRectWithSize:room
+                                                    options:NSStringDrawingUsesLineFragmentOrigin]
+            .size.height;
+}
+
+TEST_F(ViewFactory, LongTextsWrapAndAreNotClipped) {
+    TavarinProLink_ViewController* view = MakeLink();
+    const NSRect area = NSUnionRect([view->m_textLastError frame], [view->m_textAdvice frame]);
+    const CGFloat oneLine = NeededHeight(view->m_textLastError);
+    for (const char* szText :
+         {"Same audio captured previously.",
+          "Warning - Session Sample Rate is: 192000 Tavarin Pro Sample rate is: 44100",
+          "The file \"/Users/somebody/Music/Projects/A rather long name/Captures/2024_05_17/"
+          "Audio_a1b2c3/TavarinPro.Xyz123\" cannot be opened: No such file or directory"}) {
+        view->m_Script.m_strLastError = szText;
+        view->m_Script.m_strAdvice = "This capture has been cancelled";
+        [view SetTextFields];
+        const NSRect error = [view->m_textLastError frame];
+        const NSRect advice = [view->m_textAdvice frame];
+        EXPECT_GE(error.size.height, NeededHeight(view->m_textLastError)) << szText;
+        EXPECT_GE(advice.size.height, NeededHeight(view->m_textAdvice)) << szText;
+        EXPECT_FALSE(NSIntersectsRect(error, advice));
+        EXPECT_TRUE(NSEqualRects(NSUnionRect(error, advice), area));
+    }
+    EXPECT_GT(NeededHeight(view->m_textLastError), 1.5 * oneLine) << "the last text wraps";
+}
+
+TEST_F(ViewFactory, ImagesOfTheNibsAreFound) {
+    TavarinProDoublerLink_ViewController* view = MakeDoubler();
+    ASSERT_NE([view->m_imageLogo image], nil);
+    EXPECT_GT([[view->m_imageLogo image] size].width, 100);
+}
+
+class ViewAssertions : public CViewTest {
+protected:
+    void SetUp() override {
+        CViewTest::SetUp();
+        m_views = {MakeLink(), MakeAPT(), MakeDoubler()};
+    }
+
+    std::vector<AnyView> m_views;
+};
+
+struct CWrongSize {
+    std::int32_t nType;
+    std::uint32_t nSize;
+    const char* szCondition;
+};
+
+const CWrongSize kWrongSizes[] = {
+    {notifyPostAnalyze, 2088, "iNotificationDataSize == sizeof\\(paramPostAnalyze\\)"},
+    {notifyExportSelectedRegion, 2064,
+     "iNotificationDataSize == sizeof\\(paramExportSelectedRegion\\)"},
+    {notifyRenderSelectedRegion, 32,
+     "iNotificationDataSize == sizeof\\(paramRenderSelectedRegion\\)"},
+    {notifyUpdateCount, 8, "iNotificationDataSize == sizeof\\(long \\*\\)"},
+};
+
+TEST_F(ViewAssertions, RecordOfTheWrongSizeStopsTheProcess) {
+    static char record[4096];
+    for (AnyView view : m_views) {
+        for (CWrongSize const& wrong : kWrongSizes) {
+            const std::string strExpected = std::string(": ") + wrong.szCondition + ",";
+            for (const std::uint32_t nSize : {wrong.nSize - 1, wrong.nSize + 1, 0u}) {
+                EXPECT_EXIT([view NotificationReceived:wrong.nType Data:record DataSize:nSize],
+                            testing::KilledBySignal(SIGABRT), strExpected);
+            }
+        }
+    }
+}
+
+TEST_F(ViewAssertions, MissingRecordStopsTheProcess) {
+    for (AnyView view : m_views) {
+        EXPECT_EXIT([view NotificationReceived:notifyPostAnalyze Data:nullptr DataSize:2088],
+                    testing::KilledBySignal(SIGABRT), "pNotificationData != nullptr");
+    }
+}
+
+TEST_F(ViewAssertions, MissingNibStopsTheProcess) {
+    NSString* path =
+        [NSString stringWithUTF8String:m_directory.MakeDirectory("Empty.bundle").c_str()];
+    NSBundle* empty = [NSBundle bundleWithPath:path];
+    ASSERT_NE(empty, nil);
+    for (NSBundle* bundle : {empty, static_cast<NSBundle*>(nil)}) {
+        EXPECT_EXIT([Factory() LinkViewControllerFromBundle:bundle
+                                           effectParameters:nullptr
+                                                 controller:nullptr],
+                    testing::KilledBySignal(SIGABRT), ": viewController != nil,");
+        EXPECT_EXIT([Factory() APTLinkViewControllerFromBundle:bundle
+                                              effectParameters:nullptr
+                                                    controller:nullptr],
+                    testing::KilledBySignal(SIGABRT), ": viewController != nil,");
+        EXPECT_EXIT([Factory() DoublerLinkViewControllerFromBundle:bundle
+                                                  effectParameters:nullptr
+                                                        controller:nullptr],
+                    testing::KilledBySignal(SIGABRT), ": viewController != nil,");
+    }
+}
+
+}  // namespace

@@ -1,0 +1,34 @@
+# Tests of the views. Each program is one entry of ctest, because starting its display takes longer
+# than most of its tests. Without a display they are skipped with one line.
+
+add_library(tavarin_view_test_main STATIC ViewFixture.mm)
+target_link_libraries(tavarin_view_test_main PUBLIC
+    tavarin_link_test_main tavarin_appkit tavarin_warnings)
+target_compile_options(tavarin_view_test_main PUBLIC
+    "$<$<COMPILE_LANG_AND_ID:OBJCXX,GNU>:-fobjc-call-cxx-cdtors>")
+get_target_property(tavarin_bundle TavarinProLink TAVARIN_BUNDLE)
+target_compile_definitions(tavarin_view_test_main PUBLIC
+    TAVARIN_BUNDLE="${tavarin_bundle}"
+    TAVARIN_BUNDLE_IDENTIFIER="${TAVARIN_BUNDLE_IDENTIFIER}")
+
+# tavarin_add_view_test(<name> [LIBS <target>...]): builds <name>.mm, which drives the bundle.
+function(tavarin_add_view_test name)
+    cmake_parse_arguments(ARG "" "" "LIBS" ${ARGN})
+    add_executable(${name} ${name}.mm)
+    target_link_libraries(${name} PRIVATE ${ARG_LIBS} tavarin_view_test_main)
+    add_dependencies(${name} TavarinProLink)
+    add_test(NAME ${name}
+        COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/with-own-defaults"
+                "${PROJECT_SOURCE_DIR}/scripts/with-display" --virtual $<TARGET_FILE:${name}>)
+    # AppKit keeps objects until the process ends; ViewLeakTests looks for leaks of our own.
+    set_tests_properties(${name} PROPERTIES
+        TIMEOUT 300
+        SKIP_RETURN_CODE 77
+        RESOURCE_LOCK tavarin_shared_memory
+        ENVIRONMENT "ASAN_OPTIONS=detect_leaks=0")
+endfunction()
+
+tavarin_add_view_test(LinkViewTests)
+tavarin_add_view_test(APTLinkViewTests)
+tavarin_add_view_test(DoublerLinkViewTests)
+tavarin_add_view_test(ViewFactoryTests)
