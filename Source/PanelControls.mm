@@ -146,6 +146,8 @@ void DrawArrows(NSRect frame) {
 @implementation TavarinProLink_PopUpCell
 
 - (void)drawWithFrame:(NSRect)frame inView:(NSView*)view {
+    // A choice is sent by way of the view that drew the cell last.
+    [self setControlView:view];
     DrawFace(frame, [self isHighlighted], HasFocus(view));
     DrawArrows(frame);
     frame.origin.x += kSideMargin;

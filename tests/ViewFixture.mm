@@ -70,7 +70,18 @@ NSWindow* CViewTest::Show(NSViewController* controller) {
     [window release];
     [window setContentView:view];
     [window makeKeyAndOrderFront:nil];
-    EXPECT_TRUE(WaitFor([window] { return [window isVisible] && [window isKeyWindow]; }));
+    // The focus may still be on its way from a window that closed: it has to stay for some turns.
+    constexpr int kTurns = 15;
+    int nTurns = 0;
+    EXPECT_TRUE(WaitFor([window, &nTurns] {
+        const bool fReady = [window isVisible] && [window isKeyWindow] && [NSApp isActive];
+        if (!fReady) {
+            nTurns = 0;
+            [NSApp activateIgnoringOtherApps:YES];
+            [window makeKeyAndOrderFront:nil];
+        }
+        return fReady && ++nTurns > kTurns;
+    }));
     return window;
 }
 

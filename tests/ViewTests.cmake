@@ -11,10 +11,10 @@ target_compile_definitions(tavarin_view_test_main PUBLIC
     TAVARIN_BUNDLE="${tavarin_bundle}"
     TAVARIN_BUNDLE_IDENTIFIER="${TAVARIN_BUNDLE_IDENTIFIER}")
 
-# tavarin_add_view_test(<name> [LIBS <target>...]): builds <name>.mm, which drives the bundle.
+# tavarin_add_view_test(<name> [LIBS <target>...] [SOURCES <file>...]): builds <name>.mm, which drives the bundle.
 function(tavarin_add_view_test name)
-    cmake_parse_arguments(ARG "" "" "LIBS" ${ARGN})
-    add_executable(${name} ${name}.mm)
+    cmake_parse_arguments(ARG "" "" "LIBS;SOURCES" ${ARGN})
+    add_executable(${name} ${name}.mm ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE ${ARG_LIBS} tavarin_view_test_main)
     add_dependencies(${name} TavarinProLink)
     add_test(NAME ${name}
@@ -32,3 +32,7 @@ tavarin_add_view_test(LinkViewTests)
 tavarin_add_view_test(APTLinkViewTests)
 tavarin_add_view_test(DoublerLinkViewTests)
 tavarin_add_view_test(ViewFactoryTests)
+tavarin_add_view_test(ViewPointerTests SOURCES TestPointer.mm)
+if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
+    tavarin_add_view_test(ViewLeakTests)
+endif()

@@ -1,0 +1,127 @@
+// The views in windows on a display, under a real pointer.
+
+#import "TestPointer.h"
+#import "ViewFixture.h"
+
+namespace {
+
+using Strings = std::vector<std::string>;
+
+// Due at the last of so many looks: AppKit has had as many turns by then.
+struct CAfterLooks {
+    int m_nLooks;
+    bool operator()() { return --m_nLooks < 0; }
+};
+
+class ViewPointer : public CViewTest {
+protected:
+    void SetUp() override {
+        CViewTest::SetUp();
+        [[NSUserDefaults standardUserDefaults] setPersistentDomain:[NSDictionary dictionary]
+                                                           forName:@TAVARIN_BUNDLE_IDENTIFIER];
+        if (!CTestPointer::IsPossible()) GTEST_SKIP() << "no xdotool to move the pointer";
+    }
+
+    // Presses on the pop-up, goes to an entry of the menu that opens and lets go there.
+    bool Pick(NSPopUpButton* popup, int nEntry) {
+        NSArray* known = VisibleWindows();
+        std::vector<CStep> steps;
+        steps.emplace_back(CAfterLooks{0}, [this, popup] {
+            m_pointer.MoveTo(popup);
+            m_pointer.Press();
+        });
+        steps.emplace_back([known] { return IsOpen(known); }, [] {});
+        steps.emplace_back(CAfterLooks{10}, [this, known, popup, nEntry] {
+            const NSRect menu = [[NewWindows(known) objectAtIndex:0] frame];
+            const CGFloat height = menu.size.height / [popup numberOfItems];
+            const CGFloat middle = NSMaxY(menu) - (nEntry + 0.5) * height;
+            m_pointer.MoveTo(NSMakePoint(NSMidX(menu), middle));
+        });
+        steps.emplace_back(CAfterLooks{10}, [this] { m_pointer.Release(); });
+        steps.emplace_back([known] { return !IsOpen(known); }, [] {});
+        return TakeSteps(steps);
+    }
+
+    static bool IsOpen(NSArray* known) { return [NewWindows(known) count] > 0; }
+
+    static std::string Stored() {
+        NSDictionary* values = [[NSUserDefaults standardUserDefaults]
+            persistentDomainForName:@TAVARIN_BUNDLE_IDENTIFIER];
+        NSString* text = [values objectForKey:@"AutoSwitch"];
+        return text == nil ? "" : [text UTF8String];
+    }
+
+    static std::string Picture(NSView* view) {
+        [view display];
+        [view lockFocus];
+        NSBitmapImageRep* image =
+            [[[NSBitmapImageRep alloc] initWithFocusedViewRect:[view bounds]] autorelease];
+        [view unlockFocus];
+        const auto* pixels = reinterpret_cast<const char*>([image bitmapData]);
+        return {pixels, static_cast<std::size_t>([image bytesPerRow] * [image pixelsHigh])};
+    }
+
+    CTestPointer m_pointer;
+};
+
+TEST_F(ViewPointer, PickedTrackGetsTheCapture) {
+    CViewHost host({"Vox", "Gtr"});
+    TavarinProLink_ViewController* view = MakeLink();
+    Show(view);
+    const std::string strFirst = Picture(view->m_popupTracks);
+    host.Asked();
+    ASSERT_TRUE(Pick(view->m_popupTracks, 1));
+    EXPECT_EQ(host.Asked(), Strings{"S list"}) << "opening the pop-up fetches the list";
+    EXPECT_EQ(Selected(view->m_TracksArray), 1);
+    EXPECT_NE(Picture(view->m_popupTracks), strFirst);
+    Capture(view, "/a/x.wav");
+    EXPECT_EQ(host.Asked(),
+              (Strings{"S duplicate 1 /a/x.wav 1000,0,48000", "S add 1 /a/x.wav 1000,0,48000"}));
+
+    host.SetTracks({"Vox"});
+    ASSERT_TRUE(Pick(view->m_popupTracks, 0));
+    EXPECT_EQ(Titles(view->m_popupTracks), Strings{"Vox"});
+    EXPECT_EQ(Selected(view->m_TracksArray), 0);
+    host.Asked();
+    Capture(view, "/a/y.wav");
+    EXPECT_EQ(host.Asked().at(0), "S duplicate 0 /a/y.wav 1000,0,48000");
+}
+
+TEST_F(ViewPointer, SecondOfTwoTracksOfOneNameCanBePicked) {
+    CViewHost host({"Vox", "Vox", "Vox"});
+    TavarinProLink_ViewController* view = MakeLink();
+    Show(view);
+    ASSERT_TRUE(Pick(view->m_popupTracks, 1));
+    EXPECT_EQ(Selected(view->m_TracksArray), 1);
+    ASSERT_TRUE(Pick(view->m_popupTracks, 2));
+    EXPECT_EQ(Selected(view->m_TracksArray), 2);
+}
+
+TEST_F(ViewPointer, ClicksChooseTheTakeAndThePictureFollows) {
+    TavarinProAPTLink_ViewController* view = MakeAPT();
+    Show(view);
+    const std::string strGuide = Picture([view view]);
+    m_pointer.Click(view->m_btnDub);
+    ASSERT_TRUE(WaitFor([view] { return !view->m_fGuideSelected; }));
+    EXPECT_EQ([view->m_btnGuide state], 0);
+    EXPECT_EQ([view->m_btnDub state], 1);
+    EXPECT_NE(Picture([view view]), strGuide);
+    m_pointer.Click(view->m_btnGuide);
+    ASSERT_TRUE(WaitFor([view] { return view->m_fGuideSelected; }));
+    EXPECT_EQ([view->m_btnGuide state], 1);
+    EXPECT_EQ([view->m_btnDub state], 0);
+    m_pointer.Click(view->m_btnGuide);
+    m_pointer.Click(view->m_btnAutoTrackSwitch);
+    ASSERT_TRUE(WaitFor([view] { return view->m_fAutoSwitch; }));
+    EXPECT_EQ([view->m_btnGuide state], 1) << "a second click does not let go of the guide";
+    EXPECT_EQ([view->m_btnAutoTrackSwitch state], 1);
+    EXPECT_EQ(Stored(), "1");
+    const std::string strOn = Picture(view->m_btnAutoTrackSwitch);
+    m_pointer.Click(view->m_btnAutoTrackSwitch);
+    ASSERT_TRUE(WaitFor([view] { return !view->m_fAutoSwitch; }));
+    EXPECT_EQ([view->m_btnAutoTrackSwitch state], 0);
+    EXPECT_EQ(Stored(), "0");
+    EXPECT_NE(Picture(view->m_btnAutoTrackSwitch), strOn);
+}
+
+}  // namespace
