@@ -59,10 +59,13 @@ void CTestPointer::Release() {
     Run({"mouseup", "1"});
 }
 
-void CTestPointer::Click(NSView* view) {
-    MoveTo(view);
-    Press();
-    Release();
+bool CTestPointer::Click(NSView* view) {
+    std::vector<CStep> steps;
+    steps.emplace_back(CAfterLooks{0}, [this, view] { MoveTo(view); });
+    steps.emplace_back(CAfterLooks{5}, [this] { Press(); });
+    steps.emplace_back(CAfterLooks{5}, [this] { Release(); });
+    steps.emplace_back(CAfterLooks{5}, [] {});
+    return TakeSteps(steps);
 }
 
 void CTestPointer::Run(std::vector<std::string> arguments) {

@@ -7,12 +7,6 @@ namespace {
 
 using Strings = std::vector<std::string>;
 
-// Due at the last of so many looks: AppKit has had as many turns by then.
-struct CAfterLooks {
-    int m_nLooks;
-    bool operator()() { return --m_nLooks < 0; }
-};
-
 class ViewPointer : public CViewTest {
 protected:
     void SetUp() override {
@@ -26,10 +20,8 @@ protected:
     bool Pick(NSPopUpButton* popup, int nEntry) {
         NSArray* known = VisibleWindows();
         std::vector<CStep> steps;
-        steps.emplace_back(CAfterLooks{0}, [this, popup] {
-            m_pointer.MoveTo(popup);
-            m_pointer.Press();
-        });
+        steps.emplace_back(CAfterLooks{0}, [this, popup] { m_pointer.MoveTo(popup); });
+        steps.emplace_back(CAfterLooks{5}, [this] { m_pointer.Press(); });
         steps.emplace_back([known] { return IsOpen(known); }, [] {});
         steps.emplace_back(CAfterLooks{10}, [this, known, popup, nEntry] {
             const NSRect menu = [[NewWindows(known) objectAtIndex:0] frame];
@@ -101,23 +93,23 @@ TEST_F(ViewPointer, ClicksChooseTheTakeAndThePictureFollows) {
     TavarinProAPTLink_ViewController* view = MakeAPT();
     Show(view);
     const std::string strGuide = Picture([view view]);
-    m_pointer.Click(view->m_btnDub);
+    ASSERT_TRUE(m_pointer.Click(view->m_btnDub));
     ASSERT_TRUE(WaitFor([view] { return !view->m_fGuideSelected; }));
     EXPECT_EQ([view->m_btnGuide state], 0);
     EXPECT_EQ([view->m_btnDub state], 1);
     EXPECT_NE(Picture([view view]), strGuide);
-    m_pointer.Click(view->m_btnGuide);
+    ASSERT_TRUE(m_pointer.Click(view->m_btnGuide));
     ASSERT_TRUE(WaitFor([view] { return view->m_fGuideSelected; }));
     EXPECT_EQ([view->m_btnGuide state], 1);
     EXPECT_EQ([view->m_btnDub state], 0);
-    m_pointer.Click(view->m_btnGuide);
-    m_pointer.Click(view->m_btnAutoTrackSwitch);
+    ASSERT_TRUE(m_pointer.Click(view->m_btnGuide));
+    ASSERT_TRUE(m_pointer.Click(view->m_btnAutoTrackSwitch));
     ASSERT_TRUE(WaitFor([view] { return view->m_fAutoSwitch; }));
     EXPECT_EQ([view->m_btnGuide state], 1) << "a second click does not let go of the guide";
     EXPECT_EQ([view->m_btnAutoTrackSwitch state], 1);
     EXPECT_EQ(Stored(), "1");
     const std::string strOn = Picture(view->m_btnAutoTrackSwitch);
-    m_pointer.Click(view->m_btnAutoTrackSwitch);
+    ASSERT_TRUE(m_pointer.Click(view->m_btnAutoTrackSwitch));
     ASSERT_TRUE(WaitFor([view] { return !view->m_fAutoSwitch; }));
     EXPECT_EQ([view->m_btnAutoTrackSwitch state], 0);
     EXPECT_EQ(Stored(), "0");

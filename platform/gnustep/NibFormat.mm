@@ -1,6 +1,6 @@
-// GNUstep decides which kind of .xib it has before it by parsing the whole file, and 0.29 never lets
-// go of what it parsed: some hundred kilobytes for every view that is loaded. The same decision is
-// made here, without the leak.
+// GNUstep decides which kind of .xib it has before it by parsing the whole file, and 0.29 never
+// lets go of what it parsed: some hundred kilobytes for every view that is loaded. The same
+// decision is made here, without the leak.
 
 #import <Foundation/Foundation.h>
 #import <GNUstepGUI/GSXibKeyedUnarchiver.h>
