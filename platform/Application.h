@@ -1,0 +1,12 @@
+#pragma once
+
+/// \file
+/// What a program with windows says to the platform's AppKit besides what all of them understand.
+
+/// To be called before the application object is made: the program is one with windows of its own,
+/// and shows no window that only this platform's applications have.
+void PrepareApplication();
+
+/// To be called when the application object is there: from now on an exception that nobody catches
+/// is printed and stops the process, instead of waiting in a panel for a person.
+void StopOnExceptions();

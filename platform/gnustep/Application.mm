@@ -1,0 +1,27 @@
+#include "platform/Application.h"
+
+#import <AppKit/AppKit.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+void Stop(NSException* exception) {
+    std::fprintf(stderr, "%s: %s\n", [[exception name] UTF8String],
+                 [[exception reason] UTF8String]);
+    std::abort();
+}
+
+}  // namespace
+
+void PrepareApplication() {
+    NSDictionary* defaults =
+        [NSDictionary dictionaryWithObjectsAndKeys:@"YES", @"GSSuppressAppIcon", @"NO",
+                                                   @"GSAppOwnsMiniwindow", nil];
+    [[NSUserDefaults standardUserDefaults] registerDefaults:defaults];
+}
+
+void StopOnExceptions() {
+    NSSetUncaughtExceptionHandler(Stop);
+}

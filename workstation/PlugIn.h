@@ -1,0 +1,70 @@
+#pragma once
+
+#import <AppKit/AppKit.h>
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+#import "Source/ViewControllerOperations.h"
+
+/// A controller of any kind.
+typedef NSViewController<TavarinProLink_ViewControllerOperations> CPlugInController;
+
+/// Takes a line for the log.
+using LogFunction = std::function<void(std::string const&)>;
+
+/// The bundle, loaded from its path as a plug-in loads it. Throws `std::runtime_error` when there
+/// is no such bundle or it does not load.
+class CPlugInBundle {
+public:
+    explicit CPlugInBundle(std::string const& strPath);
+    ~CPlugInBundle();
+    CPlugInBundle(CPlugInBundle const&) = delete;
+    CPlugInBundle& operator=(CPlugInBundle const&) = delete;
+
+    /// A new controller for "link", "apt" or "doubler"; the caller owns it.
+    CPlugInController* MakeController(std::string const& strKind) const;
+
+private:
+    NSBundle* m_bundle;
+    id m_factory;
+};
+
+/// One plug-in in the workstation: its view, and the notifications that it sends there. Each
+/// notification is logged with its record before and after.
+class CPlugIn {
+public:
+    CPlugIn(CPlugInBundle const& bundle, std::string strKind, LogFunction log);
+    ~CPlugIn();
+    CPlugIn(CPlugIn const&) = delete;
+    CPlugIn& operator=(CPlugIn const&) = delete;
+
+    std::string const& Kind() const { return m_strKind; }
+    NSView* View() const { return [m_controller view]; }
+    void CheckHost() { [m_controller CheckHost]; }
+
+    /// The view deletes the file when the host has the same audio already.
+    void Capture(std::string const& strFile, double dPosition, double dEnd);
+    /// The path of the exported file; nothing when nothing was exported.
+    std::optional<std::string> Export(int nSampleRate);
+    /// Whether the host rendered.
+    bool Render(int nSampleRate);
+    void Print(std::string const& strText);
+    void AskUpdateCount();
+
+    /// \name What the user does in the view. False when this view has nothing of the kind.
+    /// @{
+    bool ChooseTake(bool fGuide);
+    bool SetAutoSwitch(bool fOn);
+    bool ChooseTrack(int nTrack);
+    /// @}
+
+private:
+    void Notify(std::int32_t nType, void* pRecord, std::uint32_t nSize);
+
+    std::string m_strKind;
+    LogFunction m_log;
+    CPlugInController* m_controller;
+};

@@ -1,0 +1,125 @@
+#import "workstation/PlugIn.h"
+
+#include <algorithm>
+#include <cstring>
+#include <stdexcept>
+
+#include "Source/Notifications.h"
+#import "Source/TavarinProAPTLink_ViewController.h"
+#import "Source/TavarinProLink_ViewController.h"
+#import "Source/TavarinProLink_ViewControllerFactory.h"
+#include "workstation/RecordText.h"
+
+CPlugInBundle::CPlugInBundle(std::string const& strPath)
+    : m_bundle([[NSBundle bundleWithPath:[NSString stringWithUTF8String:strPath.c_str()]] retain]),
+      m_factory(nil) {
+    if (![m_bundle load]) throw std::runtime_error(strPath + " is no bundle that loads");
+    m_factory = [[[m_bundle principalClass] alloc] init];
+    if (m_factory == nil) throw std::runtime_error(strPath + " has no factory");
+}
+
+CPlugInBundle::~CPlugInBundle() {
+    [m_factory release];
+    [m_bundle release];
+}
+
+CPlugInController* CPlugInBundle::MakeController(std::string const& strKind) const {
+    TavarinProLink_ViewControllerFactory* factory = m_factory;
+    id controller = nil;
+    if (strKind == "link") {
+        controller = [factory LinkViewControllerFromBundle:m_bundle
+                                          effectParameters:nullptr
+                                                controller:nullptr];
+    } else if (strKind == "apt") {
+        controller = [factory APTLinkViewControllerFromBundle:m_bundle
+                                             effectParameters:nullptr
+                                                   controller:nullptr];
+    } else {
+        controller = [factory DoublerLinkViewControllerFromBundle:m_bundle
+                                                 effectParameters:nullptr
+                                                       controller:nullptr];
+    }
+    return controller;
+}
+
+CPlugIn::CPlugIn(CPlugInBundle const& bundle, std::string strKind, LogFunction log)
+    : m_strKind(std::move(strKind)),
+      m_log(std::move(log)),
+      m_controller(bundle.MakeController(m_strKind)) {}
+
+CPlugIn::~CPlugIn() {
+    [m_controller release];
+}
+
+void CPlugIn::Capture(std::string const& strFile, double dPosition, double dEnd) {
+    paramPostAnalyze record{};
+    if (strFile.size() >= sizeof(record.szFilePath)) {
+        throw std::runtime_error("the path is too long for a record: " + strFile);
+    }
+    std::memcpy(record.szFilePath, strFile.c_str(), strFile.size() + 1);
+    record.dFilePosition = dPosition;
+    record.dRegionEnd = dEnd;
+    Notify(notifyPostAnalyze, &record, sizeof(record));
+}
+
+std::optional<std::string> CPlugIn::Export(int nSampleRate) {
+    paramExportSelectedRegion record{};
+    record.nSampleRate = nSampleRate;
+    Notify(notifyExportSelectedRegion, &record, sizeof(record));
+    if (!record.fResult) return std::nullopt;
+    return std::string(record.szFilePath, strnlen(record.szFilePath, sizeof(record.szFilePath)));
+}
+
+bool CPlugIn::Render(int nSampleRate) {
+    paramRenderSelectedRegion record{};
+    record.nSampleRate = nSampleRate;
+    Notify(notifyRenderSelectedRegion, &record, sizeof(record));
+    return record.fResult;
+}
+
+void CPlugIn::Print(std::string const& strText) {
+    std::string strRecord = strText;
+    Notify(notifyPrint, strRecord.data(), static_cast<std::uint32_t>(strRecord.size() + 1));
+}
+
+void CPlugIn::AskUpdateCount() {
+    paramUpdateCount record{};
+    Notify(notifyUpdateCount, &record, sizeof(record));
+}
+
+bool CPlugIn::ChooseTake(bool fGuide) {
+    if (m_strKind != "apt") return false;
+    auto* view = (TavarinProAPTLink_ViewController*)m_controller;
+    [(fGuide ? view->m_btnGuide : view->m_btnDub) performClick:nil];
+    return view->m_fGuideSelected == fGuide;
+}
+
+bool CPlugIn::SetAutoSwitch(bool fOn) {
+    if (m_strKind != "apt") return false;
+    auto* view = (TavarinProAPTLink_ViewController*)m_controller;
+    if (view->m_fAutoSwitch != fOn) [view->m_btnAutoTrackSwitch performClick:nil];
+    return view->m_fAutoSwitch == fOn;
+}
+
+bool CPlugIn::ChooseTrack(int nTrack) {
+    if (m_strKind != "link") return false;
+    auto* view = (TavarinProLink_ViewController*)m_controller;
+    [view FillTrackList:nil];
+    const auto nTracks = static_cast<int>([view->m_Tracks count]);
+    if (nTrack < 0 || nTrack >= nTracks) return false;
+    [view->m_TracksArray setSelectionIndex:nTrack];
+    return true;
+}
+
+void CPlugIn::Notify(std::int32_t nType, void* pRecord, std::uint32_t nSize) {
+    const std::string strName = NotificationName(nType);
+    const std::string strBefore = RecordText(nType, pRecord);
+    m_log(m_strKind + "  " + strName + "  before  " + strBefore);
+    const std::int32_t nResult = [m_controller NotificationReceived:nType
+                                                               Data:pRecord
+                                                           DataSize:nSize];
+    const std::string strAfter = RecordText(nType, pRecord);
+    m_log(m_strKind + "  " + strName + "  after   " +
+          (strAfter == strBefore ? "(unchanged)" : strAfter) + "  returned " +
+          std::to_string(nResult));
+}

@@ -1,0 +1,309 @@
+#import "workstation/Window.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+
+#import "Source/PanelDrawing.h"
+#include "colours/ComponentCodes.h"
+#import "workstation/Screenshot.h"
+
+namespace {
+
+// Every panel is as large as a plug-in's view; together they fill a grid, with the log below.
+constexpr CGFloat kPanelWidth = 420;
+constexpr CGFloat kPanelHeight = 232;
+constexpr CGFloat kGap = 12;
+constexpr CGFloat kLogHeight = 190;
+constexpr CGFloat kMargin = 20;
+constexpr CGFloat kControlHeight = 30;
+constexpr CGFloat kLogSize = 11;
+constexpr NSTimeInterval kCheckHostsEvery = 0.5;
+constexpr NSTimeInterval kStepsEvery = 0.15;
+
+struct CKindName {
+    const char* szKind;
+    NSString* title;
+};
+
+const CKindName kKindNames[] = {{"link", @"Link"}, {"apt", @"APT"}, {"doubler", @"Doubler"}};
+
+NSString* TitleOf(std::string const& strKind) {
+    const auto* found =
+        std::find_if(std::begin(kKindNames), std::end(kKindNames),
+                     [&strKind](CKindName const& name) { return strKind == name.szKind; });
+    return found == std::end(kKindNames) ? @"" : found->title;
+}
+
+// The frame of a panel in a grid that is filled row by row from the top.
+NSRect PanelFrame(std::size_t nPanel, std::size_t nColumns, std::size_t nRows) {
+    const std::size_t nRow = nPanel / nColumns;
+    const std::size_t nColumn = nPanel % nColumns;
+    return NSMakeRect(kGap + nColumn * (kPanelWidth + kGap),
+                      kGap + kLogHeight + kGap + (nRows - 1 - nRow) * (kPanelHeight + kGap),
+                      kPanelWidth, kPanelHeight);
+}
+
+double ToPosition(NSTextField* field) {
+    return std::max(0.0, [field doubleValue]);
+}
+
+}  // namespace
+
+/// What lies between the panels.
+@interface TavarinWorkstation_Desk : NSView
+@end
+
+@implementation TavarinWorkstation_Desk
+- (void)drawRect:(NSRect)dirty {
+    [PanelColour(ccTrackBackground) set];
+    NSRectFill(dirty);
+}
+- (BOOL)isOpaque {
+    return YES;
+}
+@end
+
+@interface TavarinWorkstation_Window (Private)
+- (void)MakeWindow;
+- (NSView*)MakeTransport;
+- (NSView*)MakeLog:(NSRect)frame;
+- (void)Log:(std::string const&)strLine;
+- (void)ShowChosen;
+- (BOOL)Take:(CStep const&)step;
+@end
+
+@implementation TavarinWorkstation_Window
+
+- (id)initWithArguments:(CArguments const&)arguments {
+    self = [super init];
+    if (self == nil) return nil;
+    m_arguments = arguments;
+    TavarinWorkstation_Window* window = self;
+    CWorkSession::CDisplay display;
+    display.log = [window](std::string const& strLine) { [window Log:strLine]; };
+    display.showTake = [window](CAudioClip const& clip) { [window->m_takePanel Show:clip]; };
+    display.showResult = [window](CAudioClip const& clip) { [window->m_resultPanel Show:clip]; };
+    display.showChosen = [window](CPlugIn const&) { [window ShowChosen]; };
+    m_session = std::make_unique<CWorkSession>(arguments, display);
+    [self MakeWindow];
+    [self ShowChosen];
+    return self;
+}
+
+- (void)dealloc {
+    [m_timerHosts invalidate];
+    [m_window setContentView:[[[NSView alloc] initWithFrame:NSZeroRect] autorelease]];
+    [m_window close];
+    [m_window release];
+    [m_chooseButtons release];
+    [super dealloc];
+}
+
+- (void)Start {
+    [m_window makeKeyAndOrderFront:nil];
+    m_timerHosts = [NSTimer scheduledTimerWithTimeInterval:kCheckHostsEvery
+                                                    target:self
+                                                  selector:@selector(CheckHosts:)
+                                                  userInfo:nil
+                                                   repeats:YES];
+    [self performSelector:@selector(NextStep:) withObject:nil afterDelay:kStepsEvery];
+}
+
+- (BOOL)HasFailed {
+    return m_fFailed;
+}
+
+- (void)CheckHosts:(NSTimer*)timer {
+    m_session->CheckHosts();
+}
+
+- (void)NextStep:(id)unused {
+    if (m_nNextStep >= m_arguments.steps.size()) return;
+    CStep const step = m_arguments.steps[m_nNextStep++];
+    if (step.kind == StepKind::Quit) {
+        [NSApp terminate:nil];
+        return;
+    }
+    if (![self Take:step]) m_fFailed = YES;
+    const NSTimeInterval delay = step.kind == StepKind::Wait ? step.dNumber : kStepsEvery;
+    [self performSelector:@selector(NextStep:) withObject:nil afterDelay:delay];
+}
+
+- (BOOL)Take:(CStep const&)step {
+    if (step.kind != StepKind::Screenshot) return m_session->Take(step);
+    m_session->CheckHosts();
+    if (WriteScreenshot([m_window contentView], step.strText)) return YES;
+    [self Log:"failed: cannot write " + step.strText];
+    return NO;
+}
+
+- (void)TakeStep:(StepKind)kind text:(std::string const&)strText {
+    [self Take:CStep{kind, strText, ToPosition(m_textPosition)}];
+}
+
+- (void)OnChoose:(id)sender {
+    const auto nChosen = static_cast<std::size_t>([m_chooseButtons indexOfObject:sender]);
+    [self TakeStep:StepKind::PlugIn text:m_session->PlugIns().at(nChosen)->Kind()];
+}
+
+- (void)OnGuideTake:(id)sender {
+    [self TakeStep:StepKind::Capture text:"guide"];
+}
+
+- (void)OnDubTake:(id)sender {
+    [self TakeStep:StepKind::Capture text:"dub"];
+}
+
+- (void)OnFileTake:(id)sender {
+    NSOpenPanel* panel = [NSOpenPanel openPanel];
+    if ([panel runModal] != NSOKButton) return;
+    [self TakeStep:StepKind::Capture text:[[[panel filenames] objectAtIndex:0] UTF8String]];
+}
+
+- (void)OnRender:(id)sender {
+    [self TakeStep:StepKind::Render text:""];
+}
+
+- (void)OnExport:(id)sender {
+    [self TakeStep:StepKind::Export text:""];
+}
+
+- (void)OnPrint:(id)sender {
+    [self TakeStep:StepKind::Print text:"Hello from the workstation"];
+}
+
+- (void)OnUpdateCount:(id)sender {
+    [self TakeStep:StepKind::UpdateCount text:""];
+}
+
+- (void)MakeWindow {
+    const std::size_t nPlugIns = m_session->PlugIns().size();
+    const std::size_t nColumns = nPlugIns > 1 ? 3 : 2;
+    const std::size_t nRows = 2;
+    const CGFloat width = kGap + nColumns * (kPanelWidth + kGap);
+    const CGFloat height = kGap + kLogHeight + kGap + nRows * (kPanelHeight + kGap);
+    m_window = [[NSWindow alloc]
+        initWithContentRect:NSMakeRect(40, 60, width, height)
+                  styleMask:NSTitledWindowMask | NSClosableWindowMask | NSMiniaturizableWindowMask
+                    backing:NSBackingStoreBuffered
+                      defer:NO];
+    [m_window setReleasedWhenClosed:NO];
+    [m_window setTitle:@"Tavarin workstation"];
+    NSView* desk = [[[TavarinWorkstation_Desk alloc] initWithFrame:NSZeroRect] autorelease];
+    [m_window setContentView:desk];
+
+    NSMutableArray* panels = [NSMutableArray array];
+    for (auto const& plugIn : m_session->PlugIns()) [panels addObject:plugIn->View()];
+    [panels addObject:[self MakeTransport]];
+    const NSRect frame = NSMakeRect(0, 0, kPanelWidth, kPanelHeight);
+    m_takePanel = [[[TavarinWorkstation_WaveformPanel alloc] initWithFrame:frame
+                                                                     title:@"Take"] autorelease];
+    m_resultPanel =
+        [[[TavarinWorkstation_WaveformPanel alloc] initWithFrame:frame
+                                                           title:@"From the host"] autorelease];
+    [m_resultPanel SetBright:YES];
+    [panels addObject:m_takePanel];
+    [panels addObject:m_resultPanel];
+    for (NSUInteger nPanel = 0; nPanel < [panels count]; ++nPanel) {
+        NSView* panel = [panels objectAtIndex:nPanel];
+        [panel setFrame:PanelFrame(nPanel, nColumns, nRows)];
+        [desk addSubview:panel];
+    }
+    [desk addSubview:[self MakeLog:NSMakeRect(kGap, kGap, width - 2 * kGap, kLogHeight)]];
+}
+
+- (NSView*)MakeTransport {
+    NSView* panel =
+        [[[TavarinWorkstation_Panel alloc] initWithFrame:NSMakeRect(0, 0, kPanelWidth, kPanelHeight)
+                                                   title:@"Workstation"] autorelease];
+    const CGFloat third = (kPanelWidth - 2 * kMargin - 2 * 8) / 3;
+    const auto place = [third](int nColumn, CGFloat y, CGFloat height) {
+        return NSMakeRect(kMargin + nColumn * (third + 8), y, third, height);
+    };
+    m_chooseButtons = [[NSMutableArray alloc] init];
+    if (m_session->PlugIns().size() > 1) {
+        CGFloat x = kPanelWidth - kMargin;
+        for (std::size_t nPlugIn = m_session->PlugIns().size(); nPlugIn-- > 0;) {
+            const CGFloat width = 68;
+            x -= width;
+            NSButton* button =
+                MakeButton(TitleOf(m_session->PlugIns()[nPlugIn]->Kind()),
+                           NSMakeRect(x, kPanelHeight - 33, width, 26), self, @selector(OnChoose:),
+                           @"What follows goes to this plug-in");
+            x -= 6;
+            [m_chooseButtons insertObject:button atIndex:0];
+            [panel addSubview:button];
+        }
+    }
+    struct CButton {
+        NSString* title;
+        SEL action;
+        NSString* toolTip;
+        int nColumn;
+        CGFloat y;
+    };
+    const CButton buttons[] = {
+        {@"Guide", @selector(OnGuideTake:), @"Capture the built-in guide", 0, 92},
+        {@"Dub", @selector(OnDubTake:), @"Capture the built-in dub", 1, 92},
+        {@"File...", @selector(OnFileTake:), @"Capture a sound file", 2, 92},
+        {@"Render", @selector(OnRender:), @"Have the host render its selected region", 0, 24},
+        {@"Export", @selector(OnExport:), @"Fetch the host's selected region as a file", 1, 24},
+        {@"Print", @selector(OnPrint:), @"Have the host print a greeting", 2, 24},
+    };
+    [panel addSubview:MakeLabel(@"Position, in samples", place(0, 168, 16), 11)];
+    m_textPosition = MakeField(@"48000", place(0, 136, 26));
+    [panel addSubview:m_textPosition];
+    [panel addSubview:MakeLabel(@"Capture", NSMakeRect(kMargin, 123, 200, 13), 11)];
+    [panel addSubview:MakeLabel(@"Fetch", NSMakeRect(kMargin, 58, 200, 16), 11)];
+    for (CButton const& button : buttons) {
+        [panel addSubview:MakeButton(button.title, place(button.nColumn, button.y, kControlHeight),
+                                     self, button.action, button.toolTip)];
+    }
+    [panel addSubview:MakeButton(@"Update count", place(2, 134, kControlHeight), self,
+                                 @selector(OnUpdateCount:), @"Ask for the host's update count")];
+    return panel;
+}
+
+- (NSView*)MakeLog:(NSRect)frame {
+    NSScrollView* scroll = [[[NSScrollView alloc] initWithFrame:frame] autorelease];
+    [scroll setHasVerticalScroller:YES];
+    [scroll setBorderType:NSNoBorder];
+    const NSSize size = [scroll contentSize];
+    m_textLog =
+        [[[NSTextView alloc] initWithFrame:NSMakeRect(0, 0, size.width, size.height)] autorelease];
+    [m_textLog setEditable:NO];
+    [m_textLog setFont:[NSFont userFixedPitchFontOfSize:kLogSize]];
+    [m_textLog setTextColor:PanelColour(ccControlText)];
+    [m_textLog setBackgroundColor:PanelColour(ccTextEditorBackground)];
+    [m_textLog setVerticallyResizable:YES];
+    [m_textLog setHorizontallyResizable:NO];
+    [m_textLog setMaxSize:NSMakeSize(1e6, 1e6)];
+    [[m_textLog textContainer] setWidthTracksTextView:YES];
+    [m_textLog setTextContainerInset:NSMakeSize(8, 8)];
+    [scroll setDocumentView:m_textLog];
+    return scroll;
+}
+
+- (void)Log:(std::string const&)strLine {
+    std::printf("%s\n", strLine.c_str());
+    std::fflush(stdout);
+    NSDictionary* attributes =
+        [NSDictionary dictionaryWithObjectsAndKeys:[NSFont userFixedPitchFontOfSize:kLogSize],
+                                                   NSFontAttributeName, PanelColour(ccControlText),
+                                                   NSForegroundColorAttributeName, nil];
+    NSAttributedString* line =
+        [[[NSAttributedString alloc] initWithString:[Text(strLine) stringByAppendingString:@"\n"]
+                                         attributes:attributes] autorelease];
+    [[m_textLog textStorage] appendAttributedString:line];
+    [m_textLog scrollRangeToVisible:NSMakeRange([[m_textLog string] length], 0)];
+}
+
+- (void)ShowChosen {
+    for (NSUInteger nPlugIn = 0; nPlugIn < [m_chooseButtons count]; ++nPlugIn) {
+        const bool fChosen = m_session->PlugIns()[nPlugIn].get() == &m_session->Chosen();
+        [[m_chooseButtons objectAtIndex:nPlugIn] setState:fChosen ? 1 : 0];
+    }
+}
+
+@end

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "workstation/Arguments.h"
+#include "workstation/AudioClip.h"
+#import "workstation/PlugIn.h"
+#include "workstation/Takes.h"
+
+/// What the workstation does, whether a person presses its buttons or the command line names the
+/// steps. One object, on the thread of the user interface.
+class CWorkSession {
+public:
+    /// How a session shows itself.
+    struct CDisplay {
+        LogFunction log;
+        std::function<void(CAudioClip const&)> showTake;
+        std::function<void(CAudioClip const&)> showResult;
+        std::function<void(CPlugIn const&)> showChosen;
+    };
+
+    /// Throws `std::runtime_error` when the bundle or the directory for captures is not usable.
+    CWorkSession(CArguments const& arguments, CDisplay display);
+
+    std::vector<std::unique_ptr<CPlugIn>> const& PlugIns() const { return m_plugIns; }
+    CPlugIn& Chosen() const { return *m_pChosen; }
+
+    /// Lets every view look which host is current.
+    void CheckHosts();
+
+    /// Takes one step other than waiting, a screenshot and the end. False, with a line in the log,
+    /// when it failed.
+    bool Take(CStep const& step);
+
+    /// The path of what came back last; empty when nothing did.
+    std::string const& Result() const { return m_strResult; }
+
+private:
+    bool Choose(std::string const& strKind);
+    bool Capture(std::string const& strTake, double dPosition);
+    bool Export(std::string const& strFile);
+    bool Carry(CStep const& step);
+
+    CDisplay m_display;
+    CPlugInBundle m_bundle;
+    CTakes m_takes;
+    std::vector<std::unique_ptr<CPlugIn>> m_plugIns;
+    CPlugIn* m_pChosen;
+    int m_nSampleRate = 48000;
+    std::string m_strResult;
+};

@@ -1,0 +1,69 @@
+#import <AppKit/AppKit.h>
+
+#include <cstdio>
+#include <stdexcept>
+
+#include "colours/ComponentColour.h"
+#include "colours/DefaultColours.h"
+#include "platform/Application.h"
+#include "workstation/Arguments.h"
+#import "workstation/Window.h"
+
+namespace {
+
+constexpr int kExitDone = 0;
+constexpr int kExitFailed = 1;
+
+}  // namespace
+
+/// Ends the program with its last window, and says how it went.
+@interface TavarinWorkstation_Delegate : NSObject {
+@public
+    TavarinWorkstation_Window* m_window;
+}
+@end
+
+@implementation TavarinWorkstation_Delegate
+
+- (void)applicationDidFinishLaunching:(NSNotification*)notification {
+    [m_window Start];
+}
+
+- (BOOL)applicationShouldTerminateAfterLastWindowClosed:(id)application {
+    return YES;
+}
+
+- (void)applicationWillTerminate:(NSNotification*)notification {
+    // The application ends the process itself, so what has to be tidied and said is done here.
+    const bool fFailed = [m_window HasFailed];
+    [m_window release];
+    m_window = nil;
+    [[NSUserDefaults standardUserDefaults] synchronize];
+    std::fflush(stdout);
+    if (fFailed) std::exit(kExitFailed);
+}
+
+@end
+
+int main(int argc, char** argv) {
+    int nStatus = kExitDone;
+    const std::optional<CArguments> arguments = ReadArguments(argc, argv, &nStatus);
+    if (!arguments) return nStatus;
+
+    NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
+    PrepareApplication();
+    [NSApplication sharedApplication];
+    StopOnExceptions();
+    AppCreateDefaultColoursDesigner(&gAppColours);
+    TavarinWorkstation_Delegate* delegate = [[TavarinWorkstation_Delegate alloc] init];
+    try {
+        delegate->m_window = [[TavarinWorkstation_Window alloc] initWithArguments:*arguments];
+    } catch (std::runtime_error const& failure) {
+        std::fprintf(stderr, "tavarin-workstation: %s\n", failure.what());
+        return kExitFailed;
+    }
+    [NSApp setDelegate:(id)delegate];
+    [NSApp run];
+    [pool drain];
+    return kExitDone;
+}
