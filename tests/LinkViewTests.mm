@@ -368,6 +368,25 @@ TEST_F(LinkView, PopUpMayOutliveItsController) {
     [popup release];
 }
 
+NSImageView* Logo(TavarinProLink_ViewController* view) {
+    for (NSUInteger nIndex = 0; nIndex < [[[view view] subviews] count]; ++nIndex) {
+        NSView* part = [[[view view] subviews] objectAtIndex:nIndex];
+        if ([part isKindOfClass:[NSImageView class]] && [part frame].size.width > 100) {
+            return (NSImageView*)part;
+        }
+    }
+    return nil;
+}
+
+TEST_F(LinkView, LogoShowsOnlyWhenThereIsNoError) {
+    TavarinProLink_ViewController* view = MakeLink();
+    ASSERT_NE(Logo(view), nil);
+    EXPECT_TRUE([Logo(view) isHidden]);
+    CViewHost host;
+    OpenPopUp(view);
+    EXPECT_FALSE([Logo(view) isHidden]);
+}
+
 TEST_F(LinkView, TwoViewsListForThemselves) {
     CViewHost host;
     TavarinProLink_ViewController* one = MakeLink();

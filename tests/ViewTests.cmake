@@ -11,21 +11,27 @@ target_compile_definitions(tavarin_view_test_main PUBLIC
     TAVARIN_BUNDLE="${tavarin_bundle}"
     TAVARIN_BUNDLE_IDENTIFIER="${TAVARIN_BUNDLE_IDENTIFIER}")
 
-# tavarin_add_view_test(<name> [LIBS <target>...] [SOURCES <file>...]): builds <name>.mm, which drives the bundle.
-function(tavarin_add_view_test name)
-    cmake_parse_arguments(ARG "" "" "LIBS;SOURCES" ${ARGN})
-    add_executable(${name} ${name}.mm ${ARG_SOURCES})
-    target_link_libraries(${name} PRIVATE ${ARG_LIBS} tavarin_view_test_main)
-    add_dependencies(${name} TavarinProLink)
+# tavarin_register_view_test(<name>): runs a program on a display and with user defaults of its own.
+function(tavarin_register_view_test name)
     add_test(NAME ${name}
         COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/with-own-defaults"
                 "${PROJECT_SOURCE_DIR}/scripts/with-display" --virtual $<TARGET_FILE:${name}>)
     # AppKit keeps objects until the process ends; ViewLeakTests looks for leaks of our own.
     set_tests_properties(${name} PROPERTIES
-        TIMEOUT 300
+        TIMEOUT 600
         SKIP_RETURN_CODE 77
         RESOURCE_LOCK tavarin_shared_memory
         ENVIRONMENT "ASAN_OPTIONS=detect_leaks=0")
+endfunction()
+
+# tavarin_add_view_test(<name> [LIBS <target>...] [SOURCES <file>...]): builds <name>.mm, which
+# drives the bundle.
+function(tavarin_add_view_test name)
+    cmake_parse_arguments(ARG "" "" "LIBS;SOURCES" ${ARGN})
+    add_executable(${name} ${name}.mm ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE ${ARG_LIBS} tavarin_view_test_main)
+    add_dependencies(${name} TavarinProLink)
+    tavarin_register_view_test(${name})
 endfunction()
 
 tavarin_add_view_test(LinkViewTests)
@@ -35,4 +41,28 @@ tavarin_add_view_test(ViewFactoryTests)
 tavarin_add_view_test(ViewPointerTests SOURCES TestPointer.mm)
 if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
     tavarin_add_view_test(ViewLeakTests)
+endif()
+if(TARGET tavarin-host)
+    tavarin_add_view_test(HostRestartViewTests)
+    target_compile_definitions(HostRestartViewTests PRIVATE
+        TAVARIN_HOST_PROGRAM="$<TARGET_FILE:tavarin-host>")
+    add_dependencies(HostRestartViewTests tavarin-host)
+endif()
+
+# This one is linked with the views themselves, and loads no bundle.
+add_executable(ViewSupportTests ViewSupportTests.mm $<TARGET_OBJECTS:tavarin_views>)
+target_link_libraries(ViewSupportTests PRIVATE tavarin_views GTest::gtest GTest::gtest_main)
+tavarin_register_view_test(ViewSupportTests)
+
+if(TARGET tavarin-host AND TARGET tavarin-workstation)
+    add_executable(WorkstationTests WorkstationTests.cpp)
+    target_link_libraries(WorkstationTests PRIVATE
+        tavarin_link_test_main PkgConfig::SNDFILE tavarin_warnings)
+    target_compile_definitions(WorkstationTests PRIVATE
+        TAVARIN_BUNDLE="${tavarin_bundle}"
+        TAVARIN_BUNDLE_IDENTIFIER="${TAVARIN_BUNDLE_IDENTIFIER}"
+        TAVARIN_HOST_PROGRAM="$<TARGET_FILE:tavarin-host>"
+        TAVARIN_WORKSTATION_PROGRAM="$<TARGET_FILE:tavarin-workstation>")
+    add_dependencies(WorkstationTests tavarin-host tavarin-workstation)
+    tavarin_register_view_test(WorkstationTests)
 endif()

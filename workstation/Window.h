@@ -30,6 +30,10 @@
 /// Opens the window and begins.
 - (void)Start;
 
+/// Lets the plug-ins go and removes temporary captures. Nothing can be done with the window
+/// afterwards.
+- (void)Finish;
+
 /// Whether a step of the command line has failed.
 - (BOOL)HasFailed;
 

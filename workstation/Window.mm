@@ -16,7 +16,12 @@ constexpr CGFloat kPanelHeight = 232;
 constexpr CGFloat kGap = 12;
 constexpr CGFloat kLogHeight = 190;
 constexpr CGFloat kMargin = 20;
-constexpr CGFloat kControlHeight = 30;
+constexpr CGFloat kControlHeight = 28;
+constexpr CGFloat kPositionRow = 140;
+constexpr CGFloat kCaptureRow = 80;
+constexpr CGFloat kHostRow = 20;
+constexpr CGFloat kCaptionHeight = 16;
+constexpr CGFloat kCaptionSize = 11;
 constexpr CGFloat kLogSize = 11;
 constexpr NSTimeInterval kCheckHostsEvery = 0.5;
 constexpr NSTimeInterval kStepsEvery = 0.15;
@@ -92,9 +97,6 @@ double ToPosition(NSTextField* field) {
 }
 
 - (void)dealloc {
-    [m_timerHosts invalidate];
-    [m_window setContentView:[[[NSView alloc] initWithFrame:NSZeroRect] autorelease]];
-    [m_window close];
     [m_window release];
     [m_chooseButtons release];
     [super dealloc];
@@ -108,6 +110,15 @@ double ToPosition(NSTextField* field) {
                                                   userInfo:nil
                                                    repeats:YES];
     [self performSelector:@selector(NextStep:) withObject:nil afterDelay:kStepsEvery];
+}
+
+- (void)Finish {
+    [m_timerHosts invalidate];
+    m_timerHosts = nil;
+    [NSObject cancelPreviousPerformRequestsWithTarget:self];
+    [m_window orderOut:nil];
+    [m_window setContentView:[[[NSView alloc] initWithFrame:NSZeroRect] autorelease]];
+    m_session.reset();
 }
 
 - (BOOL)HasFailed {
@@ -244,30 +255,42 @@ double ToPosition(NSTextField* field) {
         CGFloat y;
     };
     const CButton buttons[] = {
-        {@"Guide", @selector(OnGuideTake:), @"Capture the built-in guide", 0, 92},
-        {@"Dub", @selector(OnDubTake:), @"Capture the built-in dub", 1, 92},
-        {@"File...", @selector(OnFileTake:), @"Capture a sound file", 2, 92},
-        {@"Render", @selector(OnRender:), @"Have the host render its selected region", 0, 24},
-        {@"Export", @selector(OnExport:), @"Fetch the host's selected region as a file", 1, 24},
-        {@"Print", @selector(OnPrint:), @"Have the host print a greeting", 2, 24},
+        {@"Guide", @selector(OnGuideTake:), @"Capture the built-in guide", 0, kCaptureRow},
+        {@"Dub", @selector(OnDubTake:), @"Capture the built-in dub", 1, kCaptureRow},
+        {@"File...", @selector(OnFileTake:), @"Capture a sound file", 2, kCaptureRow},
+        {@"Render", @selector(OnRender:), @"Have the host render its selected region", 0, kHostRow},
+        {@"Export", @selector(OnExport:), @"Fetch the host's selected region as a file", 1,
+         kHostRow},
+        {@"Print", @selector(OnPrint:), @"Have the host print a greeting", 2, kHostRow},
+        {@"Update count", @selector(OnUpdateCount:), @"Ask for the host's update count", 2,
+         kPositionRow},
     };
-    [panel addSubview:MakeLabel(@"Position, in samples", place(0, 168, 16), 11)];
-    m_textPosition = MakeField(@"48000", place(0, 136, 26));
-    [panel addSubview:m_textPosition];
-    [panel addSubview:MakeLabel(@"Capture", NSMakeRect(kMargin, 123, 200, 13), 11)];
-    [panel addSubview:MakeLabel(@"Fetch", NSMakeRect(kMargin, 58, 200, 16), 11)];
     for (CButton const& button : buttons) {
         [panel addSubview:MakeButton(button.title, place(button.nColumn, button.y, kControlHeight),
                                      self, button.action, button.toolTip)];
     }
-    [panel addSubview:MakeButton(@"Update count", place(2, 134, kControlHeight), self,
-                                 @selector(OnUpdateCount:), @"Ask for the host's update count")];
+    struct CCaption {
+        NSString* title;
+        CGFloat y;
+    };
+    const CCaption captions[] = {{@"Position, in samples", kPositionRow},
+                                 {@"Capture a take there", kCaptureRow},
+                                 {@"Ask the host", kHostRow}};
+    for (CCaption const& caption : captions) {
+        const NSRect frame = NSMakeRect(kMargin, caption.y + kControlHeight + 4,
+                                        kPanelWidth - 2 * kMargin, kCaptionHeight);
+        [panel addSubview:MakeLabel(caption.title, frame, kCaptionSize)];
+    }
+    m_textPosition = MakeField(@"48000", place(0, kPositionRow + 2, kControlHeight - 4));
+    [panel addSubview:m_textPosition];
     return panel;
 }
 
 - (NSView*)MakeLog:(NSRect)frame {
     NSScrollView* scroll = [[[NSScrollView alloc] initWithFrame:frame] autorelease];
-    [scroll setHasVerticalScroller:YES];
+    // A scroller would be the one bright thing here; the wheel works without.
+    [scroll setHasVerticalScroller:NO];
+    [scroll setHasHorizontalScroller:NO];
     [scroll setBorderType:NSNoBorder];
     const NSSize size = [scroll contentSize];
     m_textLog =

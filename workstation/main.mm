@@ -36,6 +36,7 @@ constexpr int kExitFailed = 1;
 - (void)applicationWillTerminate:(NSNotification*)notification {
     // The application ends the process itself, so what has to be tidied and said is done here.
     const bool fFailed = [m_window HasFailed];
+    [m_window Finish];
     [m_window release];
     m_window = nil;
     [[NSUserDefaults standardUserDefaults] synchronize];

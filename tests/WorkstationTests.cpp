@@ -1,0 +1,167 @@
+// The program tavarin-workstation, unattended, against the program tavarin-host.
+
+#include <gtest/gtest.h>
+#include <sndfile.h>
+
+#include <memory>
+#include <optional>
+
+#include "ChildProcess.h"
+#include "ScopedEnvironment.h"
+#include "TemporaryDirectory.h"
+#include "link/TANClientInterProcess.h"
+
+namespace {
+
+using Strings = std::vector<std::string>;
+
+class Workstation : public testing::Test {
+protected:
+    void StartHost() {
+        m_host.emplace(Strings{TAVARIN_HOST_PROGRAM, "--quiet", "--tracks", "Guide,Dub,Out,Double"},
+                       m_directory.File("host.out"), m_directory.File("host.err"));
+        for (int nTry = 0; nTry < 500; ++nTry) {
+            if (m_client.GetCurrentIdFromMainDirectory() > 0) return;
+            usleep(10'000);
+        }
+        FAIL() << "the host did not start: " << m_directory.Read("host.err");
+    }
+
+    std::unique_ptr<CChildProcess> Start(std::string const& strName, Strings arguments) {
+        arguments.insert(arguments.begin(), TAVARIN_WORKSTATION_PROGRAM);
+        return std::make_unique<CChildProcess>(arguments, m_directory.File(strName + ".out"),
+                                               m_directory.File(strName + ".err"));
+    }
+    int Run(Strings const& arguments) { return Start("run", arguments)->Wait(); }
+    std::string Log() const { return m_directory.Read("run.out"); }
+    bool HasLine(std::string const& strPart) const {
+        return Log().find(strPart) != std::string::npos;
+    }
+
+    sf_count_t Frames(std::string const& strName) const {
+        SF_INFO info{};
+        SNDFILE* const pFile = sf_open(m_directory.File(strName).c_str(), SFM_READ, &info);
+        if (pFile) sf_close(pFile);
+        return info.frames;
+    }
+
+    CTemporaryDirectory m_directory;
+    CTANClientInterProcess m_client;
+    std::optional<CChildProcess> m_host;
+};
+
+TEST_F(Workstation, RunsAWholeCycle) {
+    StartHost();
+    // What the program keeps for itself goes where this test can look.
+    const CScopedEnvironment temporary("TMPDIR", m_directory.MakeDirectory("tmp"));
+    ASSERT_EQ(Run({"--view", "apt", "--auto-switch", "on", "--capture", "guide@48000", "--capture",
+                   "dub@52000", "--render", "--export", m_directory.File("aligned.wav"),
+                   "--screenshot", m_directory.File("window.png"), "--quit"}),
+              0)
+        << Log() << m_directory.Read("run.err");
+    EXPECT_EQ(Frames("aligned.wav"), 144000);
+    EXPECT_TRUE(
+        HasLine("apt  TASR  after   nSampleRate 48000  lStart 48000  lEnd 192000  fResult 1"));
+    EXPECT_EQ(m_directory.Read("window.png").substr(1, 3), "PNG");
+    EXPECT_TRUE(std::filesystem::is_empty(m_directory.File("tmp"))) << "captures are tidied away";
+}
+
+TEST_F(Workstation, StoresTheSwitchInTheUsersDefaults) {
+    const std::string strFile =
+        std::string(std::getenv("TAVARIN_TEST_DEFAULTS")) + "/" TAVARIN_BUNDLE_IDENTIFIER ".plist";
+    const auto stored = [&strFile] {
+        std::ifstream file(strFile);
+        return std::string(std::istreambuf_iterator<char>(file), {});
+    };
+    ASSERT_EQ(Run({"--auto-switch", "on", "--quit"}), 0);
+    EXPECT_NE(stored().find("<string>1</string>"), std::string::npos) << stored();
+    ASSERT_EQ(Run({"--auto-switch", "off", "--quit"}), 0);
+    EXPECT_NE(stored().find("<string>0</string>"), std::string::npos) << stored();
+}
+
+TEST_F(Workstation, ShowsAllThreeAndChoosesAmongThem) {
+    StartHost();
+    ASSERT_EQ(Run({"--view",         "all",      "--track",   "1",
+                   "--capture",      "guide@10", "--plug-in", "doubler",
+                   "--capture",      "dub@20",   "--export",  m_directory.File("doubled.wav"),
+                   "--plug-in",      "apt",      "--guide",   "--dub",
+                   "--update-count", "--print",  "hello",     "--quit"}),
+              0)
+        << Log() << m_directory.Read("run.err");
+    EXPECT_TRUE(HasLine("link  TAAS  before"));
+    EXPECT_TRUE(HasLine("doubler  TAEP  after"));
+    EXPECT_TRUE(HasLine("apt  TAPT  before  \"hello\""));
+    EXPECT_GT(Frames("doubled.wav"), 0);
+}
+
+TEST_F(Workstation, CapturesAFileAndKeepsTheOriginal) {
+    StartHost();
+    ASSERT_EQ(Run({"--view", "link", "--capture", "guide@0", "--captures",
+                   m_directory.MakeDirectory("kept"), "--quit"}),
+              0);
+    const std::string strTake = m_directory.File("kept/1 guide.wav");
+    ASSERT_TRUE(m_directory.Has("kept/1 guide.wav"));
+    ASSERT_EQ(Run({"--view", "link", "--capture", strTake + "@96000", "--capture",
+                   strTake + "@96000", "--quit"}),
+              0);
+    EXPECT_TRUE(m_directory.Has("kept/1 guide.wav"))
+        << "the view deletes a duplicate capture, not the file it was made from";
+}
+
+TEST_F(Workstation, TwoAtOnceShareOneHost) {
+    StartHost();
+    const auto steps = [this](std::string const& strView, std::string const& strFile) {
+        return Strings{"--view",
+                       strView,
+                       "--capture",
+                       "guide@0",
+                       "--render",
+                       "--export",
+                       m_directory.File(strFile),
+                       "--capture",
+                       "dub@500",
+                       "--update-count",
+                       "--quit"};
+    };
+    auto one = Start("one", steps("doubler", "one.wav"));
+    auto two = Start("two", steps("doubler", "two.wav"));
+    EXPECT_EQ(one->Wait(), 0) << m_directory.Read("one.out") << m_directory.Read("one.err");
+    EXPECT_EQ(two->Wait(), 0) << m_directory.Read("two.out") << m_directory.Read("two.err");
+}
+
+TEST_F(Workstation, WithoutAHostTheStepsFailAndTheStatusSaysSo) {
+    EXPECT_EQ(Run({"--view", "apt", "--capture", "guide@0", "--render", "--quit"}), 1);
+    EXPECT_TRUE(HasLine("fResult 0")) << Log();
+    EXPECT_TRUE(HasLine("the step failed"));
+}
+
+TEST_F(Workstation, MissingTakesAndBundlesAreNamed) {
+    EXPECT_EQ(Run({"--capture", m_directory.File("nothing.wav") + "@5", "--quit"}), 1);
+    EXPECT_TRUE(HasLine("nothing.wav: No such file")) << Log();
+    m_directory.Write("text.wav", "this is no sound");
+    EXPECT_EQ(Run({"--capture", m_directory.File("text.wav"), "--quit"}), 1);
+    EXPECT_EQ(Run({"--bundle", m_directory.MakeDirectory("Empty.bundle"), "--quit"}), 1);
+    EXPECT_NE(m_directory.Read("run.err").find("Empty.bundle"), std::string::npos);
+}
+
+TEST_F(Workstation, BundleWithoutANibStopsItAndWaitsForNobody) {
+    const std::filesystem::path source(TAVARIN_BUNDLE);
+    const std::filesystem::path bundle = m_directory.File("NoNib.bundle");
+    std::filesystem::copy(source, bundle, std::filesystem::copy_options::recursive);
+    std::filesystem::remove(bundle / "Resources" / "TavarinProAPTLink_View.xib");
+    EXPECT_EQ(Run({"--bundle", bundle.string(), "--view", "apt", "--quit"}), -1);
+    EXPECT_NE(m_directory.Read("run.err").find("Assertion failed: viewController != nil,"),
+              std::string::npos)
+        << m_directory.Read("run.err");
+}
+
+TEST_F(Workstation, BadArgumentsAreExplained) {
+    EXPECT_EQ(Run({"--view", "none"}), 2);
+    EXPECT_EQ(Run({"--auto-switch", "maybe", "--quit"}), 2);
+    EXPECT_EQ(Run({"--capture", "guide@soon", "--quit"}), 2);
+    EXPECT_EQ(Run({"--nonsense"}), 2);
+    EXPECT_EQ(Run({"--help"}), 0);
+    EXPECT_TRUE(HasLine("--screenshot"));
+}
+
+}  // namespace
