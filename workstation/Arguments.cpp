@@ -29,6 +29,7 @@ constexpr COption kOptions[] = {
     {"--update-count", StepKind::UpdateCount, nullptr, "ask for the host's update count"},
     {"--wait", StepKind::Wait, "SECONDS", "let some time go by"},
     {"--screenshot", StepKind::Screenshot, "FILE.png", "write a picture of the window"},
+    {"--picture", StepKind::Picture, "FILE.png", "write a picture of the plug-in's view"},
     {"--quit", StepKind::Quit, nullptr, "end, with status 1 if a step has failed"},
 };
 

@@ -18,6 +18,7 @@ enum class StepKind {
     UpdateCount,  ///< ask for the host's update count
     Wait,         ///< let so many seconds go by
     Screenshot,   ///< write a picture of the window to a PNG file
+    Picture,      ///< write a picture of the plug-in's view to a PNG file
     Quit
 };
 

@@ -142,9 +142,11 @@ double ToPosition(NSTextField* field) {
 }
 
 - (BOOL)Take:(CStep const&)step {
-    if (step.kind != StepKind::Screenshot) return m_session->Take(step);
+    const bool fWindow = step.kind == StepKind::Screenshot;
+    if (!fWindow && step.kind != StepKind::Picture) return m_session->Take(step);
     m_session->CheckHosts();
-    if (WriteScreenshot([m_window contentView], step.strText)) return YES;
+    NSView* view = fWindow ? [m_window contentView] : m_session->Chosen().View();
+    if (WriteScreenshot(view, step.strText)) return YES;
     [self Log:"failed: cannot write " + step.strText];
     return NO;
 }

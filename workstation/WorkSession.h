@@ -31,7 +31,7 @@ public:
     /// Lets every view look which host is current.
     void CheckHosts();
 
-    /// Takes one step other than waiting, a screenshot and the end. False, with a line in the log,
+    /// Takes one step other than waiting, a picture and the end. False, with a line in the log,
     /// when it failed.
     bool Take(CStep const& step);
 

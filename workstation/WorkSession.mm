@@ -60,6 +60,7 @@ bool CWorkSession::Carry(CStep const& step) {
             return true;
         case StepKind::Wait:
         case StepKind::Screenshot:
+        case StepKind::Picture:
         case StepKind::Quit:
             break;
     }

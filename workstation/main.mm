@@ -1,6 +1,7 @@
 #import <AppKit/AppKit.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <stdexcept>
 
 #include "colours/ComponentColour.h"
@@ -41,7 +42,9 @@ constexpr int kExitFailed = 1;
     m_window = nil;
     [[NSUserDefaults standardUserDefaults] synchronize];
     std::fflush(stdout);
-    if (fFailed) std::exit(kExitFailed);
+    // Nothing is left to tidy, and AppKit's own handlers of the process's end do not expect to run
+    // in the middle of one of its notifications.
+    if (fFailed) std::_Exit(kExitFailed);
 }
 
 @end
