@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <vector>
 
@@ -241,7 +242,7 @@ TEST_F(SchemeStorageTests, BothPalettesSurviveSavingAndLoading) {
     }
 }
 
-TEST_F(SchemeStorageTests, EntriesInAnyOrderLoadInLittleTime) {
+TEST_F(SchemeStorageTests, EntriesInAnyOrderEndUpSorted) {
     CParameterBlock comps;
     constexpr int count = 3000;
     for (int id = 0; id < count; ++id) AppendPlain(comps, {7, (id * 7919) % count}, 0.5);
