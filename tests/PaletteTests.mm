@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <map>
 #include <set>
 #include <string>
@@ -213,6 +214,14 @@ TEST_F(PaletteTests, GradientsAreReadyToDrawAndPlainColoursHaveBothForms) {
             }
         }
     }
+}
+
+TEST_F(PaletteTests, TheFilledProcessWideSchemeEndsWithTheProcess) {
+    const auto fillAndExit = [] {
+        AppCreateDefaultColoursDesigner(&gAppColours);
+        std::exit(0);
+    };
+    EXPECT_EXIT(fillAndExit(), testing::ExitedWithCode(0), "^$");
 }
 
 TEST_F(PaletteTests, FillingAgainReplacesEverything) {

@@ -279,6 +279,15 @@ TEST_F(SchemeStorageTests, DamagedImagesNeverCrash) {
     }
 }
 
+// AppKit says so on standard error when an object stays behind because there is no pool for it.
+TEST_F(SchemeStorageTests, ProgramsWithoutAnAutoreleasePoolMayFillAndLoad) {
+    testing::internal::CaptureStderr();
+    CComponentsColors palette;
+    AppCreateDefaultColoursDesigner(&palette);
+    EXPECT_TRUE(LoadFromMemory(m_scheme, SaveToMemory(palette)));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
 TEST_F(SchemeStorageTests, ASchemeFileHoldsAScheme) {
     const CTemporaryDirectory directory;
     const CFileName file(directory.File("mine.scheme").c_str());
