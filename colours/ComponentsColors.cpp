@@ -37,8 +37,9 @@ void KeepLastOfEach(std::vector<Entry>& entries) {
     std::ranges::reverse(entries);
     std::ranges::stable_sort(entries, Before);
     const auto surplus =
-        std::ranges::unique(entries, [](auto& a, auto& b) { return a.lCode == b.lCode; });
-    entries.erase(surplus.begin(), surplus.end());
+        std::unique(entries.begin(), entries.end(),
+                    [](Entry const& a, Entry const& b) { return a.lCode == b.lCode; });
+    entries.erase(surplus, entries.end());
 }
 
 }  // namespace
@@ -46,10 +47,16 @@ void KeepLastOfEach(std::vector<Entry>& entries) {
 CComponentsColors::~CComponentsColors() = default;
 
 CComponentColour* CComponentsColors::FindPacked(CComponentCode code) const {
+    if (m_entries.empty()) return nullptr;
+    // A binary search without branches for the processor to guess: every painted control comes
+    // here.
     const long long packed = code.Packed();
-    const auto found =
-        std::ranges::lower_bound(m_entries, packed, std::ranges::greater(), &Entry::lCode);
-    return found == m_entries.end() || found->lCode != packed ? nullptr : found->pColour.get();
+    Entry const* candidate = m_entries.data();
+    for (std::size_t left = m_entries.size(); left > 1; left -= left / 2) {
+        Entry const* middle = candidate + left / 2;
+        candidate = middle->lCode >= packed ? middle : candidate;
+    }
+    return candidate->lCode == packed ? candidate->pColour.get() : nullptr;
 }
 
 CComponentColour* CComponentsColors::Find(CComponentCode code) const {

@@ -1,8 +1,8 @@
 #include "colours/ComponentCodes.h"
 #include "colours/Palettes.h"
 
-// The Designer palette: dark greys with muted accents. Blue stands for what is selected or pressed,
-// amber for what is marked, orange for muted, red for what is missing.
+// The Designer palette: dark greys with muted accents. Blue stands for what is selected or
+// pressed, amber for what is marked, orange for muted, red for what is missing.
 //
 // A row: code, class, name, kind, and stops of position, red, green, blue and alpha.
 
@@ -23,7 +23,7 @@ constexpr CPaletteEntry kDesignerPalette[] = {
      {{0.0, 0.301, 0.39, 0.359, 1.0}, {1.0, 0.248, 0.335, 0.305, 1.0}}},
 
     {ccSelectedAudioBackground, 1, "Selected audio background", plain,
-     {{0.0, 0.009, 0.081, 0.199, 1.0}}},
+     {{0.0, 0.03, 0.09, 0.179, 1.0}}},
     {ccMarkerEnabled, 1, "Marker area - Enabled", plain,
      {{0.0, 0.869, 0.688, 0.337, 1.0}}},
     {ccMarkerDisabled, 1, "Marker area - Disabled", plain,

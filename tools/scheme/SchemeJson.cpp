@@ -5,6 +5,7 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <set>
+#include <utility>
 #include <vector>
 
 #include "colours/ComponentCodeTable.h"
@@ -83,7 +84,11 @@ public:
     }
 
     std::int32_t Integer(json const& value, const char* key) const {
-        const bool fFits = value.is_number_integer() && value >= INT32_MIN && value <= INT32_MAX;
+        // Beyond 64 bits the parser makes floating-point numbers.
+        const bool fFits = value.is_number_unsigned()
+                               ? std::in_range<std::int32_t>(value.get<std::uint64_t>())
+                               : value.is_number_integer() &&
+                                     std::in_range<std::int32_t>(value.get<std::int64_t>());
         if (!fFits) Fail("needs a whole number of 32 bits in '" + std::string(key) + "'");
         return value.get<std::int32_t>();
     }

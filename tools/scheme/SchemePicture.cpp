@@ -11,7 +11,7 @@
 namespace {
 
 constexpr int kColumns = 4;
-constexpr int kColumnWidth = 330;
+constexpr int kColumnWidth = 385;
 constexpr int kRowHeight = 34;
 constexpr int kMargin = 24;
 constexpr int kSwatchWidth = 62;
@@ -126,10 +126,11 @@ private:
                Text(textX, y + 24, 10, CodeText(colour.m_code), 0.75);
     }
 
-    static std::string Swatch(int x, int y, std::string const& fill) {
+    std::string Swatch(int x, int y, std::string const& fill) const {
         return "<rect x=\"" + std::to_string(x) + "\" y=\"" + std::to_string(y) + "\" width=\"" +
                std::to_string(kSwatchWidth) + "\" height=\"" + std::to_string(kSwatchHeight) +
-               "\" rx=\"3\" fill=\"" + fill + "\"/>\n";
+               "\" rx=\"3\" fill=\"" + fill + "\" stroke=\"" + m_strInk +
+               "\" stroke-opacity=\"0.4\"/>\n";
     }
 
     // The name of a gradient that it adds to the picture: a plain colour is one with a single stop.

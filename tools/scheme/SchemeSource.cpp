@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <iterator>
+#include <sstream>
 
 #include "FileIO/FileName.h"
 #include "colours/DefaultColours.h"
@@ -43,13 +43,17 @@ void ReadSchemeFile(std::string const& file, CComponentsColors& scheme) {
 }  // namespace
 
 std::string ReadText(std::string const& strFile) {
-    if (strFile == "-") return {std::istreambuf_iterator<char>(std::cin), {}};
+    std::ostringstream text;
+    if (strFile == "-") {
+        text << std::cin.rdbuf();
+        return text.str();
+    }
     std::ifstream file(strFile, std::ios::binary);
-    std::string text{std::istreambuf_iterator<char>(file), {}};
-    if (!file.is_open() || file.bad()) {
+    if (!file || std::filesystem::is_directory(strFile)) {
         throw CToolFailure(strFile + " cannot be read", szSourceAdvice);
     }
-    return text;
+    text << file.rdbuf();
+    return text.str();
 }
 
 void WriteText(std::string const& strFile, std::string const& strText) {
