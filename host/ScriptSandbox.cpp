@@ -4,8 +4,10 @@
 #include <cstring>
 #include <exception>
 #include <lua.hpp>
+#include <memory>
 #include <new>
 #include <stdexcept>
+#include <string>
 #include <string_view>
 
 #include "host/ScriptPrelude.h"
@@ -521,6 +523,28 @@ void SetFunction(lua_State* pState, int nTarget, char const* pszName, lua_CFunct
     lua_setfield(pState, nTarget, pszName);
 }
 
+int AppendBytes(lua_State*, void const* pBytes, std::size_t nCount, void* pTarget) noexcept try {
+    static_cast<std::string*>(pTarget)->append(static_cast<char const*>(pBytes), nCount);
+    return 0;
+} catch (std::exception const&) {
+    return 1;
+}
+
+/// The prelude, compiled once for the process; empty when there was no memory for it.
+std::string const& CompiledPrelude() {
+    static std::string const c_strCode = [] {
+        std::string strCode;
+        std::unique_ptr<lua_State, decltype(&lua_close)> const compiler(luaL_newstate(),
+                                                                        &lua_close);
+        bool const fLoaded =
+            compiler && luaL_loadbufferx(compiler.get(), c_ScriptPrelude.data(),
+                                         c_ScriptPrelude.size(), "=prelude", "t") == LUA_OK;
+        if (!fLoaded || lua_dump(compiler.get(), AppendBytes, &strCode, 1) != 0) strCode.clear();
+        return strCode;
+    }();
+    return c_strCode;
+}
+
 /// All texts share one metatable; it finds the script's own string table and cannot be had.
 void ProtectTexts(lua_State* pState, int nString) {
     lua_pushliteral(pState, "");
@@ -592,7 +616,8 @@ void BuildSandbox(lua_State* pState) {
         lua_setfield(pState, nGlobals, pszName);
     }
 
-    if (luaL_loadbufferx(pState, c_ScriptPrelude.data(), c_ScriptPrelude.size(), "=prelude", "t"))
+    std::string const& strPrelude = CompiledPrelude();
+    if (luaL_loadbufferx(pState, strPrelude.data(), strPrelude.size(), "=prelude", "b") != LUA_OK)
         lua_error(pState);
     lua_pushvalue(pState, nGlobals);
     lua_pushvalue(pState, nNative);
