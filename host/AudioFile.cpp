@@ -90,6 +90,13 @@ CAudioFileInfo const& CAudioFile::Info() const {
     return m_pState->m_Info;
 }
 
+void CAudioFile::Require(std::int64_t lFrames) const {
+    if (m_pState->m_Info.m_lFrames < lFrames)
+        Fail(m_pState->m_strPath, "has become shorter: " + std::to_string(lFrames) +
+                                      " samples are needed, it has " +
+                                      std::to_string(m_pState->m_Info.m_lFrames));
+}
+
 CAudio CAudioFile::Read(std::int64_t lStart, std::int64_t lFrames,
                         std::vector<int> const& channels) {
     CState& state = *m_pState;
@@ -204,6 +211,7 @@ void WriteAudioFile(std::string const& strPath, CAudio const& audio, SampleForma
 void CopyAudioRange(CAudioRange const& range, std::string const& strTarget,
                     CCheckpoint const& checkpoint) {
     CAudioFile source(range.m_strFile);
+    source.Require(range.m_lEnd);
     CAudioWriter writer(strTarget, source.Info().m_nSampleRate,
                         static_cast<int>(range.m_Channels.size()), SampleFormat::Float32);
     for (std::int64_t lAt = range.m_lStart; lAt < range.m_lEnd; lAt += c_lBlockFrames) {
@@ -220,6 +228,8 @@ bool SameAudio(CAudioRange const& left, CAudioRange const& right, CCheckpoint co
     if (left.m_Channels.size() != right.m_Channels.size()) return false;
     CAudioFile leftFile(left.m_strFile);
     CAudioFile rightFile(right.m_strFile);
+    leftFile.Require(left.m_lEnd);
+    rightFile.Require(right.m_lEnd);
     for (std::int64_t lAt = 0; lAt < lLength; lAt += c_lBlockFrames) {
         if (checkpoint) checkpoint();
         std::int64_t const lFrames = std::min(c_lBlockFrames, lLength - lAt);

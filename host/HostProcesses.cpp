@@ -27,6 +27,7 @@ void MixRegion(CAudio& mix, std::int64_t lMixStart, CRegion const& region,
     std::int64_t const lFrom = std::max(lMixStart, region.Start());
     std::int64_t const lTo = std::min(lMixStart + mix.Frames(), region.End());
     CAudioFile file(region.m_strFile);
+    file.Require(region.m_lEnd);
     for (std::int64_t lAt = lFrom; lAt < lTo; lAt += c_lBlock) {
         if (checkpoint) checkpoint();
         CAudio const block = file.Read(lAt - region.m_lFilePosition, std::min(c_lBlock, lTo - lAt),

@@ -84,3 +84,14 @@ void RaiseScriptError(lua_State* pState, char const* pszText) {
     lua_error(pState);
     std::abort();
 }
+
+void RaiseReason(lua_State* pState) {
+    std::string const& strReason = RunOf(pState).m_strError;
+    RaiseScriptError(pState, strReason.empty() ? "not enough memory" : strReason.c_str());
+}
+
+std::string_view ScriptTextArgument(lua_State* pState, int nIndex) {
+    std::size_t nLength = 0;
+    char const* pText = luaL_checklstring(pState, nIndex, &nLength);
+    return {pText, nLength};
+}

@@ -29,8 +29,6 @@ constexpr std::pair<DocumentKind, char const*> c_DocumentNames[] = {
     throw CSessionFileError(strReason);
 }
 
-// --- reading
-
 json const& Member(json const& object, char const* pszName) {
     if (!object.is_object()) Malformed(std::string("no object around \"") + pszName + "\"");
     auto const member = object.find(pszName);
@@ -184,8 +182,6 @@ json Parse(std::string const& strText) {
     };
     return json::parse(strText, shallow);
 }
-
-// --- writing
 
 std::string ToHex(std::string const& strBytes) {
     static constexpr char c_Digits[] = "0123456789abcdef";

@@ -218,7 +218,7 @@ private:
     }
 
     std::string ProcessText(CProcess const& process) const {
-        std::string strText = std::string(ProcessKindName(process.m_Kind)) + "   ";
+        std::string strText = std::string(ProcessKindName(process.m_Kind)) + ": ";
         for (std::size_t n = 0; n < process.m_Inputs.size(); ++n)
             strText += (n > 0 ? " + " : "") +
                        m_Document.FindTrack(process.m_Inputs[n].m_idTrack)->m_strName;
@@ -258,9 +258,9 @@ private:
     void DrawRuler() {
         double const dBase = LanesTop() - 6.0;
         for (CTimeScale::CTick const& tick : m_Scale.Ticks()) {
-            m_Svg.Line(tick.m_dPlace, dBase - 5.0, tick.m_dPlace, LanesBottom(), "#2f3641");
+            m_Svg.Line(tick.m_dPlace, dBase - 14.0, tick.m_dPlace, LanesBottom(), "#2f3641");
             bool const fRoom = tick.m_dPlace + 50.0 < c_dWidth - c_dMargin;
-            if (fRoom) m_Svg.Text(tick.m_dPlace + 4.0, dBase - 2.0, "tick", tick.m_strLabel);
+            if (fRoom) m_Svg.Text(tick.m_dPlace + 4.0, dBase - 8.0, "tick", tick.m_strLabel);
         }
     }
 
@@ -365,7 +365,7 @@ private:
             double const dX2 = (Place(pResult->Start()) + Place(pResult->End())) / 2.0;
             double const dY1 = LaneTop(nInput) + (fDown ? c_dLane - 5.0 : 3.0);
             double const dY2 = LaneTop(nOutput) + (fDown ? 3.0 : c_dLane - 11.0);
-            double const dBend = std::max(18.0, std::abs(dY2 - dY1) / 2.0) * (fDown ? 1.0 : -1.0);
+            double const dBend = std::max(8.0, std::abs(dY2 - dY1) / 2.0) * (fDown ? 1.0 : -1.0);
             double const dSide = std::abs(dX1 - dX2) < 1.0 && nInput + 1 != nOutput ? 60.0 : 0.0;
             m_Svg.Element("path", {{"d", "M" + Num(dX1) + " " + Num(dY1) + "C" + Num(dX1 + dSide) +
                                              " " + Num(dY1 + dBend) + " " + Num(dX2 + dSide) + " " +
@@ -398,7 +398,7 @@ private:
 
     void DrawCursor() {
         double const dX = m_Scale.At(m_Document.m_dDisplayPosition);
-        double const dTop = LanesTop() - 10.0;
+        double const dTop = LanesTop() - 7.0;
         m_Svg.Line(dX, dTop, dX, LanesBottom(), "#ff7f6b", 1.4);
         m_Svg.Element("path", {{"d", "M" + Num(dX - 5.0) + " " + Num(dTop - 2.0) + "h10l-5 7z"},
                                {"fill", "#ff7f6b"}});

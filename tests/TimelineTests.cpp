@@ -65,7 +65,7 @@ TEST_F(CTimelineTest, RegionsProcessesAndTheDisplayAreShown) {
     std::string const strSvg = RenderTimeline(m_Session);
     EXPECT_TRUE(WellFormed(strSvg));
     EXPECT_NE(strSvg.find("guide.wav"), std::string::npos);
-    EXPECT_NE(strSvg.find("APT   Guide + Dub → Out"), std::string::npos);
+    EXPECT_NE(strSvg.find("APT: Guide + Dub → Out"), std::string::npos);
     EXPECT_NE(strSvg.find("display at 0:00.000"), std::string::npos);
     EXPECT_EQ(Count(strSvg, "fill-opacity=\"0.85\""), 3) << "one waveform each";
     EXPECT_EQ(Count(strBefore, "fill-opacity=\"0.85\""), 2);
