@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <limits>
 #include <string_view>
+#include <utility>
 
 #include "utils/NameTable.h"
 #include "utils/ParameterBlockCodec.h"
@@ -89,13 +90,7 @@ public:
     // Gives the tokens and returns the image's length.
     std::size_t Measure() {
         std::vector<CNameTable::CName>& names = m_table.Names();
-        m_order.resize(names.size());
-        for (std::uint32_t i = 0; i < m_order.size(); ++i) m_order[i] = i;
-        std::sort(m_order.begin(), m_order.end(), [&](std::uint32_t left, std::uint32_t right) {
-            if (names[left].nCount != names[right].nCount)
-                return names[left].nCount > names[right].nCount;
-            return names[left].text < names[right].text;
-        });
+        OrderByCount();
         std::size_t tokenBytes = m_nEmptyNames * codec::TokenSize(0);
         for (std::uint32_t position = 0; position < m_order.size(); ++position) {
             CNameTable::CName& name = names[m_order[position]];
@@ -142,6 +137,21 @@ private:
         const bool named = !parameter.name.empty();
         if (!named) ++m_nEmptyNames;
         m_entries.push_back({&parameter, named ? m_table.Add(parameter.name) : emptyName});
+    }
+
+    // The most frequent names first, equally frequent ones as they came: counted, not compared, for
+    // there may be as many names as parameters.
+    void OrderByCount() {
+        std::vector<CNameTable::CName> const& names = m_table.Names();
+        std::uint32_t highest = 0;
+        for (CNameTable::CName const& name : names) highest = std::max(highest, name.nCount);
+        std::vector<std::uint32_t> place(highest + std::size_t{1});
+        for (CNameTable::CName const& name : names) ++place[highest - name.nCount];
+        std::uint32_t before = 0;
+        for (std::uint32_t& start : place) before += std::exchange(start, before);
+        m_order.resize(names.size());
+        for (std::uint32_t i = 0; i < names.size(); ++i)
+            m_order[place[highest - names[i].nCount]++] = i;
     }
 
     static std::size_t ValueSize(CParameter const& parameter) {
