@@ -1,17 +1,14 @@
 #include "tools/LinkCommands.h"
 
 #include <filesystem>
-#include <fstream>
-#include <iostream>
-#include <iterator>
 #include <memory>
 #include <optional>
 
 #include "FileIO/FileName.h"
 #include "tools/AudioProbe.h"
+#include "tools/InputOutput.h"
 #include "tools/LinkSession.h"
 #include "tools/LinkWatch.h"
-#include "tools/ToolExit.h"
 
 namespace {
 
@@ -47,8 +44,9 @@ void FillExtent(CLinkSession& session, int nTrack, Extent& extent) {
     std::vector<std::string> values;
     session.Client().SplitResult(strReply, &values);
     if (values.size() != 2) {
-        EndTool(kToolFailed, "track " + std::to_string(nTrack) + " holds no region",
-                "Capture something onto it first, or give the start and the end.");
+        Fail(exitNegative, "track " + std::to_string(nTrack) +
+                               " holds no region; capture something onto it first, or give the "
+                               "start and the end");
     }
     if (!extent.lStart) extent.lStart = std::stoll(values[0]);
     if (!extent.lEnd) extent.lEnd = std::stoll(values[1]);
@@ -111,7 +109,7 @@ void Capture(CLinkOptions const& options, CaptureArguments const& arguments) {
     try {
         dEnd = arguments.dEnd ? *arguments.dEnd : static_cast<double>(ProbeAudioFrames(strPath));
     } catch (std::exception const& failure) {
-        EndTool(kToolFailed, failure.what(), "Give the path of a readable audio file.");
+        Fail(exitTrouble, std::string(failure.what()) + "; give the path of an audio file");
     }
 
     CTANClientInterProcess& client = session.Client();
@@ -183,8 +181,8 @@ void Export(CLinkOptions const& options, std::string const& strTarget) {
         std::filesystem::copy_file(strFile, strTarget,
                                    std::filesystem::copy_options::overwrite_existing, error);
         if (error) {
-            EndTool(kToolFailed,
-                    "cannot copy " + strFile + " to " + strTarget + ": " + error.message());
+            Fail(exitTrouble,
+                 "cannot copy " + strFile + " to " + strTarget + ": " + error.message());
         }
         strFile = strTarget;
     }
@@ -301,13 +299,6 @@ void AddPrint(CLI::App& link, OptionsPointer options) {
     });
 }
 
-std::string ReadScript(std::string const& strFile) {
-    if (strFile == "-") return {std::istreambuf_iterator<char>(std::cin), {}};
-    std::ifstream stream(strFile, std::ios::binary);
-    if (!stream) EndTool(kToolFailed, "cannot read " + strFile, "Check the path.");
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 void AddRun(CLI::App& link, OptionsPointer options) {
     CLI::App* const pCommand = link.add_subcommand("run", "run a script and show what it printed");
     const auto pFile = std::make_shared<std::string>();
@@ -317,7 +308,7 @@ void AddRun(CLI::App& link, OptionsPointer options) {
         ->capture_default_str();
     pCommand->callback([options, pFile, pTimeout] {
         CLinkSession session(*options);
-        const std::string strReply = session.Run(ReadScript(*pFile), *pTimeout);
+        const std::string strReply = session.Run(ReadInput(*pFile), *pTimeout);
         if (options->m_fJson) {
             session.Print("", json{{"printed", strReply}});
         } else {

@@ -1,0 +1,512 @@
+#include <CoreFoundation/CoreFoundation.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+
+#include "FileIO/FileName.h"
+#include "tests/ByteText.h"
+#include "tests/TemporaryDirectory.h"
+#include "utils/ParameterBlock.h"
+
+namespace {
+
+using Ids = std::vector<const char*>;
+using Names = std::vector<std::string>;
+using Counts = std::vector<std::pair<std::string, int>>;
+using Image = std::vector<unsigned char>;
+
+constexpr unsigned int noHeader = 0xFFFFFFFF;
+
+// Data that is released in the end.
+class CData {
+public:
+    CData() : m_data(CFDataCreateMutable(kCFAllocatorDefault, 0)) {}
+    CData(CData const&) = delete;
+    CData& operator=(CData const&) = delete;
+    ~CData() { CFRelease(m_data); }
+
+    CFMutableDataRef Ref() const { return m_data; }
+    std::size_t Length() const { return static_cast<std::size_t>(CFDataGetLength(m_data)); }
+    Image Bytes() const {
+        const UInt8* bytes = CFDataGetBytePtr(m_data);
+        return {bytes, bytes + Length()};
+    }
+
+private:
+    CFMutableDataRef m_data;
+};
+
+Image Saved(CParameterBlock& block, const char* id = "XY") {
+    const CData data;
+    const unsigned long length = block.SaveBinarySessionToMemory(id, data.Ref());
+    EXPECT_EQ(length == 0 ? 0 : length + 32, data.Length());
+    Image image = data.Bytes();
+    image.resize(length);
+    return image;
+}
+
+// Loads from an exact copy on the heap, so that a sanitizer sees the smallest step too far.
+int Loaded(CParameterBlock& block, Image const& image, Ids const& ids = {"XY"}) {
+    const std::unique_ptr<unsigned char[]> copy(new unsigned char[image.size()]);
+    std::copy(image.begin(), image.end(), copy.get());
+    return block.LoadBinarySessionFromMemory(&ids, copy.get(),
+                                             static_cast<unsigned int>(image.size()));
+}
+
+unsigned int Header(Image const& image, Names& names, Ids const& ids = {"XY"}) {
+    const std::unique_ptr<unsigned char[]> copy(new unsigned char[image.size()]);
+    std::copy(image.begin(), image.end(), copy.get());
+    return CParameterBlock().LoadHeader(&ids, static_cast<unsigned int>(image.size()), &names,
+                                        copy.get());
+}
+
+CParameterBlock Sample() {
+    CParameterBlock code;
+    code.AddParameter("Mod", 1);
+    code.AddParameter("CompID", 42);
+    CParameterBlock block;
+    block.name = "Top";
+    block.AddParameter("Name", "Gap between audio channels");
+    block.AddParameter("Code", &code);
+    block.AddParameter("Code", &code);
+    block.AddParameter("", 0.5);
+    block.AddParameter("Position", 0.5f);
+    return block;
+}
+
+// A block with `count` ints, each with a name of its own.
+CParameterBlock ManyNames(int count) {
+    CParameterBlock block;
+    for (int i = 0; i < count; ++i) block.AddParameter(("n" + std::to_string(i)).c_str(), i);
+    return block;
+}
+
+CParameterBlock OneInt() {
+    CParameterBlock block;
+    block.AddParameter("A", 5);
+    return block;
+}
+
+const Image oneIntImage = Bytes(
+    "58 59 00 | 64 00 00 00 | 02 00 00 00 | 01 00 00 00 | 41 00 |"
+    "00 01 00 00 00 02 00 00 00 01 05 00 00 00");
+
+TEST(SessionImage, HasHeaderNamesAndBody) {
+    CParameterBlock block = OneInt();
+    const CData data;
+    EXPECT_EQ(31u, block.SaveBinarySessionToMemory("XY", data.Ref()));
+    EXPECT_EQ(63u, data.Length());
+    Image expected = oneIntImage;
+    expected.resize(63);
+    EXPECT_EQ(expected, data.Bytes());
+}
+
+TEST(SessionImage, ComesBackAsItWas) {
+    CParameterBlock block = Sample();
+    CParameterBlock loaded;
+    EXPECT_EQ(0, Loaded(loaded, Saved(block)));
+    EXPECT_TRUE(loaded == block);
+    EXPECT_EQ("Top", loaded.name);
+    EXPECT_EQ(Saved(block), Saved(loaded));
+}
+
+TEST(SessionImage, GivesFrequentNamesTheLowestTokens) {
+    CParameterBlock block = Sample();
+    Names names;
+    Header(Saved(block), names);
+    EXPECT_EQ((Names{"", "Code", "Mod", "CompID", "Top", "Name", "Position"}), names);
+}
+
+TEST(SessionImage, LeavesTheTokensOnTheTree) {
+    CParameterBlock block = OneInt();
+    block.parameters[0]->token = 77;
+    Saved(block);
+    EXPECT_EQ(0u, block.token);
+    EXPECT_EQ(1u, block.parameters[0]->token);
+    unsigned long size = 0;
+    const std::unique_ptr<unsigned char[]> bare(block.CreateBlock(&size));
+    EXPECT_EQ(Bytes("01000000 02000000 01 05000000"), Image(bare.get(), bare.get() + size));
+}
+
+TEST(SessionImage, ReplacesWhatTheDataHeld) {
+    const CData data;
+    CFDataSetLength(data.Ref(), 1000);
+    std::fill_n(CFDataGetMutableBytePtr(data.Ref()), 1000, 0xAA);
+    CParameterBlock block = OneInt();
+    block.SaveBinarySessionToMemory("XY", data.Ref());
+    Image expected = oneIntImage;
+    expected.resize(63);
+    EXPECT_EQ(expected, data.Bytes());
+}
+
+TEST(SessionImage, NeedsAName) {
+    CParameterBlock inner;
+    inner.AddParameter("", 1);
+    CParameterBlock block;
+    block.AddParameter("", &inner);
+    block.AddParameter(nullptr, "text");
+    const CData data;
+    CFDataSetLength(data.Ref(), 3);
+    EXPECT_EQ(0u, block.SaveBinarySessionToMemory("XY", data.Ref()));
+    EXPECT_EQ(3u, data.Length());
+    EXPECT_EQ(noToken, block.token);
+    EXPECT_EQ(noToken, block.parameters[0]->token);
+    block.AddParameter("", new CBinaryBlock(&inner, nullptr, nullptr));
+    EXPECT_EQ(0u, block.SaveBinarySessionToMemory("XY", data.Ref()));
+}
+
+TEST(SessionImage, CountsTheTopBlocksOwnName) {
+    CParameterBlock block;
+    block.name = "Top";
+    EXPECT_EQ(Bytes("5859 00 64000000 04000000 01000000 546F7000 01 00000000"), Saved(block));
+}
+
+TEST(SessionImage, IsNotMadeWhenANameCouldNotBeReadBack) {
+    CParameterBlock block = OneInt();
+    block.parameters[0]->name = std::string("A\0B", 3);
+    EXPECT_TRUE(Saved(block).empty());
+}
+
+TEST(SessionImage, MayHaveAnEmptyIdentifier) {
+    CParameterBlock block = OneInt();
+    const Image image = Saved(block, "");
+    EXPECT_EQ(29u, image.size());
+    EXPECT_EQ(image, Saved(block, nullptr));
+    CParameterBlock loaded;
+    EXPECT_EQ(0, Loaded(loaded, image, {""}));
+    EXPECT_TRUE(loaded == block);
+    EXPECT_EQ(0, Loaded(loaded, image, {nullptr}));
+}
+
+TEST(SessionImage, SkipsNullEntries) {
+    CParameterBlock block = OneInt();
+    block.parameters.insert(block.parameters.begin(), nullptr);
+    block.parameters.push_back(nullptr);
+    EXPECT_EQ(oneIntImage, Saved(block));
+}
+
+TEST(SessionImage, ChangesToFourByteTokensAtToken255) {
+    // 254 names take one byte each, every further one four. The top block's own name is empty.
+    for (const int count : {253, 254, 255, 256, 300}) {
+        CParameterBlock block = ManyNames(count);
+        const Image image = Saved(block);
+        std::size_t names = 0;
+        for (int i = 0; i < count; ++i) names += ("n" + std::to_string(i)).size() + 1;
+        const int longTokens = std::max(0, count - 254);
+        EXPECT_EQ(15 + names + 1 + 4 + count * (4 + 1 + 4) + longTokens * 3, image.size());
+        CParameterBlock loaded;
+        EXPECT_EQ(0, Loaded(loaded, image));
+        EXPECT_TRUE(loaded == block);
+    }
+}
+
+TEST(SessionImage, HoldsMoreNamesThan16BitsCount) {
+    CParameterBlock block = ManyNames(70000);
+    CParameterBlock loaded;
+    EXPECT_EQ(0, Loaded(loaded, Saved(block)));
+    EXPECT_TRUE(loaded == block);
+    const auto highest = std::max_element(
+        loaded.parameters.begin(), loaded.parameters.end(),
+        [](CParameter* left, CParameter* right) { return left->token < right->token; });
+    EXPECT_EQ(70000u, (*highest)->token);
+}
+
+TEST(SessionImage, AgreesWithTheSingleSteps) {
+    CParameterBlock block = Sample();
+    const Image image = Saved(block);
+
+    CParameterBlock steps = Sample();
+    std::map<std::string, int> map;
+    steps.AddNameToMap(map);
+    steps.TokenizeNames(map);
+    Counts counts(map.begin(), map.end());
+    EXPECT_EQ(
+        (Counts{{"Code", 2}, {"CompID", 2}, {"Mod", 2}, {"Name", 1}, {"Position", 1}, {"Top", 1}}),
+        counts);
+    // Among equally frequent names any order does; this is the one in which they occur.
+    std::swap(counts[1], counts[2]);
+    std::rotate(counts.begin() + 3, counts.begin() + 5, counts.end());
+    EXPECT_TRUE(std::is_sorted(counts.begin(), counts.end(), IntCmp));
+    for (std::size_t i = 0; i < counts.size(); ++i) map[counts[i].first] = static_cast<int>(i) + 1;
+    steps.UpdateTokenFromMap(map);
+    steps.SetTokens(map);
+    Image bytes(steps.GetSizeOfHeader("XY", &counts) + steps.GetSize());
+    const unsigned long header = steps.SaveHeader("XY", 0, &counts, bytes.data());
+    EXPECT_EQ(bytes.size(), header + steps.Save(0, bytes.data() + header));
+    EXPECT_EQ(image, bytes);
+}
+
+TEST(SessionImageDeathTest, CannotHoldFileIdentitiesOrBinaryBlocks) {
+    CParameterBlock block = OneInt();
+    block.AddParameter("Id", KEL::FileIdType{1, 2});
+    EXPECT_DEATH(Saved(block), "Assertion failed: false, .*utils/ParameterBlock");
+    CParameterBlock binary = OneInt();
+    binary.AddParameter("B", new CBinaryBlock(&block, nullptr, nullptr));
+    EXPECT_DEATH(Saved(binary), "Assertion failed: false, .*utils/ParameterBlock");
+}
+
+TEST(NameOrder, PutsTheGreaterCountFirst) {
+    EXPECT_TRUE(IntCmp({"a", 2}, {"b", 1}));
+    EXPECT_FALSE(IntCmp({"a", 1}, {"b", 1}));
+    EXPECT_FALSE(IntCmp({"a", -1}, {"b", 1}));
+}
+
+TEST(SessionNames, CountAcrossTheTreeWithoutTheTopBlock) {
+    std::map<std::string, int> counts;
+    Sample().TokenizeNames(counts);
+    EXPECT_EQ((std::map<std::string, int>{
+                  {"Code", 2}, {"CompID", 2}, {"Mod", 2}, {"Name", 1}, {"Position", 1}}),
+              counts);
+}
+
+TEST(SessionHeader, MeasuresAndWritesItself) {
+    const CParameterBlock block;
+    const Counts names{{"A", 1}, {"BC", 1}};
+    EXPECT_EQ(15u, block.GetSizeOfHeader("XY", nullptr));
+    EXPECT_EQ(20u, block.GetSizeOfHeader("XY", &names));
+    Image bytes(20);
+    EXPECT_EQ(20u, block.SaveHeader("XY", 0, &names, bytes.data()));
+    EXPECT_EQ(Bytes("585900 64000000 05000000 02000000 4100 424300"), bytes);
+    EXPECT_EQ(15u, block.SaveHeader("XY", 0, nullptr, bytes.data()));
+}
+
+TEST(SessionHeader, AcceptsAnyOfTheIdentifiersInTheirOrder) {
+    Names names;
+    EXPECT_EQ(17u, Header(oneIntImage, names, {"QQ", "XY"}));
+    EXPECT_EQ((Names{"", "A"}), names);
+    EXPECT_EQ(noHeader, Header(oneIntImage, names, {"QQ", "xy"}));
+    EXPECT_EQ(noHeader, Header(oneIntImage, names, {}));
+    EXPECT_EQ(noHeader, CParameterBlock().LoadHeader(nullptr, 31, &names, oneIntImage.data()));
+}
+
+TEST(SessionHeader, DoesNotLookAtTheZeroByteAndTheVersion) {
+    Image image = oneIntImage;
+    image[2] = 'Z';
+    image[3] = 99;
+    image[6] = 255;
+    Names names;
+    EXPECT_EQ(17u, Header(image, names));
+}
+
+TEST(SessionHeader, GoesOnWithTheNextIdentifierWhenTooLittleIsLeft) {
+    // 17 bytes: 12 behind the long identifier, which is one too few, 14 behind the short one.
+    const Image image = Bytes("41424344 00000000000000000000000000");
+    Names names;
+    EXPECT_EQ(noHeader, Header(image, names, {"ABCD"}));
+    EXPECT_EQ(15u, Header(image, names, {"ABCD", "AB"}));
+    const Image small = Bytes("41 00 64000000 00000000 00000000 00");
+    EXPECT_EQ(14u, Header(small, names, {"A"}));
+    EXPECT_EQ(noHeader, Header(Image(small.begin(), small.end() - 1), names, {"A"}));
+    EXPECT_EQ(14u, Header(Bytes("4142 64000000 00000000 00000000 00"), names, {"AB", "A"}));
+}
+
+TEST(SessionHeader, NeedsABodyOfOneByte) {
+    Image image = oneIntImage;
+    image.resize(17);
+    Names names;
+    EXPECT_EQ(noHeader, Header(image, names));
+    image.resize(18);
+    EXPECT_EQ(17u, Header(image, names));
+}
+
+TEST(SessionHeader, NeedsExactlyTheNamesItCounts) {
+    Names names;
+    EXPECT_EQ(noHeader, Header(Bytes("585900 64000000 02000000 02000000 4100 00000000"), names));
+    EXPECT_EQ(noHeader, Header(Bytes("585900 64000000 02000000 FFFFFFFF 4100 00000000"), names));
+    EXPECT_EQ(noHeader, Header(Bytes("585900 64000000 FFFFFFFF 01000000 4100 00000000"), names));
+    EXPECT_EQ(noHeader, Header(Bytes("585900 64000000 00000000 01000000 4100 00000000"), names));
+}
+
+TEST(SessionHeader, BeginsTheBodyBehindTheLastNameRead) {
+    Names names;
+    // The table is four bytes long, but one name is counted.
+    EXPECT_EQ(17u, Header(Bytes("585900 64000000 04000000 01000000 4100 4200 00000000"), names));
+    EXPECT_EQ((Names{"", "A"}), names);
+    EXPECT_EQ(15u, Header(Bytes("585900 64000000 02000000 00000000 4100 00000000"), names));
+    EXPECT_EQ((Names{""}), names);
+}
+
+TEST(SessionHeader, ReadsEmptyNames) {
+    Names names{"old"};
+    EXPECT_EQ(18u, Header(Bytes("585900 64000000 03000000 03000000 000000 00"), names));
+    EXPECT_EQ((Names{"", "", "", ""}), names);
+}
+
+TEST(SessionHeader, EndsANameAtTheEndOfTheTable) {
+    // The last name lacks its zero byte: it takes one byte of the body instead.
+    Names names;
+    EXPECT_EQ(19u, Header(Bytes("585900 64000000 03000000 01000000 414243 44"), names));
+    EXPECT_EQ((Names{"", "ABC"}), names);
+    CParameterBlock block = OneInt();
+    EXPECT_EQ(0, Loaded(block, Bytes("585900 64000000 03000000 01000000 414243 44")));
+    EXPECT_TRUE(block.parameters.empty());
+}
+
+TEST(SessionLoad, IsDoneAtOnceWithNothingToLoad) {
+    CParameterBlock block = OneInt();
+    const Ids ids{"XY"};
+    EXPECT_EQ(0, block.LoadBinarySessionFromMemory(&ids, nullptr, 5));
+    const unsigned char byte = 0;
+    EXPECT_EQ(0, block.LoadBinarySessionFromMemory(&ids, &byte, 0));
+    EXPECT_EQ(1u, block.parameters.size());
+}
+
+TEST(SessionLoad, LeavesTheBlockWhenTheFormatIsUnknown) {
+    CParameterBlock block = Sample();
+    EXPECT_EQ(7534, Loaded(block, oneIntImage, {"QQ"}));
+    EXPECT_TRUE(block == Sample());
+    EXPECT_EQ(7534, Loaded(block, Bytes("58")));
+    EXPECT_TRUE(block == Sample());
+}
+
+TEST(SessionLoad, FailsWithTheBodyAndKeepsWhatWasRead) {
+    CParameterBlock block = Sample();
+    Image image = oneIntImage;
+    image[18] = 2;
+    EXPECT_EQ(2033, Loaded(block, image));
+    EXPECT_EQ("", block.name);
+    ASSERT_EQ(1u, block.parameters.size());
+    EXPECT_EQ("A", block.parameters[0]->name);
+}
+
+TEST(SessionLoad, RefusesBinaryBlocks) {
+    CParameterBlock block;
+    Image image = oneIntImage;
+    image[22] = 10;
+    EXPECT_EQ(2033, Loaded(block, image));
+}
+
+TEST(SessionLoad, IsStoppedByItsObserver) {
+    struct CStop : CProgress {
+        bool Progress(unsigned long) override { return true; }
+    } stop;
+    CParameterBlock original = Sample();
+    const Image image = Saved(original);
+    CParameterBlock block(&stop, image.size());
+    EXPECT_EQ(2033, Loaded(block, image));
+    EXPECT_EQ(1u, block.parameters.size());
+}
+
+TEST(SessionLoad, BoundsWhatNamesUnfoldTo) {
+    CParameterBlock block;
+    const std::string name(100000, 'n');
+    for (int i = 0; i < 1000; ++i) block.AddParameter(name.c_str(), true);
+    const Image image = Saved(block);
+    EXPECT_EQ(2033, Loaded(block, image));
+    EXPECT_EQ((16 * 1024 * 1024 + 16 * (image.size() - 100016)) / 100000, block.parameters.size());
+}
+
+TEST(SessionLoad, KeepsNamesOfRealisticLength) {
+    CParameterBlock block;
+    const std::string name(60, 'n');
+    for (int i = 0; i < 100000; ++i) block.AddParameter(name.c_str(), true);
+    CParameterBlock loaded;
+    EXPECT_EQ(0, Loaded(loaded, Saved(block)));
+    EXPECT_EQ(100000u, loaded.parameters.size());
+}
+
+TEST(SessionDamage, AnyTruncationHasADefinedResult) {
+    CParameterBlock original = Sample();
+    const Image image = Saved(original);
+    for (std::size_t size = 0; size < image.size(); ++size) {
+        CParameterBlock block;
+        const int status = Loaded(block, Image(image.begin(), image.begin() + size));
+        EXPECT_TRUE(status == 0 || status == 2033 || status == 7534) << size;
+    }
+}
+
+TEST(SessionDamage, AnyChangedByteHasADefinedResult) {
+    CParameterBlock original = Sample();
+    const Image image = Saved(original);
+    for (std::size_t at = 0; at < image.size(); ++at)
+        for (int change = 1; change < 256; ++change) {
+            Image damaged = image;
+            damaged[at] ^= static_cast<unsigned char>(change);
+            CParameterBlock block;
+            const int status = Loaded(block, damaged);
+            ASSERT_TRUE(status == 0 || status == 2033 || status == 7534) << at;
+        }
+}
+
+TEST(SessionDeep, ComesBackFromAHundredThousandLevels) {
+    CParameterBlock block;
+    const CParameterBlock empty;
+    CParameterBlock* inner = &block;
+    for (int i = 0; i < 100000; ++i) {
+        inner->AddParameter("Deeper", &empty);
+        ASSERT_TRUE(inner->FindParameter("Deeper", &inner));
+    }
+    CParameterBlock loaded;
+    EXPECT_EQ(0, Loaded(loaded, Saved(block)));
+    EXPECT_TRUE(loaded == block);
+}
+
+TEST(SessionFile, IsTheImage) {
+    const CTemporaryDirectory directory;
+    const std::string path = directory.File("one.session");
+    const CFileName file(&path);
+    CParameterBlock block = OneInt();
+    EXPECT_EQ(0, block.SaveBinarySession("XY", &file));
+    const std::string bytes = directory.Read("one.session");
+    EXPECT_EQ(oneIntImage, Image(bytes.begin(), bytes.end()));
+
+    CParameterBlock loaded;
+    const Ids ids{"XY"};
+    EXPECT_EQ(0, loaded.LoadBinarySession(&ids, &file));
+    EXPECT_TRUE(loaded == block);
+}
+
+TEST(SessionFile, ReplacesALongerOne) {
+    const CTemporaryDirectory directory;
+    const std::string path = directory.Write("one.session", std::string(1000, '#'));
+    const CFileName file(&path);
+    EXPECT_EQ(0, OneInt().SaveBinarySession("XY", &file));
+    EXPECT_EQ(31u, directory.Read("one.session").size());
+}
+
+TEST(SessionFile, IsNotTouchedWhenThereIsNothingToSave) {
+    const CTemporaryDirectory directory;
+    const std::string path = directory.Write("old.session", "old");
+    const CFileName file(&path);
+    EXPECT_EQ(2035, CParameterBlock().SaveBinarySession("XY", &file));
+    EXPECT_EQ("old", directory.Read("old.session"));
+}
+
+TEST(SessionFile, FailsWhenItCannotBeOpened) {
+    const CTemporaryDirectory directory;
+    const std::string missing = directory.File("missing/one.session");
+    const CFileName file(&missing);
+    const CFileName itself(&directory.Path());
+    const Ids ids{"XY"};
+    CParameterBlock block = OneInt();
+    EXPECT_EQ(2035, block.SaveBinarySession("XY", &file));
+    EXPECT_EQ(2035, block.SaveBinarySession("XY", &itself));
+    EXPECT_EQ(2035, block.LoadBinarySession(&ids, &file));
+    EXPECT_EQ(2035, block.LoadBinarySession(&ids, &itself));
+    EXPECT_TRUE(block == OneInt());
+}
+
+TEST(SessionFile, LoadsNothingWhenItIsEmpty) {
+    const CTemporaryDirectory directory;
+    const std::string path = directory.Write("empty.session");
+    const CFileName file(&path);
+    const Ids ids{"XY"};
+    CParameterBlock block = OneInt();
+    EXPECT_EQ(0, block.LoadBinarySession(&ids, &file));
+    EXPECT_TRUE(block == OneInt());
+}
+
+TEST(SessionFile, TellsWhatIsWrongWithItsBytes) {
+    const CTemporaryDirectory directory;
+    const std::string path = directory.Write("other.session", "something else entirely");
+    const CFileName file(&path);
+    const Ids ids{"XY"};
+    CParameterBlock block = OneInt();
+    EXPECT_EQ(7534, block.LoadBinarySession(&ids, &file));
+    EXPECT_TRUE(block == OneInt());
+    directory.Write("other.session", std::string(oneIntImage.begin(), oneIntImage.end() - 8));
+    EXPECT_EQ(2033, block.LoadBinarySession(&ids, &file));
+}
+
+}  // namespace

@@ -1,0 +1,85 @@
+#include <typeinfo>
+
+#include "platform/Assertion.h"
+#include "utils/ParameterBlockValues.h"
+
+CBinaryBlock::CBinaryBlock(void* payload, void (*free)(void*), void* (*copy)(void*))
+    : data(payload), m_nReferenceCount(0), freeFunction(free), copyFunction(copy) {}
+
+CBinaryBlock::~CBinaryBlock() {
+    if (data != nullptr && freeFunction != nullptr) freeFunction(data);
+}
+
+CBinaryBlock* CBinaryBlock::Copy() const {
+    if (data == nullptr || copyFunction == nullptr) return nullptr;
+    return new CBinaryBlock(copyFunction(data), freeFunction, copyFunction);
+}
+
+void CBinaryBlock::AddRef() {
+    ++m_nReferenceCount;
+}
+
+void CBinaryBlock::Release() {
+    --m_nReferenceCount;
+    TAVARIN_REQUIRE(m_nReferenceCount >= 0);
+    if (m_nReferenceCount == 0) delete this;
+}
+
+CBinaryBlockParameter::CBinaryBlockParameter() : CParameter(tag, nullptr) {}
+
+CBinaryBlockParameter::CBinaryBlockParameter(const char* parameterName, CBinaryBlock* sharedBlock)
+    : CParameter(tag, parameterName), block(sharedBlock) {
+    TAVARIN_REQUIRE(block != nullptr);
+    block->AddRef();
+}
+
+CBinaryBlockParameter::CBinaryBlockParameter(CParameter const* source)
+    : CParameter(tag, source->name) {
+    TAVARIN_REQUIRE(source->type == tag);
+    block = static_cast<CBinaryBlockParameter const*>(source)->block;
+    if (block != nullptr) block->AddRef();
+}
+
+CBinaryBlockParameter::CBinaryBlockParameter(CBinaryBlockParameter const& source)
+    : CBinaryBlockParameter(static_cast<CParameter const*>(&source)) {}
+
+CBinaryBlockParameter::~CBinaryBlockParameter() {
+    if (block != nullptr) block->Release();
+}
+
+CBinaryBlockParameter& CBinaryBlockParameter::operator=(CBinaryBlockParameter const& source) {
+    // The copy comes first so that a parameter may be assigned to itself.
+    CBinaryBlock* const copy = source.block != nullptr ? source.block->Copy() : nullptr;
+    delete block;
+    block = copy;
+    name = source.name;
+    return *this;
+}
+
+CParameter& CBinaryBlockParameter::operator=(CParameter& source) {
+    return *this = dynamic_cast<CBinaryBlockParameter const&>(source);
+}
+
+std::string CBinaryBlockParameter::GetString() const {
+    return "Binary Block";
+}
+
+unsigned long CBinaryBlockParameter::GetSize() const {
+    TAVARIN_REQUIRE(false);
+    return 0;
+}
+
+unsigned long CBinaryBlockParameter::Save(unsigned long, unsigned char*) const {
+    TAVARIN_REQUIRE(false);
+    return 0;
+}
+
+unsigned long CBinaryBlockParameter::Load(std::vector<std::string> const*, unsigned long,
+                                          unsigned char const*) {
+    TAVARIN_REQUIRE(false);
+    return 0;
+}
+
+bool CBinaryBlockParameter::operator==(CParameter const&) const {
+    return false;
+}

@@ -1,0 +1,62 @@
+#include <CoreFoundation/CoreFoundation.h>
+
+#include <limits>
+#include <memory>
+#include <new>
+#include <type_traits>
+
+#include "FileIO/FileIO.h"
+#include "FileIO/FileName.h"
+#include "utils/ParameterBlock.h"
+
+namespace {
+
+struct CReleaseData {
+    void operator()(CFMutableDataRef data) const { CFRelease(data); }
+};
+
+using DataHolder = std::unique_ptr<std::remove_pointer_t<CFMutableDataRef>, CReleaseData>;
+
+struct CFileBytes {
+    std::unique_ptr<unsigned char[]> bytes;
+    unsigned int length = 0;
+};
+
+// Whether the whole file was read; a file that an image cannot be is not.
+bool ReadWhole(CFileName const* name, CFileBytes& out) {
+    CFileIO file;
+    file.Open(name, false, false);
+    const unsigned long length = file.GetLength();
+    if (length > std::numeric_limits<unsigned int>::max()) return false;
+    out.length = static_cast<unsigned int>(length);
+    if (length == 0) return true;
+    out.bytes.reset(new (std::nothrow) unsigned char[length]);
+    return out.bytes != nullptr && file.Read(length, out.bytes.get()) == length;
+}
+
+}  // namespace
+
+int CParameterBlock::SaveBinarySession(const char* id, CFileName const* file) {
+    const DataHolder data(CFDataCreateMutable(kCFAllocatorDefault, 0));
+    const unsigned long length = SaveBinarySessionToMemory(id, data.get());
+    if (length == 0) return sessionFileFailed;
+    try {
+        CFileIO output;
+        output.Open(file, true, true);
+        output.Write(length, CFDataGetBytePtr(data.get()));
+        output.Close();
+    } catch (CCodeException const&) {
+        return sessionFileFailed;
+    }
+    return sessionDone;
+}
+
+int CParameterBlock::LoadBinarySession(std::vector<const char*> const* ids, CFileName const* file) {
+    CFileBytes image;
+    try {
+        if (!ReadWhole(file, image)) return sessionFileFailed;
+    } catch (CCodeException const&) {
+        return sessionFileFailed;
+    }
+    return LoadBinarySessionFromMemory(ids, image.bytes.get(), image.length);
+}

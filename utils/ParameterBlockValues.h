@@ -1,0 +1,295 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+/// \file
+/// Named, typed values that measure, write and read themselves in a compact binary form.
+///
+/// Bytes are little-endian and unaligned. A parameter's own bytes are its name, then its value; the
+/// tag that tells its type is written by the block that holds it. A name stands inline (32-bit
+/// length, then the bytes) or as a token, an index into a table of names: one byte up to 254, else
+/// the byte 0xFF and 24 bits.
+///
+/// Reading never looks past the given size: what is not there leaves its part of the value as it
+/// was. Text made from numbers is the same in every locale.
+///
+/// A parameter belongs to one thread at a time; different threads may use different parameters.
+
+namespace KEL {
+
+/// Two words that together identify a file; all ones in both means "none".
+struct FileIdType {
+    std::uint64_t first = ~std::uint64_t{0};
+    std::uint64_t second = ~std::uint64_t{0};
+
+    friend bool operator==(FileIdType const&, FileIdType const&) = default;
+};
+
+}  // namespace KEL
+
+/// What the tag of a parameter says: the class of the parameter.
+enum ParameterTag : std::uint32_t {
+    tagString = 1,
+    tagInt = 2,
+    tagDouble = 3,
+    tagUInt64 = 4,
+    tagFileId = 5,
+    tagBlock = 6,
+    tagBool = 7,
+    tagFloat = 8,
+    tagSInt64 = 9,
+    tagBinaryBlock = 10,
+};
+
+/// The token of a parameter whose name is written inline.
+inline constexpr std::uint32_t noToken = 0xFFFFFFFF;
+
+/// A named value of one of ten types.
+class CParameter {
+public:
+    const std::uint32_t type;       ///< A ParameterTag.
+    std::uint32_t token = noToken;  ///< Index of the name in a name table, or noToken.
+    std::string name;               ///< May be empty.
+
+    CParameter(CParameter const&) = delete;
+    virtual ~CParameter() = default;
+
+    /// The value as text.
+    virtual std::string GetString() const = 0;
+
+    /// The number of bytes that Save writes.
+    virtual unsigned long GetSize() const = 0;
+
+    /// Writes name and value to `out`, which has room for GetSize() bytes; `available` is not
+    /// consulted. Returns the number of bytes written.
+    virtual unsigned long Save(unsigned long available, unsigned char* out) const = 0;
+
+    /// Reads name and value from at most `size` bytes at `data` and returns the number of bytes
+    /// consumed. `names` is the table that tokens point into, or null when names stand inline.
+    virtual unsigned long Load(std::vector<std::string> const* names, unsigned long size,
+                               unsigned char const* data) = 0;
+
+    /// Takes over the name and the value of a parameter of the same class, not its token. Throws
+    /// std::bad_cast, and changes nothing, when the classes differ.
+    virtual CParameter& operator=(CParameter& source) = 0;
+
+    /// Whether type, name and value are equal. Tokens play no part.
+    virtual bool operator==(CParameter const& other) const = 0;
+
+    /// The bytes that SaveName writes: 1 or 4 for a token, 4 and the name's own for none.
+    unsigned long GetSizeOfName() const;
+
+    /// Writes the token, or the name when there is none. Returns the number of bytes written.
+    unsigned long SaveName(unsigned char* out) const;
+
+    /// Reads the name from at most `size` bytes and returns the number of bytes consumed.
+    ///
+    /// With a table the token is read and kept; a token beyond the table gives an empty name.
+    /// Without one, a length of zero or beyond `size` consumes the length and leaves the name.
+    unsigned int LoadName(std::vector<std::string> const* names, unsigned int size,
+                          unsigned char const* data);
+
+    /// Counts one more use of this name. An empty name is not counted.
+    void AddNameToMap(std::map<std::string, int>& counts) const;
+
+    /// Sets the token to the one given for this name, or to 0 when there is none.
+    void UpdateTokenFromMap(std::map<std::string, int> const& tokens);
+
+    /// Parameters that are loaded or copied together share larger pieces of memory.
+    static void* operator new(std::size_t size);
+    static void operator delete(void* memory) noexcept;
+
+protected:
+    CParameter(std::uint32_t parameterType, const char* parameterName);
+    CParameter(std::uint32_t parameterType, std::string const& parameterName);
+};
+
+/// Compares two parameters of any classes. Being an exact match for them, it keeps `a == b` clear
+/// where the reversed form `b == a` of the member would be as good a choice.
+template <typename First, typename Second>
+requires std::is_base_of_v<CParameter, First> && std::is_base_of_v<CParameter, Second>
+bool operator==(First const& first, Second const& second) {
+    return static_cast<CParameter const&>(first).operator==(static_cast<CParameter const&>(second));
+}
+
+/// A parameter whose value takes a fixed number of bytes. Its copies have no token.
+template <typename Value, std::uint32_t Tag>
+class CValueParameter : public CParameter {
+public:
+    static constexpr std::uint32_t tag = Tag;
+
+    Value value{};
+
+    CValueParameter();
+
+    /// A null name leaves the name empty.
+    CValueParameter(const char* parameterName, Value parameterValue);
+
+    /// Copies name and value of a parameter of the same class; another one stops the process.
+    explicit CValueParameter(CParameter const* source);
+
+    CValueParameter(CValueParameter const& source);
+    CValueParameter& operator=(CValueParameter const& source);
+
+    std::string GetString() const override;
+    unsigned long GetSize() const override;
+    unsigned long Save(unsigned long available, unsigned char* out) const override;
+    unsigned long Load(std::vector<std::string> const* names, unsigned long size,
+                       unsigned char const* data) override;
+    CParameter& operator=(CParameter& source) override;
+    bool operator==(CParameter const& other) const override;
+};
+
+extern template class CValueParameter<std::int32_t, tagInt>;
+extern template class CValueParameter<double, tagDouble>;
+extern template class CValueParameter<unsigned long long, tagUInt64>;
+extern template class CValueParameter<KEL::FileIdType, tagFileId>;
+extern template class CValueParameter<bool, tagBool>;
+extern template class CValueParameter<float, tagFloat>;
+extern template class CValueParameter<long long, tagSInt64>;
+
+/// A signed 32-bit number; 4 bytes.
+class CIntParameter : public CValueParameter<std::int32_t, tagInt> {
+public:
+    using CValueParameter::CValueParameter;
+    using CValueParameter::operator=;
+};
+
+/// A double; 8 bytes. Compares as a number: a NaN equals nothing, 0.0 equals -0.0.
+class CDoubleParameter : public CValueParameter<double, tagDouble> {
+public:
+    using CValueParameter::CValueParameter;
+    using CValueParameter::operator=;
+};
+
+/// An unsigned 64-bit number; 8 bytes.
+class CUInt64Parameter : public CValueParameter<unsigned long long, tagUInt64> {
+public:
+    using CValueParameter::CValueParameter;
+    using CValueParameter::operator=;
+};
+
+/// The identity of a file; 16 bytes when read. Save stops the process: identities hold only while
+/// the process runs.
+class CFileIdTypeParameter : public CValueParameter<KEL::FileIdType, tagFileId> {
+public:
+    using CValueParameter::CValueParameter;
+    using CValueParameter::operator=;
+};
+
+/// True or false; one byte, 1 or 0. Any other byte reads as true.
+class CBoolParameter : public CValueParameter<bool, tagBool> {
+public:
+    using CValueParameter::CValueParameter;
+    using CValueParameter::operator=;
+};
+
+/// A float; 4 bytes. Compares as a number.
+class CFloatParameter : public CValueParameter<float, tagFloat> {
+public:
+    using CValueParameter::CValueParameter;
+    using CValueParameter::operator=;
+};
+
+/// A signed 64-bit number; 8 bytes.
+class CSInt64Parameter : public CValueParameter<long long, tagSInt64> {
+public:
+    using CValueParameter::CValueParameter;
+    using CValueParameter::operator=;
+};
+
+/// A string of any bytes; 32-bit length, then the bytes. Its copies have no token.
+class CStringParameter : public CParameter {
+public:
+    static constexpr std::uint32_t tag = tagString;
+
+    std::string value;
+
+    CStringParameter();
+
+    /// A null name or value is an empty one.
+    CStringParameter(const char* parameterName, const char* parameterValue);
+
+    /// Copies name and value of a string parameter; another one stops the process.
+    explicit CStringParameter(CParameter const* source);
+
+    CStringParameter(CStringParameter const& source);
+    CStringParameter& operator=(CStringParameter const& source);
+
+    std::string GetString() const override;
+    unsigned long GetSize() const override;
+    unsigned long Save(unsigned long available, unsigned char* out) const override;
+
+    /// The value is emptied first; it stays empty when its length exceeds what is left.
+    unsigned long Load(std::vector<std::string> const* names, unsigned long size,
+                       unsigned char const* data) override;
+    CParameter& operator=(CParameter& source) override;
+    bool operator==(CParameter const& other) const override;
+};
+
+/// A payload of the caller's own kind, shared by the parameters that hold it and gone with the
+/// last.
+///
+/// The count is a plain number: all holders belong to one thread.
+class CBinaryBlock {
+public:
+    void* data;                      ///< Owned.
+    std::int32_t m_nReferenceCount;  ///< 0 when made.
+    void (*freeFunction)(void*);     ///< Releases the payload; may be null. Must not throw.
+    void* (*copyFunction)(void*);    ///< Returns a new copy of the payload; may be null.
+
+    CBinaryBlock(void* payload, void (*free)(void*), void* (*copy)(void*));
+    CBinaryBlock(CBinaryBlock const&) = delete;
+    CBinaryBlock& operator=(CBinaryBlock const&) = delete;
+    ~CBinaryBlock();
+
+    /// A new block with a copy of the payload, owned by the caller and not yet counted; null when
+    /// there is no payload or no way to copy it.
+    CBinaryBlock* Copy() const;
+
+    void AddRef();
+
+    /// Destroys the block when this was the last holder. Stops the process when there was none.
+    void Release();
+};
+
+/// A share in a binary block. It exists in memory only: GetSize, Save and Load stop the process.
+///
+/// Two of them are never equal, not even one with itself.
+class CBinaryBlockParameter : public CParameter {
+public:
+    static constexpr std::uint32_t tag = tagBinaryBlock;
+
+    CBinaryBlock* block = nullptr;  ///< Held; may be null.
+
+    CBinaryBlockParameter();
+
+    /// Becomes one more holder of `sharedBlock`; a null one stops the process.
+    CBinaryBlockParameter(const char* parameterName, CBinaryBlock* sharedBlock);
+
+    /// Shares the block that `source`, a parameter of the same class, holds (which may be none).
+    explicit CBinaryBlockParameter(CParameter const* source);
+
+    CBinaryBlockParameter(CBinaryBlockParameter const& source);
+    CBinaryBlockParameter& operator=(CBinaryBlockParameter const& source);
+
+    /// Gives up the share.
+    ~CBinaryBlockParameter() override;
+
+    std::string GetString() const override;
+    unsigned long GetSize() const override;
+    unsigned long Save(unsigned long available, unsigned char* out) const override;
+    unsigned long Load(std::vector<std::string> const* names, unsigned long size,
+                       unsigned char const* data) override;
+
+    /// Destroys the block held, however many share it, and then holds a copy of the source's block
+    /// that nobody counts: never assign over a shared block. Destroying a parameter while its block
+    /// is not counted stops the process.
+    CParameter& operator=(CParameter& source) override;
+    bool operator==(CParameter const& other) const override;
+};
