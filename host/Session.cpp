@@ -168,6 +168,11 @@ char const* ProcessKindName(ProcessKind kind) {
     return kind == ProcessKind::APT ? "APT" : "Doubler";
 }
 
+bool CDocument::HoldsSomething() const {
+    const auto hasRegions = [](CTrack const& track) { return !track.m_Regions.empty(); };
+    return !m_Processes.empty() || std::any_of(m_Tracks.begin(), m_Tracks.end(), hasRegions);
+}
+
 CRegion const* CDocument::FindRegion(CSessionId idRegion) const {
     for (CTrack const& track : m_Tracks)
         for (CRegion const& region : track.m_Regions)

@@ -101,6 +101,8 @@ struct CDocument {
     CSessionId m_idLastProcess = c_idNull;
     double m_dDisplayPosition = 0.0;  ///< in samples
 
+    /// Whether there is any region or process.
+    bool HoldsSomething() const;
     /// The region with this id, or null.
     CRegion const* FindRegion(CSessionId idRegion) const;
     /// The process with this id, or null.

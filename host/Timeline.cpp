@@ -416,6 +416,15 @@ private:
     double m_dTop = 0.0;
 };
 
+/// The documents that hold something, or both when neither does.
+std::vector<DocumentKind> ShownDocuments(CSession const& session) {
+    std::vector<DocumentKind> shown;
+    std::copy_if(c_DocumentKinds.begin(), c_DocumentKinds.end(), std::back_inserter(shown),
+                 [&](DocumentKind kind) { return session.Document(kind).HoldsSomething(); });
+    if (shown.empty()) shown.assign(c_DocumentKinds.begin(), c_DocumentKinds.end());
+    return shown;
+}
+
 void DrawHeader(CSvg& svg, CSession const& session) {
     svg.Text(c_dMargin + 18.0, 44.0, "title", "Session");
     std::string strFacts = std::to_string(session.SampleRate()) + " Hz   ·   link offset " +
@@ -434,7 +443,7 @@ std::string RenderTimeline(CSession const& session, CPeakCache& peaks) {
     int nWaveforms = 0;
     std::vector<CPanel> panels;
     double dHeight = c_dHeader;
-    for (DocumentKind kind : c_DocumentKinds) {
+    for (DocumentKind kind : ShownDocuments(session)) {
         panels.emplace_back(svg, session, kind, scale, peaks, nWaveforms);
         dHeight += panels.back().Height() + c_dPanelGap;
     }

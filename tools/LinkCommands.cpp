@@ -99,18 +99,22 @@ int ChannelMask(std::vector<int> const& channels) {
     return nMask;
 }
 
+CAudioLength RequireAudio(std::string const& strPath) {
+    try {
+        return ProbeAudio(strPath);
+    } catch (std::exception const& failure) {
+        Fail(exitTrouble, std::string(failure.what()) + "; give the path of an audio file");
+    }
+}
+
 void Capture(CLinkOptions const& options, CaptureArguments const& arguments) {
     CLinkSession session(options);
     session.RequireHost();
     const std::string strPath = std::filesystem::absolute(arguments.strFile).string();
+    const CAudioLength length = RequireAudio(strPath);
     CFileName file(strPath.c_str());
     const double dStart = arguments.dStart.value_or(0);
-    double dEnd = 0;
-    try {
-        dEnd = arguments.dEnd ? *arguments.dEnd : static_cast<double>(ProbeAudioFrames(strPath));
-    } catch (std::exception const& failure) {
-        Fail(exitTrouble, std::string(failure.what()) + "; give the path of an audio file");
-    }
+    const double dEnd = arguments.dEnd.value_or(static_cast<double>(length.m_lFrames));
 
     CTANClientInterProcess& client = session.Client();
     if (client.CheckDuplicateRegion(session.IsAudioSuite(), arguments.nTrack, &file,
@@ -186,7 +190,15 @@ void Export(CLinkOptions const& options, std::string const& strTarget) {
         }
         strFile = strTarget;
     }
-    session.Print("File: " + strFile, json{{"file", strFile}});
+    const CAudioLength length = RequireAudio(strFile);
+    char seconds[32];
+    std::snprintf(seconds, sizeof seconds, "%.2f",
+                  static_cast<double>(length.m_lFrames) / length.m_nSampleRate);
+    session.Print("File: " + strFile + " (" + std::to_string(length.m_lFrames) + " samples, " +
+                      seconds + " s)",
+                  json{{"file", strFile},
+                       {"frames", length.m_lFrames},
+                       {"sample_rate", length.m_nSampleRate}});
 }
 
 void AddExport(CLI::App& link, OptionsPointer options) {
