@@ -148,7 +148,7 @@ TEST_F(HostProgram, SaysAtItsEndWhatItHolds) {
     EXPECT_NE(strOutput.find("Script document\n"
                              "  track Guide\n"
                              "  track Dub\n"
-                             "    region from 100 to 24100 (3.00 s) of guide.wav\n"),
+                             "    region from 100 to 24100 (3 s) of guide.wav\n"),
               std::string::npos)
         << strOutput;
     EXPECT_NE(strOutput.find("  Doubler process: Dub in, Double out\n"), std::string::npos);
