@@ -12,16 +12,25 @@ function(tavarin_add_library target)
     target_link_libraries(${target} PRIVATE "$<BUILD_INTERFACE:tavarin_warnings>")
 endfunction()
 
-# tavarin_add_test(<name> [SHARED_MEMORY] [LIBS <target>...] [SOURCES <file>...]): builds <name>.cpp
-# and registers every test in it. SHARED_MEMORY tests use the link's fixed segment names and
-# therefore never run beside each other.
+# tavarin_add_test(<name> [SHARED_MEMORY | APPKIT] [LIBS <target>...] [SOURCES <file>...]): builds
+# <name>.cpp, or <name>.mm where there is one, and registers every test in it. SHARED_MEMORY tests use
+# the link's fixed segment names and therefore never run beside each other. APPKIT tests use AppKit
+# and keep away from the user's defaults.
 function(tavarin_add_test name)
-    cmake_parse_arguments(ARG "SHARED_MEMORY" "" "LIBS;SOURCES" ${ARGN})
-    add_executable(${name} ${name}.cpp ${ARG_SOURCES})
+    cmake_parse_arguments(ARG "SHARED_MEMORY;APPKIT" "" "LIBS;SOURCES" ${ARGN})
+    set(source ${name}.cpp)
+    if(EXISTS "${CMAKE_CURRENT_SOURCE_DIR}/${name}.mm")
+        set(source ${name}.mm)
+    endif()
+    add_executable(${name} ${source} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE ${ARG_LIBS} GTest::gtest tavarin_warnings)
     if(ARG_SHARED_MEMORY)
         target_link_libraries(${name} PRIVATE tavarin_link_test_main)
         set(properties PROPERTIES TIMEOUT 120 RESOURCE_LOCK tavarin_shared_memory)
+    elseif(ARG_APPKIT)
+        target_sources(${name} PRIVATE AppKitLeaks.cpp)
+        target_link_libraries(${name} PRIVATE GTest::gtest_main)
+        set(properties PROPERTIES TIMEOUT 120 ENVIRONMENT "${TAVARIN_APPKIT_TEST_ENVIRONMENT}")
     else()
         target_link_libraries(${name} PRIVATE GTest::gtest_main)
         set(properties PROPERTIES TIMEOUT 120)

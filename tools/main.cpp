@@ -3,6 +3,7 @@
 #include "tools/BlockCommands.h"
 #include "tools/InputOutput.h"
 #include "tools/LinkCommands.h"
+#include "tools/SchemeCommand.h"
 #include "tools/TimecodeCommands.h"
 
 int main(int argc, char** argv) {
@@ -13,6 +14,7 @@ int main(int argc, char** argv) {
     AddLinkCommands(app);
     AddBlockCommands(app);
     AddTimecodeCommands(app);
+    AddSchemeCommand(app, argv[0]);
     try {
         app.parse(argc, argv);
     } catch (CLI::RuntimeError const& end) {

@@ -1,7 +1,6 @@
 #include <CoreFoundation/CoreFoundation.h>
 
 #include <algorithm>
-#include <atomic>
 #include <boost/locale/utf.hpp>
 #include <charconv>
 #include <cstring>
@@ -18,42 +17,17 @@
 #include <vector>
 
 #include "platform/Assertion.h"
+#include "platform/posix/CoreObject.h"
 
 namespace {
 
-constexpr CFIndex kImmortal = std::numeric_limits<CFIndex>::max();
 constexpr CFIndex kUnlimited = std::numeric_limits<CFIndex>::max();
 constexpr CFIndex kFixed = 0;
-
-struct Operations {
-    void (*destroy)(const void* object);
-    bool (*equal)(const void* object1, const void* object2);
-};
-
-/// The first member of every object, so that a CFTypeRef can be read without knowing its kind.
-struct Header {
-    const Operations* operations;
-    mutable std::atomic<CFIndex> references{1};
-};
-
-const Header& HeaderOf(CFTypeRef object) {
-    TAVARIN_REQUIRE(object != nullptr);
-    return *static_cast<const Header*>(object);
-}
-
-template <typename Object>
-struct OperationsFor {
-    static void Destroy(const void* object) { delete static_cast<const Object*>(object); }
-    static bool Equal(const void* object1, const void* object2) {
-        return static_cast<const Object*>(object1)->Equals(*static_cast<const Object*>(object2));
-    }
-    static constexpr Operations table{Destroy, Equal};
-};
 
 }  // namespace
 
 struct __CFString {
-    Header header;
+    CoreHeader header;
     std::string utf8;
     CFIndex utf16Length;
 
@@ -61,7 +35,7 @@ struct __CFString {
 };
 
 struct __CFData {
-    Header header;
+    CoreHeader header;
     std::vector<UInt8> bytes;
     CFIndex capacity;
 
@@ -69,7 +43,7 @@ struct __CFData {
 };
 
 struct __CFArray {
-    Header header;
+    CoreHeader header;
     std::vector<const void*> values;
     CFIndex capacity;
     CFArrayCallBacks callBacks;
@@ -111,7 +85,7 @@ std::optional<CFIndex> CountUtf16Units(std::string_view text) {
 CFStringRef CreateString(std::string_view text) {
     const auto units = CountUtf16Units(text);
     if (!units) return nullptr;
-    return new __CFString{{&OperationsFor<__CFString>::table}, std::string(text), *units};
+    return new __CFString{{&CoreOperationsFor<__CFString>::table}, std::string(text), *units};
 }
 
 void RequireRoom(CFIndex present, CFIndex added, CFIndex capacity) {
@@ -121,8 +95,10 @@ void RequireRoom(CFIndex present, CFIndex added, CFIndex capacity) {
 
 CFMutableArrayRef CreateArray(CFIndex capacity, const CFArrayCallBacks* callBacks) {
     const CFArrayCallBacks none{};
-    return new __CFArray{
-        {&OperationsFor<__CFArray>::table}, {}, capacity, callBacks == nullptr ? none : *callBacks};
+    return new __CFArray{{&CoreOperationsFor<__CFArray>::table},
+                         {},
+                         capacity,
+                         callBacks == nullptr ? none : *callBacks};
 }
 
 const void* RetainValue(CFAllocatorRef, const void* value) {
@@ -152,7 +128,7 @@ CFTypeRef CFRetain(CFTypeRef object) {
 }
 
 void CFRelease(CFTypeRef object) {
-    const Header& header = HeaderOf(object);
+    const CoreHeader& header = HeaderOf(object);
     if (header.references == kImmortal) return;
     if (--header.references == 0) header.operations->destroy(object);
 }
@@ -162,7 +138,7 @@ CFIndex CFGetRetainCount(CFTypeRef object) {
 }
 
 Boolean CFEqual(CFTypeRef object1, CFTypeRef object2) {
-    const Operations* operations = HeaderOf(object1).operations;
+    const CoreOperations* operations = HeaderOf(object1).operations;
     if (operations != HeaderOf(object2).operations) return false;
     return object1 == object2 || operations->equal(object1, object2);
 }
@@ -242,13 +218,13 @@ CFStringRef __CFStringMakeConstantString(const char* text) {
 
 CFDataRef CFDataCreate(CFAllocatorRef, const UInt8* bytes, CFIndex length) {
     TAVARIN_REQUIRE(length >= 0);
-    return new __CFData{{&OperationsFor<__CFData>::table}, {bytes, bytes + length}, kFixed};
+    return new __CFData{{&CoreOperationsFor<__CFData>::table}, {bytes, bytes + length}, kFixed};
 }
 
 CFMutableDataRef CFDataCreateMutable(CFAllocatorRef, CFIndex capacity) {
     TAVARIN_REQUIRE(capacity >= 0);
     return new __CFData{
-        {&OperationsFor<__CFData>::table}, {}, capacity == 0 ? kUnlimited : capacity};
+        {&CoreOperationsFor<__CFData>::table}, {}, capacity == 0 ? kUnlimited : capacity};
 }
 
 CFIndex CFDataGetLength(CFDataRef data) {

@@ -1,0 +1,122 @@
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <string>
+
+#include "tests/ScopedEnvironment.h"
+#include "tests/TemporaryDirectory.h"
+
+namespace {
+
+class SchemeToolTests : public testing::Test {
+protected:
+    struct CResult {
+        int nStatus;
+        std::string strOutput;  ///< standard output and standard error
+    };
+
+    CResult Run(std::string const& arguments) const {
+        const std::string command = "cd '" + m_directory.Path() + "' && '" +
+                                    TAVARIN_SCHEME_PROGRAM + "' " + arguments + " 2>&1 </dev/null";
+        std::FILE* pipe = popen(command.c_str(), "r");
+        std::string output;
+        char buffer[4096];
+        while (const std::size_t size = std::fread(buffer, 1, sizeof buffer, pipe)) {
+            output.append(buffer, size);
+        }
+        return {WEXITSTATUS(pclose(pipe)), output};
+    }
+
+    CTemporaryDirectory m_directory;
+    // What AppKit keeps until a process ends is no leak of the program's.
+    CScopedEnvironment m_leaks{"ASAN_OPTIONS", "detect_leaks=0"};
+};
+
+TEST_F(SchemeToolTests, ThePalettesPassTheirCheck) {
+    const CResult designer = Run("check designer");
+    EXPECT_EQ(designer.nStatus, 0);
+    EXPECT_NE(designer.strOutput.find("0 broken"), std::string::npos);
+    EXPECT_EQ(Run("check engineer").nStatus, 0);
+}
+
+TEST_F(SchemeToolTests, AnUnreadableSchemeFailsTheCheckAndIsNamed) {
+    m_directory.Write("bad.json", R"({"format": "TavarinColourScheme", "colours": [
+        {"component": "ccLabelText", "name": "Label text", "colour": [0.2, 0.2, 0.2, 1]}]})");
+    EXPECT_EQ(Run("check bad.json").nStatus, 0) << "alone it has nothing to be read on";
+    const CResult result = Run("check bad.json --over designer");
+    EXPECT_EQ(result.nStatus, 1);
+    EXPECT_NE(result.strOutput.find("BROKEN ccLabelText on ccWindowBackground"), std::string::npos);
+}
+
+TEST_F(SchemeToolTests, AllRulesAreListedOnRequest) {
+    const CResult result = Run("check designer --all");
+    EXPECT_EQ(result.nStatus, 0);
+    EXPECT_NE(result.strOutput.find("kept   ccLabelText on ccWindowBackground"), std::string::npos);
+    EXPECT_NE(result.strOutput.find("given  ccLabelText on ccSelectedTextBackground"),
+              std::string::npos);
+}
+
+TEST_F(SchemeToolTests, ASchemeGoesToJsonAndBack) {
+    ASSERT_EQ(Run("export designer -o designer.json").nStatus, 0);
+    ASSERT_EQ(Run("import designer.json -o designer.scheme").nStatus, 0);
+    const CResult same = Run("diff designer designer.scheme");
+    EXPECT_EQ(same.nStatus, 0);
+    EXPECT_EQ(same.strOutput, "");
+    EXPECT_EQ(Run("export designer.scheme").strOutput, m_directory.Read("designer.json"));
+    EXPECT_FALSE(m_directory.Has("designer.scheme.part"));
+}
+
+TEST_F(SchemeToolTests, DifferencesSetTheStatus) {
+    const CResult result = Run("diff designer engineer");
+    EXPECT_EQ(result.nStatus, 1);
+    EXPECT_NE(result.strOutput.find("~ ccLabelText: #c1c1c1 -> #58585a"), std::string::npos);
+    EXPECT_NE(result.strOutput.find("- ccTrackGroup14: #999999"), std::string::npos);
+    EXPECT_NE(result.strOutput.find("+ ccMorlandProjectButton: "), std::string::npos);
+}
+
+TEST_F(SchemeToolTests, APictureIsDrawn) {
+    ASSERT_EQ(Run("show engineer --output engineer.svg").nStatus, 0);
+    const std::string picture = m_directory.Read("engineer.svg");
+    EXPECT_EQ(picture.substr(0, 4), "<svg");
+    EXPECT_EQ(picture.substr(picture.size() - 7), "</svg>\n");
+}
+
+TEST_F(SchemeToolTests, WhatIsNoSchemeIsExplained) {
+    m_directory.Write("empty", "");
+    m_directory.Write("text", "some text");
+    m_directory.Write("cut", std::string("TavarinColourScheme\0\x64\0\0\0", 24));
+    m_directory.Write("bad.json", "{ no JSON");
+    const std::pair<const char*, const char*> cases[] = {
+        {"absent", "absent cannot be read"},
+        {"empty", "empty is empty"},
+        {"text", "text is not a colour scheme"},
+        {"cut", "cut is not a colour scheme"},
+        {".", ". cannot be read"},
+        {"bad.json", "the text is not JSON"},
+    };
+    for (auto const& [source, error] : cases) {
+        const CResult result = Run(std::string("export ") + source);
+        EXPECT_EQ(result.nStatus, 1) << source;
+        EXPECT_EQ(result.strOutput.find(std::string("tavarin-scheme: ") + error), 0u)
+            << result.strOutput;
+    }
+}
+
+TEST_F(SchemeToolTests, AnOutputThatCannotBeWrittenIsExplained) {
+    for (const char* command :
+         {"export designer -o none/x", "show designer -o none/x", "import designer -o none/x"}) {
+        const CResult result = Run(command);
+        EXPECT_EQ(result.nStatus, 1) << command;
+        EXPECT_NE(result.strOutput.find("none/x cannot be written"), std::string::npos);
+    }
+}
+
+TEST_F(SchemeToolTests, AWrongCommandLineHasAStatusOfItsOwn) {
+    for (const char* arguments : {"", "paint", "check", "diff designer", "import designer"}) {
+        EXPECT_EQ(Run(arguments).nStatus, 2) << arguments;
+    }
+    EXPECT_EQ(Run("--help").nStatus, 0);
+}
+
+}  // namespace

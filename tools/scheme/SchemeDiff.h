@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "colours/ComponentColour.h"
+
+/// What differs between two schemes, one line for each component, in descending order of codes;
+/// empty when nothing does. Channels up to 1/256 apart count as equal.
+std::vector<std::string> DiffSchemes(CComponentsColors const& first,
+                                     CComponentsColors const& second);

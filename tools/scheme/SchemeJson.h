@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+#include "colours/ComponentColour.h"
+
+/// A scheme as JSON text, one colour after the other from the highest code down. Throws
+/// CToolFailure when a channel is no number, which JSON cannot say.
+std::string SchemeToJson(CComponentsColors const& scheme);
+
+/// Lays a scheme from JSON text over `scheme`. Throws CToolFailure, with nothing changed, when the
+/// text is not JSON or not a scheme.
+void SchemeFromJson(std::string const& text, CComponentsColors& scheme);

@@ -1,0 +1,165 @@
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <iostream>
+#include <memory>
+
+#include "colours/SchemeRules.h"
+#include "tools/scheme/SchemeDiff.h"
+#include "tools/scheme/SchemeJson.h"
+#include "tools/scheme/SchemePicture.h"
+#include "tools/scheme/SchemeSource.h"
+#include "tools/scheme/ToolFailure.h"
+
+namespace {
+
+constexpr int kDone = 0;
+constexpr int kFailed = 1;  // also: schemes differ, rules are broken
+constexpr int kUsage = 2;
+
+constexpr const char* szSourceHelp =
+    "'designer', 'engineer', a scheme file or a JSON file made by 'export'";
+
+struct CSource {
+    std::string strName;
+    std::string strBase;
+
+    void AddTo(CLI::App& command) {
+        command.add_option("scheme", strName, szSourceHelp)->required();
+        command.add_option("--over", strBase, "lay the scheme over this one first");
+    }
+
+    void Read(CComponentsColors& scheme) const {
+        if (!strBase.empty()) ReadScheme(strBase, scheme);
+        ReadScheme(strName, scheme);
+    }
+};
+
+struct CArguments {
+    CSource source;
+    std::string strSecond;
+    std::string strOutput = "-";
+    bool fAll = false;
+};
+
+using Arguments = std::shared_ptr<CArguments>;
+
+void AddOutput(CLI::App& command, Arguments const& arguments) {
+    command.add_option("-o,--output", arguments->strOutput,
+                       "file to write (default: - , the terminal)");
+}
+
+void AddShow(CLI::App& app) {
+    auto arguments = std::make_shared<CArguments>();
+    CLI::App* command = app.add_subcommand("show", "draw a picture of a whole scheme (SVG)");
+    arguments->source.AddTo(*command);
+    AddOutput(*command, arguments);
+    command->callback([arguments] {
+        CComponentsColors scheme;
+        arguments->source.Read(scheme);
+        WriteText(arguments->strOutput, DrawScheme(scheme, arguments->source.strName));
+    });
+}
+
+void AddExport(CLI::App& app) {
+    auto arguments = std::make_shared<CArguments>();
+    CLI::App* command = app.add_subcommand("export", "write a scheme as JSON");
+    arguments->source.AddTo(*command);
+    AddOutput(*command, arguments);
+    command->callback([arguments] {
+        CComponentsColors scheme;
+        arguments->source.Read(scheme);
+        WriteText(arguments->strOutput, SchemeToJson(scheme));
+    });
+}
+
+void AddImport(CLI::App& app) {
+    auto arguments = std::make_shared<CArguments>();
+    CLI::App* command = app.add_subcommand("import", "make a scheme file from JSON");
+    arguments->source.AddTo(*command);
+    command->add_option("-o,--output", arguments->strOutput, "scheme file to write")->required();
+    command->callback([arguments] {
+        CComponentsColors scheme;
+        arguments->source.Read(scheme);
+        WriteSchemeFile(arguments->strOutput, scheme);
+    });
+}
+
+void AddDiff(CLI::App& app) {
+    auto arguments = std::make_shared<CArguments>();
+    CLI::App* command = app.add_subcommand(
+        "diff", "compare two schemes: exit status 0 when they are alike, else 1");
+    command->add_option("first", arguments->source.strName, szSourceHelp)->required();
+    command->add_option("second", arguments->strSecond, szSourceHelp)->required();
+    command->callback([arguments] {
+        CComponentsColors first;
+        CComponentsColors second;
+        arguments->source.Read(first);
+        ReadScheme(arguments->strSecond, second);
+        const auto lines = DiffSchemes(first, second);
+        for (std::string const& line : lines) std::cout << line << '\n';
+        if (!lines.empty()) throw CLI::RuntimeError(kFailed);
+    });
+}
+
+const char* VerdictText(Verdict verdict) {
+    switch (verdict) {
+        case Verdict::kept:
+            return "kept  ";
+        case Verdict::broken:
+            return "BROKEN";
+        case Verdict::given:
+            return "given ";
+        case Verdict::absent:
+            return "absent";
+    }
+    return "";
+}
+
+void AddCheck(CLI::App& app) {
+    auto arguments = std::make_shared<CArguments>();
+    CLI::App* command = app.add_subcommand(
+        "check", "judge whether text is readable, edges are visible and states differ");
+    arguments->source.AddTo(*command);
+    command->add_flag("--all", arguments->fAll, "list every rule, not only the broken ones");
+    command->callback([arguments] {
+        CComponentsColors scheme;
+        arguments->source.Read(scheme);
+        std::size_t nJudged = 0;
+        std::size_t nBroken = 0;
+        for (CJudgement const& judgement : JudgeScheme(scheme)) {
+            nJudged += judgement.verdict != Verdict::absent;
+            nBroken += judgement.verdict == Verdict::broken;
+            if (arguments->fAll || judgement.verdict == Verdict::broken) {
+                std::cout << VerdictText(judgement.verdict) << ' ' << Describe(judgement) << '\n';
+            }
+        }
+        std::cout << nJudged << " rules judged, " << nBroken << " broken\n";
+        if (nBroken != 0) throw CLI::RuntimeError(kFailed);
+    });
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app{"Colour schemes: pictures, JSON, differences and judgement."};
+    app.name("tavarin-scheme");
+    app.require_subcommand(1);
+    AddShow(app);
+    AddExport(app);
+    AddImport(app);
+    AddDiff(app);
+    AddCheck(app);
+
+    try {
+        app.parse(argc, argv);
+    } catch (CToolFailure const& failure) {
+        std::fprintf(stderr, "tavarin-scheme: %s\n", failure.what());
+        std::fprintf(stderr, "                %s\n", failure.Advice().c_str());
+        return kFailed;
+    } catch (CLI::RuntimeError const& result) {
+        return result.get_exit_code();
+    } catch (CLI::ParseError const& usage) {
+        return app.exit(usage) == 0 ? kDone : kUsage;
+    }
+    return kDone;
+}
