@@ -37,8 +37,9 @@ void KeepLastOfEach(std::vector<Entry>& entries) {
     std::ranges::reverse(entries);
     std::ranges::stable_sort(entries, Before);
     const auto surplus =
-        std::ranges::unique(entries, [](auto& a, auto& b) { return a.lCode == b.lCode; });
-    entries.erase(surplus.begin(), surplus.end());
+        std::unique(entries.begin(), entries.end(),
+                    [](Entry const& a, Entry const& b) { return a.lCode == b.lCode; });
+    entries.erase(surplus, entries.end());
 }
 
 }  // namespace

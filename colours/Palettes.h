@@ -1,6 +1,8 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
+#include <functional>
 #include <initializer_list>
 #include <span>
 
@@ -35,15 +37,22 @@ std::span<const CPaletteEntry> DesignerPalette();
 /// Light greys.
 std::span<const CPaletteEntry> EngineerPalette();
 
-/// Whether a table is well-formed: every code once, one stop in a plain colour, 1 to 17 ascending
-/// ones in a gradient.
-constexpr bool IsPalette(std::span<const CPaletteEntry> palette) {
+/// Whether a row has one stop for a plain colour, 1 to 17 in ascending position for a gradient.
+constexpr bool HasRightStops(CPaletteEntry const& row) {
     constexpr std::size_t mostStops = 17;
-    return std::ranges::all_of(palette, [palette](CPaletteEntry const& row) {
-        const std::size_t most = row.kind == PaletteKind::plain ? 1 : mostStops;
-        return std::ranges::count(palette, row.code, &CPaletteEntry::code) == 1 &&
-               row.stops.size() >= 1 && row.stops.size() <= most &&
-               std::ranges::adjacent_find(row.stops, std::ranges::greater_equal(),
-                                          &CPaletteStop::dPosition) == row.stops.end();
-    });
+    const std::size_t most = row.kind == PaletteKind::plain ? 1 : mostStops;
+    return row.stops.size() >= 1 && row.stops.size() <= most &&
+           std::ranges::adjacent_find(row.stops, std::ranges::greater_equal(),
+                                      &CPaletteStop::dPosition) == row.stops.end();
+}
+
+/// Whether a table is well-formed: right stops everywhere, and no code twice.
+template <std::size_t Rows>
+constexpr bool IsPalette(CPaletteEntry const (&palette)[Rows]) {
+    std::array<long long, Rows> codes{};
+    std::ranges::transform(palette, codes.begin(),
+                           [](CPaletteEntry const& row) { return row.code.Packed(); });
+    std::ranges::sort(codes);
+    return std::ranges::adjacent_find(codes) == codes.end() &&
+           std::ranges::all_of(palette, HasRightStops);
 }

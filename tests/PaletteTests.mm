@@ -100,8 +100,10 @@ TEST_F(PaletteTests, OrderNamesClassesAndKindsAreFixed) {
 }
 
 TEST_F(PaletteTests, PaletteTablesAreChecked) {
-    EXPECT_TRUE(IsPalette(DesignerPalette()));
-    EXPECT_TRUE(IsPalette(EngineerPalette()));
+    const CPaletteEntry good[] = {
+        {ccRed, 1, "", PaletteKind::plain, {{0, 1, 0, 0, 1}}},
+        {ccBlue, 1, "", PaletteKind::gradient, {{0, 1, 0, 0, 1}, {1, 0, 0, 0, 1}}}};
+    EXPECT_TRUE(IsPalette(good));
     const CPaletteEntry twoStops[] = {
         {ccRed, 1, "", PaletteKind::plain, {{0, 1, 0, 0, 1}, {1, 0, 0, 0, 1}}}};
     const CPaletteEntry twice[] = {{ccRed, 1, "", PaletteKind::plain, {{0, 1, 0, 0, 1}}},
