@@ -1,6 +1,7 @@
 #include "bench/BenchTree.h"
 
-#include <unordered_map>
+#include <unordered_set>
+#include <utility>
 
 namespace {
 
@@ -54,6 +55,45 @@ CBenchNode Gradient(std::string name, int module, int id, std::string title) {
     return gradient;
 }
 
+constexpr int flatValues = 100000;
+
+CBenchNode FlatValue(int i, std::string name) {
+    switch (i % 5) {
+        case 0:
+            return Int(std::move(name), i * 7919 - 1000000);
+        case 1:
+            return Real(std::move(name), i / 7.0);
+        case 2:
+            return Text(std::move(name), "text " + std::to_string(i));
+        case 3:
+            return Real(std::move(name), i / 8.0, Kind::single);
+        default:
+            return {std::move(name), Kind::flag, "", i % 2, 0, {}};
+    }
+}
+
+// Whether a name comes again after others.
+bool NamesReturn(CBenchNode const& block) {
+    std::unordered_set<std::string> seen;
+    for (std::size_t i = 0; i < block.children.size(); ++i) {
+        std::string const& name = block.children[i].name;
+        if (i > 0 && name == block.children[i - 1].name) continue;
+        if (!seen.insert(name).second) return true;
+    }
+    return false;
+}
+
+// A list of its own has no name inside; a first neighbour turns the entry into one.
+void AddToList(CBenchNode& entry, CBenchNode next) {
+    if (entry.kind != Kind::list || entry.children.empty() ||
+        entry.children[0].name != entry.name) {
+        CBenchNode list{entry.name, Kind::list, "", 0, 0, {}};
+        list.children.push_back(std::move(entry));
+        entry = std::move(list);
+    }
+    entry.children.push_back(std::move(next));
+}
+
 }  // namespace
 
 CBenchNode SchemeTree() {
@@ -70,28 +110,19 @@ CBenchNode SchemeTree() {
 }
 
 CBenchNode FlatTree() {
-    constexpr int values = 100000;
+    static constexpr const char* names[] = {"Start",  "Length", "Title",  "Gain",  "Muted",
+                                            "Track",  "Offset", "Source", "Pitch", "Locked",
+                                            "Colour", "Rate",   "Author", "Fade",  "Hidden",
+                                            "Layer",  "Tempo",  "Notes",  "Level", "Solo"};
     CBenchNode root = Block("");
-    for (int i = 0; i < values; ++i) {
-        const std::string name = "value" + std::to_string(i);
-        switch (i % 5) {
-            case 0:
-                root.children.push_back(Int(name, i * 7919 - 1000000));
-                break;
-            case 1:
-                root.children.push_back(Real(name, i / 7.0));
-                break;
-            case 2:
-                root.children.push_back(Text(name, "text " + std::to_string(i)));
-                break;
-            case 3:
-                root.children.push_back(Real(name, i / 8.0, Kind::single));
-                break;
-            default:
-                root.children.push_back(Int(name, i % 2));
-                root.children.back().kind = Kind::flag;
-        }
-    }
+    for (int i = 0; i < flatValues; ++i) root.children.push_back(FlatValue(i, names[i % 20]));
+    return root;
+}
+
+CBenchNode FlatTreeOfDifferentNames() {
+    CBenchNode root = Block("");
+    for (int i = 0; i < flatValues; ++i)
+        root.children.push_back(FlatValue(i, "value" + std::to_string(i)));
     return root;
 }
 
@@ -101,13 +132,22 @@ std::size_t CountNodes(CBenchNode const& root) {
     return nodes;
 }
 
-std::vector<CBenchGroup> GroupByName(CBenchNode const& block) {
-    std::vector<CBenchGroup> groups;
-    std::unordered_map<std::string, std::size_t> known;
-    for (CBenchNode const& child : block.children) {
-        const auto [found, isNew] = known.emplace(child.name, groups.size());
-        if (isNew) groups.push_back({&child.name, {}});
-        groups[found->second].members.push_back(&child);
+CBenchNode WithoutRepeatedNames(CBenchNode const& root) {
+    CBenchNode made = root;
+    made.children.clear();
+    const bool returning = NamesReturn(root);
+    if (returning) made.kind = Kind::list;
+    for (CBenchNode const& original : root.children) {
+        CBenchNode child = WithoutRepeatedNames(original);
+        if (returning) {
+            CBenchNode single = Block("");
+            single.children.push_back(std::move(child));
+            made.children.push_back(std::move(single));
+        } else if (!made.children.empty() && made.children.back().name == child.name) {
+            AddToList(made.children.back(), std::move(child));
+        } else {
+            made.children.push_back(std::move(child));
+        }
     }
-    return groups;
+    return made;
 }

@@ -7,7 +7,7 @@
 
 /// A tree of named values that every contender builds in its own form.
 struct CBenchNode {
-    enum EKind { block, text, integer, real, single, flag };
+    enum EKind { block, list, text, integer, real, single, flag };
 
     std::string name;
     EKind kind = block;
@@ -21,16 +21,15 @@ struct CBenchNode {
 /// stops.
 CBenchNode SchemeTree();
 
-/// 100,000 values of all kinds in one block, each with a name of its own.
+/// 100,000 values of all kinds in one block, which share twenty names.
 CBenchNode FlatTree();
 
-/// The nodes below the root.
+/// The same values, each with a name of its own.
+CBenchNode FlatTreeOfDifferentNames();
+
+/// The values and blocks below the root.
 std::size_t CountNodes(CBenchNode const& root);
 
-/// The children that share a name are a list: what a form without repeated names makes of them.
-struct CBenchGroup {
-    std::string const* name;
-    std::vector<CBenchNode const*> members;
-};
-
-std::vector<CBenchGroup> GroupByName(CBenchNode const& block);
+/// The same tree for forms in which a name may stand once in a block: neighbours of one name become
+/// a list under it; where names return in turn, the block becomes a list of blocks of one entry.
+CBenchNode WithoutRepeatedNames(CBenchNode const& root);

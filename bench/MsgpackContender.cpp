@@ -17,29 +17,27 @@ msgpack::object MakeText(std::string const& text, msgpack::zone& zone) {
     return made;
 }
 
-msgpack::object MakeList(std::vector<CBenchNode const*> const& members, msgpack::zone& zone) {
+msgpack::object MakeList(CBenchNode const& node, msgpack::zone& zone) {
     msgpack::object made;
     made.type = msgpack::type::ARRAY;
-    made.via.array.size = static_cast<std::uint32_t>(members.size());
+    made.via.array.size = static_cast<std::uint32_t>(node.children.size());
     made.via.array.ptr = static_cast<msgpack::object*>(zone.allocate_align(
-        sizeof(msgpack::object) * members.size(), MSGPACK_ZONE_ALIGNOF(msgpack::object)));
-    for (std::size_t i = 0; i < members.size(); ++i)
-        made.via.array.ptr[i] = Make(*members[i], zone);
+        sizeof(msgpack::object) * node.children.size(), MSGPACK_ZONE_ALIGNOF(msgpack::object)));
+    for (std::size_t i = 0; i < node.children.size(); ++i)
+        made.via.array.ptr[i] = Make(node.children[i], zone);
     return made;
 }
 
 msgpack::object MakeMap(CBenchNode const& node, msgpack::zone& zone) {
-    const std::vector<CBenchGroup> groups = GroupByName(node);
     msgpack::object made;
     made.type = msgpack::type::MAP;
-    made.via.map.size = static_cast<std::uint32_t>(groups.size());
-    made.via.map.ptr = static_cast<msgpack::object_kv*>(zone.allocate_align(
-        sizeof(msgpack::object_kv) * groups.size(), MSGPACK_ZONE_ALIGNOF(msgpack::object_kv)));
-    for (std::size_t i = 0; i < groups.size(); ++i) {
-        made.via.map.ptr[i].key = MakeText(*groups[i].name, zone);
-        made.via.map.ptr[i].val = groups[i].members.size() == 1
-                                      ? Make(*groups[i].members.front(), zone)
-                                      : MakeList(groups[i].members, zone);
+    made.via.map.size = static_cast<std::uint32_t>(node.children.size());
+    made.via.map.ptr = static_cast<msgpack::object_kv*>(
+        zone.allocate_align(sizeof(msgpack::object_kv) * node.children.size(),
+                            MSGPACK_ZONE_ALIGNOF(msgpack::object_kv)));
+    for (std::size_t i = 0; i < node.children.size(); ++i) {
+        made.via.map.ptr[i].key = MakeText(node.children[i].name, zone);
+        made.via.map.ptr[i].val = Make(node.children[i], zone);
     }
     return made;
 }
@@ -56,6 +54,8 @@ msgpack::object Make(CBenchNode const& node, msgpack::zone& zone) {
             return msgpack::object(static_cast<float>(node.realValue));
         case CBenchNode::flag:
             return msgpack::object(node.integerValue != 0);
+        case CBenchNode::list:
+            return MakeList(node, zone);
         default:
             return MakeMap(node, zone);
     }
@@ -67,8 +67,9 @@ public:
 
     void Build(CBenchNode const& root) override {
         m_pZone = std::make_unique<msgpack::zone>();
-        m_tree = Make(root, *m_pZone);
-        m_twin = Make(root, *m_pZone);
+        const CBenchNode source = WithoutRepeatedNames(root);
+        m_tree = Make(source, *m_pZone);
+        m_twin = Make(source, *m_pZone);
     }
 
     std::size_t Save() override {

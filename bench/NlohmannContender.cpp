@@ -20,14 +20,13 @@ json Make(CBenchNode const& node) {
         default:
             break;
     }
-    json made = json::object();
-    for (CBenchGroup const& group : GroupByName(node)) {
-        json& value = made[*group.name];
-        if (group.members.size() == 1)
-            value = Make(*group.members.front());
-        else
-            for (CBenchNode const* member : group.members) value.push_back(Make(*member));
+    if (node.kind == CBenchNode::list) {
+        json list = json::array();
+        for (CBenchNode const& child : node.children) list.push_back(Make(child));
+        return list;
     }
+    json made = json::object();
+    for (CBenchNode const& child : node.children) made[child.name] = Make(child);
     return made;
 }
 
@@ -49,8 +48,8 @@ public:
     const char* Name() const override { return Format::name; }
 
     void Build(CBenchNode const& root) override {
-        m_tree = Make(root);
-        m_twin = Make(root);
+        m_tree = Make(WithoutRepeatedNames(root));
+        m_twin = m_tree;
     }
 
     std::size_t Save() override {

@@ -15,6 +15,8 @@ void Fill(CParameterBlock& block, CBenchNode const& node) {
                 Fill(static_cast<CParameterBlock&>(*block.parameters.back()), child);
                 break;
             }
+            case CBenchNode::list:
+                break;
             case CBenchNode::text:
                 block.AddParameter(name, child.textValue.c_str());
                 break;

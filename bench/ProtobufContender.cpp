@@ -25,6 +25,10 @@ void Fill(Value& value, CBenchNode const& node) {
         case CBenchNode::flag:
             value.set_bool_value(node.integerValue != 0);
             break;
+        case CBenchNode::list:
+            for (CBenchNode const& child : node.children)
+                Fill(*value.mutable_list_value()->add_values(), child);
+            break;
         default:
             Fill(*value.mutable_struct_value(), node);
             break;
@@ -32,14 +36,7 @@ void Fill(Value& value, CBenchNode const& node) {
 }
 
 void Fill(Struct& made, CBenchNode const& node) {
-    for (CBenchGroup const& group : GroupByName(node)) {
-        Value& value = (*made.mutable_fields())[*group.name];
-        if (group.members.size() == 1)
-            Fill(value, *group.members.front());
-        else
-            for (CBenchNode const* member : group.members)
-                Fill(*value.mutable_list_value()->add_values(), *member);
-    }
+    for (CBenchNode const& child : node.children) Fill((*made.mutable_fields())[child.name], child);
 }
 
 class CProtobufContender : public CContender {
@@ -47,10 +44,16 @@ public:
     const char* Name() const override { return "protobuf Struct"; }
 
     void Build(CBenchNode const& root) override {
+        // The topmost form of this library is a block; a list stands in one.
+        CBenchNode source = WithoutRepeatedNames(root);
+        if (source.kind == CBenchNode::list) {
+            CBenchNode outer;
+            outer.children.push_back(std::move(source));
+            source = std::move(outer);
+        }
         m_tree.Clear();
-        Fill(m_tree, root);
-        m_twin.Clear();
-        Fill(m_twin, root);
+        Fill(m_tree, source);
+        m_twin = m_tree;
     }
 
     std::size_t Save() override {

@@ -11,19 +11,16 @@ using rapidjson::Value;
 
 Value Make(CBenchNode const& node, Document::AllocatorType& allocator);
 
-Value MakeList(std::vector<CBenchNode const*> const& members, Document::AllocatorType& allocator) {
+Value MakeList(CBenchNode const& node, Document::AllocatorType& allocator) {
     Value made(rapidjson::kArrayType);
-    for (CBenchNode const* member : members) made.PushBack(Make(*member, allocator), allocator);
+    for (CBenchNode const& child : node.children) made.PushBack(Make(child, allocator), allocator);
     return made;
 }
 
 Value MakeObject(CBenchNode const& node, Document::AllocatorType& allocator) {
     Value made(rapidjson::kObjectType);
-    for (CBenchGroup const& group : GroupByName(node))
-        made.AddMember(Value(*group.name, allocator),
-                       group.members.size() == 1 ? Make(*group.members.front(), allocator)
-                                                 : MakeList(group.members, allocator),
-                       allocator);
+    for (CBenchNode const& child : node.children)
+        made.AddMember(Value(child.name, allocator), Make(child, allocator), allocator);
     return made;
 }
 
@@ -38,6 +35,8 @@ Value Make(CBenchNode const& node, Document::AllocatorType& allocator) {
             return Value(node.realValue);
         case CBenchNode::flag:
             return Value(node.integerValue != 0);
+        case CBenchNode::list:
+            return MakeList(node, allocator);
         default:
             return MakeObject(node, allocator);
     }
@@ -48,9 +47,10 @@ public:
     const char* Name() const override { return "RapidJSON"; }
 
     void Build(CBenchNode const& root) override {
+        const CBenchNode source = WithoutRepeatedNames(root);
         for (Document* document : {&m_tree, &m_twin}) {
             Document().Swap(*document);
-            Value made = Make(root, document->GetAllocator());
+            Value made = Make(source, document->GetAllocator());
             document->Value::Swap(made);
         }
     }
