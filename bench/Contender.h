@@ -17,11 +17,15 @@ public:
 
     virtual const char* Name() const = 0;
 
-    /// Builds the tree that Save, Copy, Find and Equal work on, and a second one equal to it.
+    /// `root` outlives the contender. Builds the tree that Save, Copy, Find and Equal work on, and
+    /// a second one equal to it.
     virtual void Build(CBenchNode const& root) = 0;
 
     /// Saves the tree to memory anew and returns the image's length.
     virtual std::size_t Save() = 0;
+
+    /// Puts the tree back to what it was before its first save, where saving leaves traces on it.
+    virtual void ForgetSave() {}
 
     /// The bytes that Save made last.
     virtual std::string_view Image() const = 0;

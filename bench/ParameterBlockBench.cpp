@@ -183,6 +183,8 @@ void Compare(std::size_t number, std::vector<std::string> const& names, int roun
 
     std::vector<COperation> operations;
     operations.push_back({"save", nullptr, [](CContender& c) { c.Save(); }});
+    operations.push_back({"save a tree never saved", [](CContender& c) { c.ForgetSave(); },
+                          [](CContender& c) { c.Save(); }});
     operations.push_back({"load and free", nullptr, [](CContender& c) {
                               c.Load(c.Image());
                               c.Drop();

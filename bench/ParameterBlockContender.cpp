@@ -43,6 +43,7 @@ public:
     const char* Name() const override { return "parameter block"; }
 
     void Build(CBenchNode const& root) override {
+        m_pSource = &root;
         m_tree.Clear();
         Fill(m_tree, root);
         m_twin.Clear();
@@ -54,6 +55,12 @@ public:
         m_image = CFDataCreateMutable(kCFAllocatorDefault, 0);
         m_nLength = m_tree.SaveBinarySessionToMemory("bench", m_image);
         return m_nLength;
+    }
+
+    // Saving leaves tokens, which help the next save.
+    void ForgetSave() override {
+        m_tree.Clear();
+        Fill(m_tree, *m_pSource);
     }
 
     std::string_view Image() const override {
@@ -105,6 +112,7 @@ private:
         m_image = nullptr;
     }
 
+    CBenchNode const* m_pSource = nullptr;
     CParameterBlock m_tree, m_twin;
     std::unique_ptr<CParameterBlock> m_pLoaded;
     CFMutableDataRef m_image = nullptr;

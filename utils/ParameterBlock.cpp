@@ -25,8 +25,8 @@ constexpr std::array<std::type_info const*, tagBinaryBlock> plainClasses{
     &typeid(CSInt64Parameter)};
 
 void FreeText(std::string& text) {
-    constexpr std::size_t capacityWithinItself = std::string().capacity();
-    if (text.capacity() > capacityWithinItself) std::string().swap(text);
+    // An empty string's capacity is what a string holds within itself.
+    if (text.capacity() > std::string().capacity()) std::string().swap(text);
 }
 
 // Like `delete`, but spares the parameters of a load or a copy, which come by the thousand, their
