@@ -45,9 +45,9 @@ struct WaitPace {
 };
 
 /// The pace of a client that waits for its reply.
-inline constexpr WaitPace kClientPace{100, 1000, false};
+inline constexpr WaitPace kClientPace{1000, 1000, false};
 /// The pace of a host that waits for requests, for minutes or for microseconds.
-inline constexpr WaitPace kHostPace{100, 5000, true};
+inline constexpr WaitPace kHostPace{2000, 5000, true};
 
 /// Waits on a condition with `*pMutex` held: frees the mutex while waiting and holds it again on
 /// return, however long that takes. True when notified, false when the deadline came first.
