@@ -10,10 +10,10 @@
 
 namespace {
 
-constexpr int c_nMaxArguments = 32;
-constexpr int c_nMaxTableDepth = 4;
-constexpr std::size_t c_nMaxCopiedValues = 4096;
-constexpr std::size_t c_nMaxCopiedText = std::size_t{64} << 10;
+constexpr int kMaxArguments = 32;
+constexpr int kMaxTableDepth = 4;
+constexpr std::size_t kMaxCopiedValues = 4096;
+constexpr std::size_t kMaxCopiedText = std::size_t{64} << 10;
 
 /// Copies the arguments of a call out of the interpreter. Uses only calls that raise no error.
 class CArgumentCopy {
@@ -21,8 +21,7 @@ public:
     explicit CArgumentCopy(lua_State* pState) : m_pState(pState) {}
 
     CHostValue Value(int nIndex, int nDepth) {
-        if (++m_nCopied > c_nMaxCopiedValues)
-            throw CHostFunctionError("too many values in one call");
+        if (++m_nCopied > kMaxCopiedValues) throw CHostFunctionError("too many values in one call");
         switch (lua_type(m_pState, nIndex)) {
             case LUA_TNIL:
                 return {};
@@ -45,12 +44,12 @@ private:
     std::string Text(int nIndex) const {
         std::size_t nLength = 0;
         char const* pText = lua_tolstring(m_pState, nIndex, &nLength);
-        if (nLength > c_nMaxCopiedText) throw CHostFunctionError("a text is too long for the host");
+        if (nLength > kMaxCopiedText) throw CHostFunctionError("a text is too long for the host");
         return {pText, nLength};
     }
 
     CHostTable Table(int nIndex, int nDepth) {
-        if (nDepth >= c_nMaxTableDepth || !lua_checkstack(m_pState, 4))
+        if (nDepth >= kMaxTableDepth || !lua_checkstack(m_pState, 4))
             throw CHostFunctionError("tables are nested too deeply for the host");
         CHostTable table;
         auto const nLength = static_cast<lua_Integer>(lua_rawlen(m_pState, nIndex));
@@ -61,7 +60,7 @@ private:
         }
         lua_pushnil(m_pState);
         while (lua_next(m_pState, nIndex)) {
-            if (++m_nCopied > c_nMaxCopiedValues)
+            if (++m_nCopied > kMaxCopiedValues)
                 throw CHostFunctionError("too many values in one call");
             int const nTop = lua_gettop(m_pState);
             if (lua_type(m_pState, nTop - 1) == LUA_TSTRING)
@@ -80,7 +79,7 @@ bool CallHost(lua_State* pState, CScriptRun& run, CHostFunction const& function)
     run.m_Arguments.clear();
     run.m_Result = {};
     int const nCount = lua_gettop(pState);
-    if (nCount > c_nMaxArguments) throw CHostFunctionError("too many arguments for the host");
+    if (nCount > kMaxArguments) throw CHostFunctionError("too many arguments for the host");
     CArgumentCopy copy(pState);
     for (int n = 1; n <= nCount; ++n) run.m_Arguments.push_back(copy.Value(n, 0));
     run.m_Result = function.pFunction(run.m_Context, {function.pszName, run.m_Arguments});

@@ -74,4 +74,4 @@ void CheckScriptTime(lua_State* pState);
 std::string_view ScriptTextArgument(lua_State* pState, int nIndex);
 
 /// The name that a script has in error texts.
-inline constexpr char const* c_szChunkName = "=script";
+inline constexpr char const* kChunkName = "=script";

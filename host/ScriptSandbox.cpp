@@ -29,20 +29,20 @@ int Raise(lua_State* pState) {
     RaiseScriptError(pState, luaL_checkstring(pState, 1));
 }
 
-constexpr char const* c_BaseFunctions[] = {"assert", "error",    "getmetatable", "ipairs", "next",
-                                           "pairs",  "rawequal", "rawget",       "rawlen", "rawset",
-                                           "select", "tonumber", "tostring",     "type"};
-constexpr char const* c_StringFunctions[] = {"byte",  "char",   "format",   "len",
-                                             "lower", "pack",   "packsize", "reverse",
-                                             "sub",   "unpack", "upper"};
-constexpr char const* c_MathFunctions[] = {
+constexpr char const* kBaseFunctions[] = {"assert", "error",    "getmetatable", "ipairs", "next",
+                                          "pairs",  "rawequal", "rawget",       "rawlen", "rawset",
+                                          "select", "tonumber", "tostring",     "type"};
+constexpr char const* kStringFunctions[] = {"byte",  "char",   "format",   "len",
+                                            "lower", "pack",   "packsize", "reverse",
+                                            "sub",   "unpack", "upper"};
+constexpr char const* kMathFunctions[] = {
     "abs",        "acos", "asin", "atan", "ceil",      "cos",  "deg", "exp",
     "floor",      "fmod", "log",  "max",  "min",       "modf", "rad", "random",
     "randomseed", "sin",  "sqrt", "tan",  "tointeger", "type", "ult"};
-constexpr char const* c_MathValues[] = {"pi", "huge", "maxinteger", "mininteger"};
-constexpr char const* c_NativeBase[] = {"pcall", "select", "tonumber", "tostring", "type"};
-constexpr char const* c_NativeString[] = {"sub"};
-constexpr char const* c_NativeMath[] = {"tointeger", "maxinteger"};
+constexpr char const* kMathValues[] = {"pi", "huge", "maxinteger", "mininteger"};
+constexpr char const* kNativeBase[] = {"pcall", "select", "tonumber", "tostring", "type"};
+constexpr char const* kNativeString[] = {"sub"};
+constexpr char const* kNativeMath[] = {"tointeger", "maxinteger"};
 
 /// For each name: target[name] = a guarded form of library[name]. Both are absolute indices. The
 /// function must have no values of its own, for it is called without them.
@@ -73,17 +73,17 @@ int AppendBytes(lua_State*, void const* pBytes, std::size_t nCount, void* pTarge
 
 /// The prelude, compiled once for the process; empty when there was no memory for it.
 std::string const& CompiledPrelude() {
-    static std::string const c_strCode = [] {
+    static std::string const kCode = [] {
         std::string strCode;
         std::unique_ptr<lua_State, decltype(&lua_close)> const compiler(luaL_newstate(),
                                                                         &lua_close);
         bool const fLoaded =
-            compiler && luaL_loadbufferx(compiler.get(), c_ScriptPrelude.data(),
-                                         c_ScriptPrelude.size(), "=prelude", "t") == LUA_OK;
+            compiler && luaL_loadbufferx(compiler.get(), kScriptPrelude.data(),
+                                         kScriptPrelude.size(), "=prelude", "t") == LUA_OK;
         if (!fLoaded || lua_dump(compiler.get(), AppendBytes, &strCode, 1) != 0) strCode.clear();
         return strCode;
     }();
-    return c_strCode;
+    return kCode;
 }
 
 /// All texts share one metatable; it finds the script's own string table and cannot be had.
@@ -109,13 +109,13 @@ void OpenPlaces(lua_State* pState) {
 }
 
 void AddLibraryFunctions(lua_State* pState) {
-    CopyGuarded(pState, BaseLibrary, Globals, c_BaseFunctions);
-    CopyGuarded(pState, StringLibrary, String, c_StringFunctions);
-    CopyPlain(pState, MathLibrary, Math, c_MathFunctions);
-    CopyPlain(pState, MathLibrary, Math, c_MathValues);
-    CopyPlain(pState, BaseLibrary, Native, c_NativeBase);
-    CopyPlain(pState, StringLibrary, Native, c_NativeString);
-    CopyPlain(pState, MathLibrary, Native, c_NativeMath);
+    CopyGuarded(pState, BaseLibrary, Globals, kBaseFunctions);
+    CopyGuarded(pState, StringLibrary, String, kStringFunctions);
+    CopyPlain(pState, MathLibrary, Math, kMathFunctions);
+    CopyPlain(pState, MathLibrary, Math, kMathValues);
+    CopyPlain(pState, BaseLibrary, Native, kNativeBase);
+    CopyPlain(pState, StringLibrary, Native, kNativeString);
+    CopyPlain(pState, MathLibrary, Native, kNativeMath);
 }
 
 void AddOwnFunctions(lua_State* pState) {
@@ -124,7 +124,7 @@ void AddOwnFunctions(lua_State* pState) {
         char const* pszName;
         lua_CFunction pFunction;
     };
-    static constexpr COwnFunction c_OwnFunctions[] = {
+    static constexpr COwnFunction kOwnFunctions[] = {
         {Globals, "print", ScriptPrint}, {Globals, "setmetatable", ScriptSetMetatable},
         {String, "find", ScriptFind},    {String, "match", ScriptMatch},
         {String, "rep", ScriptRepeat},   {Table, "concat", ScriptConcatenate},
@@ -132,7 +132,7 @@ void AddOwnFunctions(lua_State* pState) {
         {Native, "raise", Raise},        {Native, "scan", ScriptScan},
         {Native, "find", ScriptFind},    {Native, "concat", ScriptConcatenate},
     };
-    for (COwnFunction const& own : c_OwnFunctions) {
+    for (COwnFunction const& own : kOwnFunctions) {
         lua_pushcfunction(pState, own.pFunction);
         lua_setfield(pState, own.place, own.pszName);
     }

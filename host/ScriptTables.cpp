@@ -6,8 +6,8 @@
 
 namespace {
 
-constexpr lua_Integer c_nMaxUnpacked = 100000;
-constexpr lua_Integer c_nElementsPerCheck = 4096;
+constexpr lua_Integer kMaxUnpacked = 100000;
+constexpr lua_Integer kElementsPerCheck = 4096;
 
 enum class MetaValue { Any, Function, FunctionOrTable };
 
@@ -18,7 +18,7 @@ struct CMetaField {
 
 /// What a metatable may hold. `__gc` runs where no limit reaches; tables with `__mode` can take the
 /// collector hours; a `__call` that is no function can chain for ever.
-constexpr CMetaField c_MetaFields[] = {
+constexpr CMetaField kMetaFields[] = {
     {"__index", MetaValue::FunctionOrTable},
     {"__newindex", MetaValue::FunctionOrTable},
     {"__call", MetaValue::Function},
@@ -48,7 +48,7 @@ constexpr CMetaField c_MetaFields[] = {
 };
 
 bool AllowedMetaField(std::string_view name, int nType) {
-    for (CMetaField const& field : c_MetaFields) {
+    for (CMetaField const& field : kMetaFields) {
         if (field.name != name) continue;
         if (field.allowed == MetaValue::Any || nType == LUA_TFUNCTION) return true;
         return field.allowed == MetaValue::FunctionOrTable && nType == LUA_TTABLE;
@@ -124,7 +124,7 @@ int ScriptConcatenate(lua_State* pState) {
     luaL_Buffer buffer;
     luaL_buffinit(pState, &buffer);
     for (lua_Integer n = nFirst; n <= nLast; ++n) {
-        if (n % c_nElementsPerCheck == 0) CheckScriptTime(pState);
+        if (n % kElementsPerCheck == 0) CheckScriptTime(pState);
         int const nType = lua_rawgeti(pState, 1, n);
         if (nType != LUA_TSTRING && nType != LUA_TNUMBER)
             RaiseScriptError(pState, lua_pushfstring(pState,
@@ -147,7 +147,7 @@ int ScriptUnpack(lua_State* pState) {
         luaL_optinteger(pState, 3, static_cast<lua_Integer>(lua_rawlen(pState, 1)));
     if (nFirst > nLast) return 0;
     auto const nCount = static_cast<lua_Unsigned>(nLast) - static_cast<lua_Unsigned>(nFirst) + 1;
-    if (nCount == 0 || nCount > static_cast<lua_Unsigned>(c_nMaxUnpacked) ||
+    if (nCount == 0 || nCount > static_cast<lua_Unsigned>(kMaxUnpacked) ||
         !lua_checkstack(pState, static_cast<int>(nCount)))
         RaiseScriptError(pState, "too many results to unpack");
     for (lua_Unsigned n = 0; n < nCount; ++n)

@@ -51,7 +51,7 @@ bool Search(lua_State* pState, std::string_view text, std::string_view pattern, 
 }
 
 int PushCaptures(lua_State* pState, std::string_view text, CMatch const& match) {
-    luaL_checkstack(pState, static_cast<int>(CPattern::c_nMaxCaptures), "too many captures");
+    luaL_checkstack(pState, static_cast<int>(CPattern::kMaxCaptures), "too many captures");
     for (std::size_t n = 0; n < match.m_nCaptures; ++n) {
         CMatch::CCapture const& capture = match.m_Captures[n];
         if (capture.m_fPosition)

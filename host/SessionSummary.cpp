@@ -44,7 +44,7 @@ std::string DescribeProcess(CDocument const& document, CProcess const& process) 
 
 std::string DescribeSession(CSession const& session) {
     std::string strText;
-    for (DocumentKind kind : c_DocumentKinds) {
+    for (DocumentKind kind : kDocumentKinds) {
         CDocument const& document = session.Document(kind);
         if (!document.HoldsSomething()) continue;
         strText += std::string(DocumentName(kind)) + "\n";

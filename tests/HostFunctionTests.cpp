@@ -378,7 +378,7 @@ TEST_P(CHostFunctionTest, ClearingATrackRemovesRegionsMarksAndResultFiles) {
         EXPECT_TRUE(track.m_Regions.empty());
         EXPECT_TRUE(track.m_MarkerTracks.at(0).m_Areas.empty());
     }
-    EXPECT_EQ(Document().m_idSelectedRegion, c_idNull);
+    EXPECT_EQ(Document().m_idSelectedRegion, kNullId);
     EXPECT_TRUE(HostFiles().empty());
     EXPECT_TRUE(fs::exists(m_Directory.Path() + "/guide.wav")) << "a client's file is not touched";
 }

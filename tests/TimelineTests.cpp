@@ -107,7 +107,7 @@ TEST_F(CTimelineTest, PeaksFollowTheSamples) {
     Send(0, WriteFile("a.wav", audio), 0);
     CPeakCache cache;
     auto const& peaks = cache.Peaks(m_Session.TrackAt(DocumentKind::Script, 0).m_Regions[0]);
-    ASSERT_EQ(peaks.size(), CPeakCache::c_nSlices);
+    ASSERT_EQ(peaks.size(), CPeakCache::kSlices);
     EXPECT_EQ(peaks[10].m_Low, 0.0f);
     EXPECT_EQ(peaks[1000].m_Low, -0.5f);
     EXPECT_EQ(peaks[1000].m_High, 0.0f);
