@@ -37,3 +37,22 @@ function(tavarin_add_test name)
     endif()
     gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60 ${properties})
 endfunction()
+
+# tavarin_add_fuzz_target(<name> [LIBS <target>...] [SOURCES <file>...]): <name>.cpp holds a libFuzzer
+# entry. With TAVARIN_FUZZ it becomes the fuzzer <name>; with tests it is also run over the files of
+# corpus/<name>, by any compiler.
+function(tavarin_add_fuzz_target name)
+    cmake_parse_arguments(ARG "" "" "LIBS;SOURCES" ${ARGN})
+    if(TAVARIN_FUZZ)
+        add_executable(${name} ${name}.cpp ${ARG_SOURCES})
+        target_compile_options(${name} PRIVATE -fsanitize=fuzzer)
+        target_link_options(${name} PRIVATE -fsanitize=fuzzer)
+        target_link_libraries(${name} PRIVATE ${ARG_LIBS} tavarin_warnings)
+    endif()
+    if(TAVARIN_TESTS)
+        add_executable(${name}Replay ${name}.cpp ReplayMain.cpp ${ARG_SOURCES})
+        target_link_libraries(${name}Replay PRIVATE ${ARG_LIBS} tavarin_warnings)
+        add_test(NAME ${name}Replay
+                 COMMAND ${name}Replay "${CMAKE_CURRENT_SOURCE_DIR}/corpus/${name}")
+    endif()
+endfunction()

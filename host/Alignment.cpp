@@ -9,8 +9,8 @@
 
 namespace {
 
-constexpr std::int64_t c_lMaxShiftSeconds = 10;
-constexpr std::int64_t c_lFineSeconds = 30;
+constexpr std::int64_t kMaxShiftSeconds = 10;
+constexpr std::int64_t kFineSeconds = 30;
 
 /// One pass of the search: envelope steps of `lHop` samples, smoothed over `lWindow` samples, at
 /// shifts of up to `lReach` samples around the best one so far.
@@ -92,7 +92,7 @@ bool Silent(CAudio const& audio) {
     return true;
 }
 
-/// Where the fine passes listen: the loudest stretch of the guide, at most c_lFineSeconds long.
+/// Where the fine passes listen: the loudest stretch of the guide, at most kFineSeconds long.
 std::int64_t LoudestStretch(CAudio const& guide, std::int64_t lLength) {
     std::int64_t const lBlock = std::max<std::int64_t>(1, guide.m_nSampleRate);
     CEnvelope const envelope = MakeEnvelope(guide, 0, guide.Frames(), {lBlock, lBlock, 0});
@@ -130,7 +130,7 @@ std::int64_t FindDubLag(CAudio const& guide, CAudio const& dub, CCheckpoint cons
     if (Silent(guide) || Silent(dub)) return 0;
     std::int64_t const lLonger = std::max(guide.Frames(), dub.Frames());
     CSearchPass const coarse{
-        256, 1024, std::min(lLonger, c_lMaxShiftSeconds * std::max(1, guide.m_nSampleRate))};
+        256, 1024, std::min(lLonger, kMaxShiftSeconds * std::max(1, guide.m_nSampleRate))};
     CEnvelope guideEnvelope = MakeEnvelope(guide, 0, guide.Frames(), coarse);
     CEnvelope dubEnvelope = MakeEnvelope(dub, 0, dub.Frames(), coarse);
     RemoveMean(guideEnvelope);
@@ -138,9 +138,8 @@ std::int64_t FindDubLag(CAudio const& guide, CAudio const& dub, CCheckpoint cons
     std::int64_t lLag =
         coarse.lHop * BestLag(guideEnvelope, dubEnvelope, coarse.lReach / coarse.lHop, checkpoint);
 
-    std::int64_t const lLength =
-        std::min(guide.Frames(),
-                 c_lFineSeconds * static_cast<std::int64_t>(std::max(1, guide.m_nSampleRate)));
+    std::int64_t const lLength = std::min(
+        guide.Frames(), kFineSeconds * static_cast<std::int64_t>(std::max(1, guide.m_nSampleRate)));
     std::int64_t const lStart = LoudestStretch(guide, lLength);
     CAudio const guidePart = Slice(guide, lStart, lLength);
     for (CSearchPass const& pass : {CSearchPass{16, 1024, 512}, CSearchPass{1, 512, 32}}) {

@@ -14,8 +14,8 @@
 
 namespace {
 
-constexpr std::int64_t c_lBlockFrames = 16384;
-constexpr int c_nMaxChannels = 1024;
+constexpr std::int64_t kBlockFrames = 16384;
+constexpr int kMaxChannels = 1024;
 
 using CSoundHandle = std::unique_ptr<SNDFILE, decltype(&sf_close)>;
 
@@ -75,8 +75,7 @@ CAudioFile::CAudioFile(std::string const& strPath) : m_pState(std::make_unique<C
     SF_INFO info{};
     m_pState->m_strPath = strPath;
     m_pState->m_Sound = OpenForReading(strPath, info);
-    if (info.channels < 1 || info.channels > c_nMaxChannels || info.samplerate < 1 ||
-        info.frames < 0)
+    if (info.channels < 1 || info.channels > kMaxChannels || info.samplerate < 1 || info.frames < 0)
         Fail(strPath, "claims an impossible format");
     if (!info.seekable) Fail(strPath, "cannot be read at any place");
     m_pState->m_Info = {info.frames, info.channels, info.samplerate};
@@ -88,6 +87,13 @@ CAudioFile& CAudioFile::operator=(CAudioFile&&) noexcept = default;
 
 CAudioFileInfo const& CAudioFile::Info() const {
     return m_pState->m_Info;
+}
+
+void CAudioFile::Require(std::int64_t lFrames) const {
+    if (m_pState->m_Info.m_lFrames < lFrames)
+        Fail(m_pState->m_strPath, "has become shorter: " + std::to_string(lFrames) +
+                                      " samples are needed, it has " +
+                                      std::to_string(m_pState->m_Info.m_lFrames));
 }
 
 CAudio CAudioFile::Read(std::int64_t lStart, std::int64_t lFrames,
@@ -106,9 +112,9 @@ CAudio CAudioFile::Read(std::int64_t lStart, std::int64_t lFrames,
         Fail(state.m_strPath, "breaks off before sample " + std::to_string(lFrom));
 
     auto const nFileChannels = static_cast<std::size_t>(state.m_Info.m_nChannels);
-    state.m_Interleaved.resize(static_cast<std::size_t>(c_lBlockFrames) * nFileChannels);
+    state.m_Interleaved.resize(static_cast<std::size_t>(kBlockFrames) * nFileChannels);
     for (std::int64_t lAt = lFrom; lAt < lTo;) {
-        std::int64_t const lWanted = std::min(c_lBlockFrames, lTo - lAt);
+        std::int64_t const lWanted = std::min(kBlockFrames, lTo - lAt);
         std::int64_t const lRead =
             sf_readf_float(state.m_Sound.get(), state.m_Interleaved.data(), lWanted);
         state.m_lPosition = lAt + lRead;
@@ -166,9 +172,8 @@ void CAudioWriter::Write(CAudio const& audio) {
     if (static_cast<int>(audio.m_Channels.size()) != state.m_nChannels)
         Fail(state.m_strPath, "was given a block with another number of channels");
     auto const nChannels = audio.m_Channels.size();
-    for (std::int64_t lAt = 0; lAt < audio.Frames(); lAt += c_lBlockFrames) {
-        auto const nFrames =
-            static_cast<std::size_t>(std::min(c_lBlockFrames, audio.Frames() - lAt));
+    for (std::int64_t lAt = 0; lAt < audio.Frames(); lAt += kBlockFrames) {
+        auto const nFrames = static_cast<std::size_t>(std::min(kBlockFrames, audio.Frames() - lAt));
         state.m_Interleaved.resize(nFrames * nChannels);
         for (std::size_t n = 0; n < nChannels; ++n)
             for (std::size_t i = 0; i < nFrames; ++i)
@@ -204,12 +209,13 @@ void WriteAudioFile(std::string const& strPath, CAudio const& audio, SampleForma
 void CopyAudioRange(CAudioRange const& range, std::string const& strTarget,
                     CCheckpoint const& checkpoint) {
     CAudioFile source(range.m_strFile);
+    source.Require(range.m_lEnd);
     CAudioWriter writer(strTarget, source.Info().m_nSampleRate,
                         static_cast<int>(range.m_Channels.size()), SampleFormat::Float32);
-    for (std::int64_t lAt = range.m_lStart; lAt < range.m_lEnd; lAt += c_lBlockFrames) {
+    for (std::int64_t lAt = range.m_lStart; lAt < range.m_lEnd; lAt += kBlockFrames) {
         if (checkpoint) checkpoint();
         writer.Write(
-            source.Read(lAt, std::min(c_lBlockFrames, range.m_lEnd - lAt), range.m_Channels));
+            source.Read(lAt, std::min(kBlockFrames, range.m_lEnd - lAt), range.m_Channels));
     }
     writer.Finish();
 }
@@ -220,9 +226,11 @@ bool SameAudio(CAudioRange const& left, CAudioRange const& right, CCheckpoint co
     if (left.m_Channels.size() != right.m_Channels.size()) return false;
     CAudioFile leftFile(left.m_strFile);
     CAudioFile rightFile(right.m_strFile);
-    for (std::int64_t lAt = 0; lAt < lLength; lAt += c_lBlockFrames) {
+    leftFile.Require(left.m_lEnd);
+    rightFile.Require(right.m_lEnd);
+    for (std::int64_t lAt = 0; lAt < lLength; lAt += kBlockFrames) {
         if (checkpoint) checkpoint();
-        std::int64_t const lFrames = std::min(c_lBlockFrames, lLength - lAt);
+        std::int64_t const lFrames = std::min(kBlockFrames, lLength - lAt);
         if (!SameSamples(leftFile.Read(left.m_lStart + lAt, lFrames, left.m_Channels),
                          rightFile.Read(right.m_lStart + lAt, lFrames, right.m_Channels)))
             return false;

@@ -49,6 +49,9 @@ public:
 
     CAudioFileInfo const& Info() const;
 
+    /// Throws `CAudioFileError` when the file is shorter than so many samples.
+    void Require(std::int64_t lFrames) const;
+
     /// Reads samples [lStart, lStart + lFrames) of the given channels. What lies outside the file
     /// is silence. Throws `CAudioFileError` for a channel that the file does not have and for a
     /// file that breaks off.
@@ -95,10 +98,12 @@ struct CAudioRange {
     std::vector<int> m_Channels;
 };
 
-/// Copies a stretch into a WAV file of 32-bit floats, block by block.
+/// Copies a stretch into a WAV file of 32-bit floats, block by block. Throws `CAudioFileError`,
+/// also when the file does not reach that far.
 void CopyAudioRange(CAudioRange const& range, std::string const& strTarget,
                     CCheckpoint const& checkpoint = {});
 
 /// Whether two stretches hold the same decoded samples in the same number of channels.
+/// Throws `CAudioFileError`, also when a file does not reach that far.
 bool SameAudio(CAudioRange const& left, CAudioRange const& right,
                CCheckpoint const& checkpoint = {});

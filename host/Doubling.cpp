@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr std::int64_t c_lCheckpointFrames = 1 << 16;
+constexpr std::int64_t kCheckpointFrames = 1 << 16;
 
 float SampleAt(std::vector<float> const& channel, std::int64_t lIndex) {
     if (lIndex < 0 || lIndex >= static_cast<std::int64_t>(channel.size())) return 0.0f;
@@ -72,7 +72,7 @@ CAudio MakeDouble(CAudio const& input, CDoublingSettings const& settings,
     output.m_Channels.assign(input.m_Channels.size(),
                              std::vector<float>(static_cast<std::size_t>(lFrames), 0.0f));
     for (std::int64_t lFrame = 0; lFrame < lFrames; ++lFrame) {
-        if (checkpoint && lFrame % c_lCheckpointFrames == 0) checkpoint();
+        if (checkpoint && lFrame % kCheckpointFrames == 0) checkpoint();
         for (int nReader : {0, 1}) {
             double const dPhase = sweep.Phase(lFrame, nReader);
             double const dShare = CSweep::Share(dPhase);

@@ -14,9 +14,9 @@
 namespace {
 
 char const* KindName(CHostValue const& value) {
-    static constexpr char const* c_Names[] = {"nothing",  "a truth value", "a number",
-                                              "a number", "a text",        "a table"};
-    return c_Names[value.index()];
+    static constexpr char const* kNames[] = {"nothing",  "a truth value", "a number",
+                                             "a number", "a text",        "a table"};
+    return kNames[value.index()];
 }
 
 /// The whole number in a value, if there is one.
@@ -36,8 +36,8 @@ void CHostArguments::Fail(std::size_t n, std::string const& strExpected) const {
 }
 
 CHostValue const& CHostArguments::At(std::size_t n) const {
-    static CHostValue const c_Nothing;
-    return n < m_Values.size() ? m_Values[n] : c_Nothing;
+    static CHostValue const kNothing;
+    return n < m_Values.size() ? m_Values[n] : kNothing;
 }
 
 std::int64_t CHostArguments::Integer(std::size_t n) const {
@@ -236,7 +236,7 @@ CHostValue FindLastProcessCreated(CHostContext& context, CHostArguments const&) 
 }
 
 CHostValue IsNullID(CHostContext&, CHostArguments const& arguments) {
-    return std::int64_t{arguments.Integer(0) == c_idNull ? 1 : 0};
+    return std::int64_t{arguments.Integer(0) == kNullId ? 1 : 0};
 }
 
 CHostValue SelectProcess(CHostContext& context, CHostArguments const& arguments) {
@@ -290,9 +290,9 @@ struct CProcessShape {
 };
 
 CProcessShape const& ShapeOf(std::string const& strKind) {
-    static std::vector<CProcessShape> const c_Shapes{{ProcessKind::APT, {1, 2}},
-                                                     {ProcessKind::Doubler, {1}}};
-    for (CProcessShape const& shape : c_Shapes)
+    static std::vector<CProcessShape> const kShapes{{ProcessKind::APT, {1, 2}},
+                                                    {ProcessKind::Doubler, {1}}};
+    for (CProcessShape const& shape : kShapes)
         if (strKind == ProcessKindName(shape.kind)) return shape;
     throw CHostFunctionError("there is no process \"" + strKind +
                              "\": the host knows \"APT\" and \"Doubler\"");
@@ -356,7 +356,7 @@ CHostValue GetRegionID(CHostContext& context, CHostArguments const& arguments) {
 }
 
 bool FileInUse(CSession const& session, std::string const& strFile) {
-    for (DocumentKind kind : c_DocumentKinds)
+    for (DocumentKind kind : kDocumentKinds)
         for (CTrack const& track : session.Document(kind).m_Tracks)
             for (CRegion const& region : track.m_Regions)
                 if (region.m_strFile == strFile) return true;
@@ -391,7 +391,7 @@ CHostValue GetProcessID(CHostContext&, CHostArguments const&) {
     return static_cast<std::int64_t>(getpid());
 }
 
-constexpr CHostFunction c_Functions[] = {
+constexpr CHostFunction kFunctions[] = {
     {"SelectAudioSuiteDocument", SelectAudioSuiteDocument},
     {"SelectScriptDocument", SelectScriptDocument},
     {"GetTrackCount", GetTrackCount},
@@ -426,5 +426,5 @@ constexpr CHostFunction c_Functions[] = {
 }  // namespace
 
 std::span<CHostFunction const> HostFunctions() {
-    return c_Functions;
+    return kFunctions;
 }

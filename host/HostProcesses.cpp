@@ -23,14 +23,15 @@ std::vector<CRegion const*> RegionsInRange(CTrack const& track, std::int64_t lSt
 
 void MixRegion(CAudio& mix, std::int64_t lMixStart, CRegion const& region,
                CCheckpoint const& checkpoint) {
-    constexpr std::int64_t c_lBlock = 1 << 16;
+    constexpr std::int64_t kBlock = 1 << 16;
     std::int64_t const lFrom = std::max(lMixStart, region.Start());
     std::int64_t const lTo = std::min(lMixStart + mix.Frames(), region.End());
     CAudioFile file(region.m_strFile);
-    for (std::int64_t lAt = lFrom; lAt < lTo; lAt += c_lBlock) {
+    file.Require(region.m_lEnd);
+    for (std::int64_t lAt = lFrom; lAt < lTo; lAt += kBlock) {
         if (checkpoint) checkpoint();
-        CAudio const block = file.Read(lAt - region.m_lFilePosition, std::min(c_lBlock, lTo - lAt),
-                                       region.m_Channels);
+        CAudio const block =
+            file.Read(lAt - region.m_lFilePosition, std::min(kBlock, lTo - lAt), region.m_Channels);
         for (std::size_t n = 0; n < mix.m_Channels.size(); ++n) {
             bool const fMono = block.m_Channels.size() == 1;
             if (!fMono && n >= block.m_Channels.size()) break;
@@ -86,8 +87,8 @@ CRegion ResultRegion(CAudio const& audio, std::string const& strFile, std::int64
 
 CAudio CollectTrackAudio(CHostContext const& context, CTrack const& track, std::int64_t lStart,
                          std::int64_t lEnd) {
-    if (lEnd - lStart > c_lMaxProcessFrames)
-        throw CHostFunctionError("a process takes at most " + std::to_string(c_lMaxProcessFrames) +
+    if (lEnd - lStart > kMaxProcessFrames)
+        throw CHostFunctionError("a process takes at most " + std::to_string(kMaxProcessFrames) +
                                  " samples, not " + std::to_string(lEnd - lStart));
     auto const regions = RegionsInRange(track, lStart, lEnd);
     if (regions.empty())
@@ -96,7 +97,7 @@ CAudio CollectTrackAudio(CHostContext const& context, CTrack const& track, std::
     std::size_t nChannels = 1;
     for (CRegion const* pRegion : regions)
         nChannels = std::max(nChannels, pRegion->m_Channels.size());
-    if (static_cast<std::int64_t>(nChannels) * (lEnd - lStart) > 4 * c_lMaxProcessFrames)
+    if (static_cast<std::int64_t>(nChannels) * (lEnd - lStart) > 4 * kMaxProcessFrames)
         throw CHostFunctionError("the track \"" + track.m_strName +
                                  "\" has too many channels there");
     CAudio mix{context.m_Session.SampleRate(), {}};

@@ -7,7 +7,7 @@
 #include "host/HostFunctions.h"
 
 /// Longest range that a process reads from a track, in samples: close to six minutes at 48 kHz.
-inline constexpr std::int64_t c_lMaxProcessFrames = std::int64_t{1} << 24;
+inline constexpr std::int64_t kMaxProcessFrames = std::int64_t{1} << 24;
 
 /// The sound of a track in a timeline range: all regions that reach into it, mixed, silence between
 /// them. As many channels as the region with the most; one-channel regions are heard on all of

@@ -6,8 +6,8 @@
 
 namespace {
 
-constexpr std::size_t c_nStepsPerQuestion = 4096;
-constexpr int c_nMaxDepth = 200;
+constexpr std::size_t kStepsPerQuestion = 4096;
+constexpr int kMaxDepth = 200;
 
 [[noreturn]] void Malformed(char const* pszReason) {
     throw std::invalid_argument(pszReason);
@@ -19,12 +19,12 @@ CPattern::CSet ClassSet(unsigned char chClass) {
         char chLetter;
         int (*pTest)(int);
     };
-    static constexpr CClass c_Classes[] = {
+    static constexpr CClass kClasses[] = {
         {'a', std::isalpha}, {'c', std::iscntrl}, {'d', std::isdigit}, {'g', std::isgraph},
         {'l', std::islower}, {'p', std::ispunct}, {'s', std::isspace}, {'u', std::isupper},
         {'w', std::isalnum}, {'x', std::isxdigit}};
     CPattern::CSet set;
-    for (CClass const& entry : c_Classes) {
+    for (CClass const& entry : kClasses) {
         if (std::tolower(chClass) != entry.chLetter) continue;
         for (int ch = 0; ch < 256; ++ch) set[static_cast<std::size_t>(ch)] = entry.pTest(ch) != 0;
         return std::isupper(chClass) ? ~set : set;
@@ -81,7 +81,7 @@ CPattern::Repeat ReadRepeat(std::string_view pattern, std::size_t& nAt) {
 }  // namespace
 
 CPattern::CPattern(std::string_view pattern, bool fAnchors) {
-    if (pattern.size() > c_nMaxLength) Malformed("pattern too long");
+    if (pattern.size() > kMaxLength) Malformed("pattern too long");
     m_fAnchored = fAnchors && pattern.starts_with('^');
     Parse(pattern.substr(m_fAnchored ? 1 : 0));
     if (!m_Open.empty()) Malformed("unfinished capture");
@@ -106,7 +106,7 @@ void CPattern::Parse(std::string_view pattern) {
 }
 
 void CPattern::OpenCapture(std::string_view pattern, std::size_t& nAt) {
-    if (m_nCaptures == c_nMaxCaptures) Malformed("too many captures");
+    if (m_nCaptures == kMaxCaptures) Malformed("too many captures");
     bool const fPosition = pattern.substr(nAt).starts_with("()");
     std::size_t const nCapture = m_nCaptures++;
     m_Items.push_back(
@@ -197,7 +197,7 @@ private:
     /// Counts work; false once the search has to end.
     bool Step(std::size_t nSteps = 1) {
         m_nSteps += nSteps;
-        if (m_nSteps >= c_nStepsPerQuestion) {
+        if (m_nSteps >= kStepsPerQuestion) {
             m_nSteps = 0;
             if (!m_pAllowed(m_pContext)) m_Result = SearchResult::Stopped;
         }
@@ -210,7 +210,7 @@ private:
 
     /// Whether the items from `nItem` on match at `nAt`. Recursion only where there is a choice.
     bool Match(std::size_t nItem, std::size_t nAt, int nDepth) {
-        if (nDepth > c_nMaxDepth) {
+        if (nDepth > kMaxDepth) {
             m_Result = SearchResult::TooComplex;
             return false;
         }
@@ -318,7 +318,7 @@ private:
     CMatch& m_Match;
     CSearchAllowed m_pAllowed;
     void* m_pContext;
-    std::array<std::size_t, CPattern::c_nMaxCaptures> m_Starts{};
+    std::array<std::size_t, CPattern::kMaxCaptures> m_Starts{};
     std::size_t m_nSteps = 0;
     SearchResult m_Result = SearchResult::NotFound;
 };
@@ -350,7 +350,7 @@ SearchResult SearchPlain(std::string_view wanted, std::string_view text, std::si
             return SearchResult::Found;
         }
         nSteps += 1 + wanted.size() / 16;
-        if (nSteps < c_nStepsPerQuestion) continue;
+        if (nSteps < kStepsPerQuestion) continue;
         nSteps = 0;
         if (!pAllowed(pContext)) return SearchResult::Stopped;
     }

@@ -16,8 +16,8 @@
 /// `^` at the front and `$` at the end.
 class CPattern {
 public:
-    static constexpr std::size_t c_nMaxLength = 8192;
-    static constexpr std::size_t c_nMaxCaptures = 32;
+    static constexpr std::size_t kMaxLength = 8192;
+    static constexpr std::size_t kMaxCaptures = 32;
 
     enum class ItemKind {
         Single,
@@ -58,7 +58,7 @@ private:
 
     std::vector<CItem> m_Items;
     std::vector<std::size_t> m_Open;
-    std::array<bool, c_nMaxCaptures> m_Closed{};
+    std::array<bool, kMaxCaptures> m_Closed{};
     std::size_t m_nCaptures = 0;
     bool m_fAnchored = false;
 };
@@ -74,7 +74,7 @@ struct CMatch {
     std::size_t m_nStart = 0;
     std::size_t m_nEnd = 0;  ///< one past the last character
     std::size_t m_nCaptures = 0;
-    std::array<CCapture, CPattern::c_nMaxCaptures> m_Captures;
+    std::array<CCapture, CPattern::kMaxCaptures> m_Captures;
 };
 
 /// Asked every few thousand steps of a search; false ends the search.

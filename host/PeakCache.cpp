@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr std::int64_t c_lMaxSamplesPerSlice = 4096;
+constexpr std::int64_t kMaxSamplesPerSlice = 4096;
 
 CPeak PeakOf(CAudio const& audio) {
     CPeak peak;
@@ -23,14 +23,14 @@ CPeak PeakOf(CAudio const& audio) {
 std::vector<CPeak> ReadPeaks(CRegion const& region) {
     CAudioFile file(region.m_strFile);
     auto const nSlices = static_cast<std::int64_t>(
-        std::min<std::int64_t>(static_cast<std::int64_t>(CPeakCache::c_nSlices), region.Length()));
+        std::min<std::int64_t>(static_cast<std::int64_t>(CPeakCache::kSlices), region.Length()));
     std::vector<CPeak> peaks;
     for (std::int64_t n = 0; n < nSlices; ++n) {
         auto const place = [&](std::int64_t k) {
             return region.m_lStart + region.Length() / nSlices * k +
                    region.Length() % nSlices * k / nSlices;
         };
-        std::int64_t const lFrames = std::min(c_lMaxSamplesPerSlice, place(n + 1) - place(n));
+        std::int64_t const lFrames = std::min(kMaxSamplesPerSlice, place(n + 1) - place(n));
         peaks.push_back(PeakOf(file.Read(place(n), lFrames, region.m_Channels)));
     }
     return peaks;
@@ -51,7 +51,7 @@ std::vector<CPeak> const& CPeakCache::Peaks(CRegion const& region) {
 
 void CPeakCache::Keep(CSession const& session) {
     std::erase_if(m_Peaks, [&](auto const& entry) {
-        return std::none_of(c_DocumentKinds.begin(), c_DocumentKinds.end(), [&](DocumentKind kind) {
+        return std::none_of(kDocumentKinds.begin(), kDocumentKinds.end(), [&](DocumentKind kind) {
             return session.Document(kind).FindRegion(entry.first) != nullptr;
         });
     });

@@ -17,7 +17,7 @@ struct CPeak {
 class CPeakCache {
 public:
     /// Slices of every waveform.
-    static constexpr std::size_t c_nSlices = 1024;
+    static constexpr std::size_t kSlices = 1024;
 
     /// The region's waveform from start to end; empty when its file cannot be read. Of a slice of
     /// more than 4096 samples only that many are looked at, so that long files stay cheap.

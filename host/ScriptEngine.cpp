@@ -11,8 +11,8 @@
 
 namespace {
 
-constexpr std::size_t c_nMaxErrorBytes = 8192;
-std::string const c_strPrefix = std::string(c_szChunkName + 1) + ": ";
+constexpr std::size_t kMaxErrorBytes = 8192;
+std::string const kPrefix = std::string(kChunkName + 1) + ": ";
 
 using CInterpreter = std::unique_ptr<lua_State, decltype(&lua_close)>;
 
@@ -25,7 +25,7 @@ std::string TimeText(std::chrono::milliseconds time) {
 int LoadAndRun(lua_State* pState) {
     auto const& script = *static_cast<std::string const*>(lua_touserdata(pState, 1));
     BuildSandbox(pState);
-    if (luaL_loadbufferx(pState, script.data(), script.size(), c_szChunkName, "t") != LUA_OK)
+    if (luaL_loadbufferx(pState, script.data(), script.size(), kChunkName, "t") != LUA_OK)
         return lua_error(pState);
     CheckScriptTime(pState);
     lua_call(pState, 0, 0);
@@ -34,18 +34,18 @@ int LoadAndRun(lua_State* pState) {
 
 /// The error value on top of the stack as text, without calling anything of the script's.
 std::string ErrorText(lua_State* pState, int nStatus) {
-    if (nStatus == LUA_ERRMEM) return c_strPrefix + "not enough memory";
+    if (nStatus == LUA_ERRMEM) return kPrefix + "not enough memory";
     std::size_t nLength = 0;
     int const nType = lua_type(pState, -1);
     if (nType != LUA_TSTRING && nType != LUA_TNUMBER)
-        return c_strPrefix + "error without a text (a " + lua_typename(pState, nType) + " value)";
+        return kPrefix + "error without a text (a " + lua_typename(pState, nType) + " value)";
     char const* pText = lua_tolstring(pState, -1, &nLength);
-    if (!pText || nLength == 0) return c_strPrefix + "error without a text";
-    return {pText, std::min(nLength, c_nMaxErrorBytes)};
+    if (!pText || nLength == 0) return kPrefix + "error without a text";
+    return {pText, std::min(nLength, kMaxErrorBytes)};
 }
 
 std::string TimeOverText(CScriptRun const& run) {
-    std::string const strPlace = std::string(c_szChunkName + 1) + ":";
+    std::string const strPlace = std::string(kChunkName + 1) + ":";
     std::string const strLine =
         run.m_nTimeOverLine > 0 ? std::to_string(run.m_nTimeOverLine) + ":" : "";
     return strPlace + strLine + " stopped: the script ran longer than " +
@@ -70,8 +70,8 @@ CScriptEngine::CScriptEngine(CSession& session, CScriptEngineOptions const& opti
 CScriptResult CScriptEngine::Run(std::string const& strScript) {
     if (strScript.size() > m_Limits.m_nScriptBytes)
         return {{},
-                c_strPrefix + "the script is longer than " +
-                    std::to_string(m_Limits.m_nScriptBytes) + " bytes"};
+                kPrefix + "the script is longer than " + std::to_string(m_Limits.m_nScriptBytes) +
+                    " bytes"};
     CPlainThreadLocale const plainLocale;
     CScriptRun run(m_Limits, m_Context);
     m_Context.m_Document.reset();
@@ -80,7 +80,7 @@ CScriptResult CScriptEngine::Run(std::string const& strScript) {
     };
 
     CInterpreter const interpreter(lua_newstate(AllocateForScript, &run), &lua_close);
-    if (!interpreter) return {{}, c_strPrefix + "not enough memory"};
+    if (!interpreter) return {{}, kPrefix + "not enough memory"};
     lua_State* pState = interpreter.get();
     SetRun(pState, run);
     lua_pushcfunction(pState, LoadAndRun);

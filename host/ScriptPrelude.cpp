@@ -1,6 +1,6 @@
 #include "host/ScriptPrelude.h"
 
-std::string_view const c_ScriptPrelude = R"lua(
+std::string_view const kScriptPrelude = R"lua(
 local globals, native = ...
 local check, raise, scan, concat = native.check, native.raise, native.scan, native.concat
 local pcall, find, select, sub = native.pcall, native.find, native.select, native.sub

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/HostFunctions.h"
@@ -66,5 +67,11 @@ void CheckScriptTime(lua_State* pState);
 /// Raises an error with the script's current line in front.
 [[noreturn]] void RaiseScriptError(lua_State* pState, char const* pszText);
 
+/// Raises the error whose text a helper left in the run; none there means no memory for a text.
+[[noreturn]] void RaiseReason(lua_State* pState);
+
+/// A text argument, or an error.
+std::string_view ScriptTextArgument(lua_State* pState, int nIndex);
+
 /// The name that a script has in error texts.
-inline constexpr char const* c_szChunkName = "=script";
+inline constexpr char const* kChunkName = "=script";

@@ -9,22 +9,22 @@
 
 namespace {
 
-constexpr int c_nMaxSampleRate = 768000;
-constexpr std::size_t c_nMaxTrackName = 255;
+constexpr int kMaxSampleRate = 768000;
+constexpr std::size_t kMaxTrackName = 255;
 
 std::string Text(std::int64_t lNumber) {
     return std::to_string(lNumber);
 }
 
 void CheckSampleRate(int nSampleRate) {
-    if (nSampleRate < 1 || nSampleRate > c_nMaxSampleRate)
+    if (nSampleRate < 1 || nSampleRate > kMaxSampleRate)
         throw CSessionError("a sample rate of " + Text(nSampleRate) + " Hz is not possible (1 to " +
-                            Text(c_nMaxSampleRate) + ")");
+                            Text(kMaxSampleRate) + ")");
 }
 
 void CheckTrackName(std::string const& strName) {
-    if (strName.empty() || strName.size() > c_nMaxTrackName)
-        throw CSessionError("a track name has 1 to " + Text(c_nMaxTrackName) + " bytes, not " +
+    if (strName.empty() || strName.size() > kMaxTrackName)
+        throw CSessionError("a track name has 1 to " + Text(kMaxTrackName) + " bytes, not " +
                             Text(static_cast<std::int64_t>(strName.size())));
     auto control = [](unsigned char ch) { return ch < 0x20 || ch == 0x7F; };
     if (std::any_of(strName.begin(), strName.end(), control))
@@ -49,7 +49,7 @@ void CheckRegion(CRegion const& region) {
 }
 
 void CheckDisplayPosition(double dPosition) {
-    if (!std::isfinite(dPosition) || std::abs(dPosition) > static_cast<double>(c_lMaxPosition))
+    if (!std::isfinite(dPosition) || std::abs(dPosition) > static_cast<double>(kMaxPosition))
         throw CSessionError("the display cannot move to a position outside the timeline");
 }
 
@@ -120,15 +120,15 @@ void CheckProcess(CDocument const& document, CProcess const& process) {
     if (!document.FindTrack(process.m_idOutputTrack))
         throw CSessionError("a process writes to track " + Text(process.m_idOutputTrack) +
                             ", which does not exist");
-    if (process.m_idRegion != c_idNull && !document.FindRegion(process.m_idRegion))
+    if (process.m_idRegion != kNullId && !document.FindRegion(process.m_idRegion))
         throw CSessionError("a process's result " + Text(process.m_idRegion) + " does not exist");
 }
 
 void CheckDocument(CDocument const& document, CIdCheck& ids) {
-    if (document.m_Tracks.size() > CSession::c_nMaxTracks ||
-        document.m_Processes.size() > CSession::c_nMaxProcesses ||
-        CountRegions(document) > CSession::c_nMaxRegions ||
-        CountMarkerAreas(document) > CSession::c_nMaxMarkerAreas)
+    if (document.m_Tracks.size() > CSession::kMaxTracks ||
+        document.m_Processes.size() > CSession::kMaxProcesses ||
+        CountRegions(document) > CSession::kMaxRegions ||
+        CountMarkerAreas(document) > CSession::kMaxMarkerAreas)
         throw CSessionError("a document holds more than a session can");
     for (CTrack const& track : document.m_Tracks) CheckTrack(track, ids);
     for (CProcess const& process : document.m_Processes) {
@@ -136,10 +136,10 @@ void CheckDocument(CDocument const& document, CIdCheck& ids) {
         ids.Add(process.m_idProcess);
     }
     CSessionId const idRegion = document.m_idSelectedRegion;
-    if (idRegion != c_idNull && !document.FindRegion(idRegion))
+    if (idRegion != kNullId && !document.FindRegion(idRegion))
         throw CSessionError("the selected region " + Text(idRegion) + " does not exist");
     for (CSessionId idProcess : {document.m_idSelectedProcess, document.m_idLastProcess})
-        if (idProcess != c_idNull && !document.FindProcess(idProcess))
+        if (idProcess != kNullId && !document.FindProcess(idProcess))
             throw CSessionError("the selected or last process " + Text(idProcess) +
                                 " does not exist");
     CheckDisplayPosition(document.m_dDisplayPosition);
@@ -152,7 +152,7 @@ bool Earlier(CRegion const& left, CRegion const& right) {
 }  // namespace
 
 void CheckTimelinePosition(std::int64_t lPosition) {
-    if (lPosition < -c_lMaxPosition || lPosition > c_lMaxPosition)
+    if (lPosition < -kMaxPosition || lPosition > kMaxPosition)
         throw CSessionError("position " + Text(lPosition) + " is outside the timeline");
 }
 
@@ -166,6 +166,11 @@ void CheckTimelineRange(std::int64_t lStart, std::int64_t lEnd) {
 
 char const* ProcessKindName(ProcessKind kind) {
     return kind == ProcessKind::APT ? "APT" : "Doubler";
+}
+
+bool CDocument::HoldsSomething() const {
+    const auto hasRegions = [](CTrack const& track) { return !track.m_Regions.empty(); };
+    return !m_Processes.empty() || std::any_of(m_Tracks.begin(), m_Tracks.end(), hasRegions);
 }
 
 CRegion const* CDocument::FindRegion(CSessionId idRegion) const {
@@ -189,7 +194,7 @@ CTrack const* CDocument::FindTrack(CSessionId idTrack) const {
 
 CSession::CSession(std::vector<std::string> const& trackNames, int nSampleRate) {
     SetSampleRate(nSampleRate);
-    for (DocumentKind kind : c_DocumentKinds)
+    for (DocumentKind kind : kDocumentKinds)
         for (std::string const& strName : trackNames) AddTrack(kind, strName);
 }
 
@@ -235,7 +240,7 @@ void CSession::SetLinkSMPTEOffset(double dOffset) {
 CSessionId CSession::AddTrack(DocumentKind kind, std::string const& strName) {
     CheckTrackName(strName);
     CDocument& document = MutableDocument(kind);
-    CheckCount(document.m_Tracks.size(), c_nMaxTracks, "tracks");
+    CheckCount(document.m_Tracks.size(), kMaxTracks, "tracks");
     CTrack track;
     track.m_idTrack = NewId();
     track.m_strName = strName;
@@ -282,7 +287,7 @@ CTrack const& CSession::TrackAt(DocumentKind kind, std::int64_t nTrack) const {
 CSessionId CSession::AddRegion(DocumentKind kind, CSessionId idTrack, CRegion region) {
     CTrack& track = MutableTrack(kind, idTrack);
     CheckRegion(region);
-    CheckCount(CountRegions(Document(kind)), c_nMaxRegions, "regions");
+    CheckCount(CountRegions(Document(kind)), kMaxRegions, "regions");
     region.m_idRegion = NewId();
     CSessionId const idRegion = region.m_idRegion;
     auto const place =
@@ -300,13 +305,13 @@ void CSession::DeleteRegion(DocumentKind kind, CSessionId idRegion) {
         std::erase_if(track.m_Regions,
                       [&](CRegion const& region) { return region.m_idRegion == idRegion; });
     for (CProcess& process : document.m_Processes)
-        if (process.m_idRegion == idRegion) process.m_idRegion = c_idNull;
-    if (document.m_idSelectedRegion == idRegion) document.m_idSelectedRegion = c_idNull;
+        if (process.m_idRegion == idRegion) process.m_idRegion = kNullId;
+    if (document.m_idSelectedRegion == idRegion) document.m_idSelectedRegion = kNullId;
     Changed();
 }
 
 void CSession::SelectRegion(DocumentKind kind, CSessionId idRegion) {
-    if (idRegion != c_idNull) Region(kind, idRegion);
+    if (idRegion != kNullId) Region(kind, idRegion);
     CDocument& document = MutableDocument(kind);
     if (document.m_idSelectedRegion == idRegion) return;
     document.m_idSelectedRegion = idRegion;
@@ -316,7 +321,7 @@ void CSession::SelectRegion(DocumentKind kind, CSessionId idRegion) {
 CSessionId CSession::AddProcess(DocumentKind kind, CProcess process) {
     CDocument& document = MutableDocument(kind);
     CheckProcess(document, process);
-    CheckCount(document.m_Processes.size(), c_nMaxProcesses, "processes");
+    CheckCount(document.m_Processes.size(), kMaxProcesses, "processes");
     process.m_idProcess = NewId();
     document.m_idLastProcess = process.m_idProcess;
     document.m_idSelectedProcess = process.m_idProcess;
@@ -328,7 +333,7 @@ CSessionId CSession::AddProcess(DocumentKind kind, CProcess process) {
 
 void CSession::SelectProcess(DocumentKind kind, CSessionId idProcess) {
     CSessionId const idRegion =
-        idProcess == c_idNull ? c_idNull : Process(kind, idProcess).m_idRegion;
+        idProcess == kNullId ? kNullId : Process(kind, idProcess).m_idRegion;
     CDocument& document = MutableDocument(kind);
     if (document.m_idSelectedProcess == idProcess && document.m_idSelectedRegion == idRegion)
         return;
@@ -341,7 +346,7 @@ CSessionId CSession::AddMarkerArea(DocumentKind kind, CSessionId idMarkerTrack, 
                                    std::int64_t lEnd) {
     auto& markers = const_cast<CMarkerTrack&>(MarkerTrack(kind, idMarkerTrack));
     CheckTimelineRange(lStart, lEnd);
-    CheckCount(CountMarkerAreas(Document(kind)), c_nMaxMarkerAreas, "marker areas");
+    CheckCount(CountMarkerAreas(Document(kind)), kMaxMarkerAreas, "marker areas");
     markers.m_Areas.push_back({NewId(), lStart, lEnd});
     Changed();
     return markers.m_Areas.back().m_idArea;

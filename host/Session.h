@@ -11,10 +11,10 @@
 using CSessionId = std::int64_t;
 
 /// No object at all.
-inline constexpr CSessionId c_idNull = 0;
+inline constexpr CSessionId kNullId = 0;
 
 /// Largest magnitude of a timeline position in samples; sums of two stay far from overflow.
-inline constexpr std::int64_t c_lMaxPosition = 1'000'000'000'000'000;
+inline constexpr std::int64_t kMaxPosition = 1'000'000'000'000'000;
 
 /// What a session refuses: an unknown id, a number out of range, a limit reached. The text is made
 /// for a person and names the offending value.
@@ -27,12 +27,12 @@ public:
 enum class DocumentKind { Script, AudioSuite };
 
 /// Both documents, for loops.
-inline constexpr std::array<DocumentKind, 2> c_DocumentKinds{DocumentKind::Script,
-                                                             DocumentKind::AudioSuite};
+inline constexpr std::array<DocumentKind, 2> kDocumentKinds{DocumentKind::Script,
+                                                            DocumentKind::AudioSuite};
 
 /// A stretch of one audio file, placed on the timeline.
 struct CRegion {
-    CSessionId m_idRegion = c_idNull;
+    CSessionId m_idRegion = kNullId;
     std::string m_strFile;             ///< path of the audio file
     int m_nFileRate = 0;               ///< the file's own sample rate in Hz
     std::int64_t m_lFilePosition = 0;  ///< timeline position of the file's first sample
@@ -50,20 +50,20 @@ struct CRegion {
 
 /// A marked timeline range [m_lStart, m_lEnd) on a marker track.
 struct CMarkerArea {
-    CSessionId m_idArea = c_idNull;
+    CSessionId m_idArea = kNullId;
     std::int64_t m_lStart = 0;
     std::int64_t m_lEnd = 0;
 };
 
 /// A lane of marker areas that belongs to a track.
 struct CMarkerTrack {
-    CSessionId m_idMarkerTrack = c_idNull;
+    CSessionId m_idMarkerTrack = kNullId;
     std::vector<CMarkerArea> m_Areas;
 };
 
 /// A track: its regions in timeline order, and its marker tracks (one for a new track).
 struct CTrack {
-    CSessionId m_idTrack = c_idNull;
+    CSessionId m_idTrack = kNullId;
     std::string m_strName;
     std::vector<CRegion> m_Regions;
     std::vector<CMarkerTrack> m_MarkerTracks;
@@ -78,29 +78,31 @@ char const* ProcessKindName(ProcessKind kind);
 /// One input of a process: a timeline range of a track.
 struct CProcessInput {
     int m_nIOType = 1;  ///< 1 the guide or only input, 2 the dub
-    CSessionId m_idTrack = c_idNull;
+    CSessionId m_idTrack = kNullId;
     std::int64_t m_lStart = 0;
     std::int64_t m_lEnd = 0;
 };
 
 /// A process that has been carried out.
 struct CProcess {
-    CSessionId m_idProcess = c_idNull;
+    CSessionId m_idProcess = kNullId;
     ProcessKind m_Kind = ProcessKind::APT;
     std::vector<CProcessInput> m_Inputs;
-    CSessionId m_idOutputTrack = c_idNull;
-    CSessionId m_idRegion = c_idNull;  ///< the result; null once that region has been deleted
+    CSessionId m_idOutputTrack = kNullId;
+    CSessionId m_idRegion = kNullId;  ///< the result; null once that region has been deleted
 };
 
 /// One document: its tracks and processes in order of creation, and what is selected.
 struct CDocument {
     std::vector<CTrack> m_Tracks;
     std::vector<CProcess> m_Processes;
-    CSessionId m_idSelectedRegion = c_idNull;
-    CSessionId m_idSelectedProcess = c_idNull;
-    CSessionId m_idLastProcess = c_idNull;
+    CSessionId m_idSelectedRegion = kNullId;
+    CSessionId m_idSelectedProcess = kNullId;
+    CSessionId m_idLastProcess = kNullId;
     double m_dDisplayPosition = 0.0;  ///< in samples
 
+    /// Whether there is any region or process.
+    bool HoldsSomething() const;
     /// The region with this id, or null.
     CRegion const* FindRegion(CSessionId idRegion) const;
     /// The process with this id, or null.
@@ -132,10 +134,10 @@ void CheckTimelineRange(std::int64_t lStart, std::int64_t lEnd);
 /// update counter by one; one that throws `CSessionError` has changed nothing. Used by one thread.
 class CSession {
 public:
-    static constexpr std::size_t c_nMaxTracks = 1000;
-    static constexpr std::size_t c_nMaxRegions = 20000;      ///< per document
-    static constexpr std::size_t c_nMaxProcesses = 5000;     ///< per document
-    static constexpr std::size_t c_nMaxMarkerAreas = 20000;  ///< per document
+    static constexpr std::size_t kMaxTracks = 1000;
+    static constexpr std::size_t kMaxRegions = 20000;      ///< per document
+    static constexpr std::size_t kMaxProcesses = 5000;     ///< per document
+    static constexpr std::size_t kMaxMarkerAreas = 20000;  ///< per document
 
     /// An empty session at 48000 Hz.
     CSession() = default;

@@ -17,19 +17,17 @@ using nlohmann::json;
 
 namespace {
 
-constexpr char const* c_szFormat = "tavarin-host-session";
-constexpr int c_nVersion = 1;
-constexpr std::uintmax_t c_nMaxFileBytes = std::uintmax_t{64} << 20;
-constexpr int c_nMaxDepth = 32;
+constexpr char const* kFormat = "tavarin-host-session";
+constexpr int kVersion = 1;
+constexpr std::uintmax_t kMaxFileBytes = std::uintmax_t{64} << 20;
+constexpr int kMaxDepth = 32;
 
-constexpr std::pair<DocumentKind, char const*> c_DocumentNames[] = {
+constexpr std::pair<DocumentKind, char const*> kDocumentNames[] = {
     {DocumentKind::Script, "script"}, {DocumentKind::AudioSuite, "audioSuite"}};
 
 [[noreturn]] void Malformed(std::string const& strReason) {
     throw CSessionFileError(strReason);
 }
-
-// --- reading
 
 json const& Member(json const& object, char const* pszName) {
     if (!object.is_object()) Malformed(std::string("no object around \"") + pszName + "\"");
@@ -151,8 +149,8 @@ CDocument ReadDocument(json const& value) {
 }
 
 CSessionData ReadSession(json const& root) {
-    if (Text(root, "format") != c_szFormat) Malformed("it is not a session of this host");
-    if (std::int64_t const lVersion = Integer(root, "version"); lVersion != c_nVersion)
+    if (Text(root, "format") != kFormat) Malformed("it is not a session of this host");
+    if (std::int64_t const lVersion = Integer(root, "version"); lVersion != kVersion)
         Malformed("it has the format version " + std::to_string(lVersion) + ", not 1");
     CSessionData data;
     data.m_nSampleRate = IntegerOf<int>(root, "sampleRate");
@@ -160,7 +158,7 @@ CSessionData ReadSession(json const& root) {
     data.m_nUpdateCount = IntegerOf<std::uint32_t>(root, "updateCount");
     data.m_idNext = Integer(root, "nextId");
     json const& documents = Member(root, "documents");
-    for (auto const& [kind, pszName] : c_DocumentNames)
+    for (auto const& [kind, pszName] : kDocumentNames)
         data.m_Documents[static_cast<std::size_t>(kind)] = ReadDocument(Member(documents, pszName));
     return data;
 }
@@ -169,7 +167,7 @@ std::string ReadFile(std::string const& strPath) {
     std::error_code error;
     if (!std::filesystem::is_regular_file(strPath, error))
         Malformed(error ? error.message() : "it is not a regular file");
-    if (std::filesystem::file_size(strPath, error) > c_nMaxFileBytes)
+    if (std::filesystem::file_size(strPath, error) > kMaxFileBytes)
         Malformed("it is larger than 64 MiB");
     std::ifstream file(strPath, std::ios::binary);
     std::string strText{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
@@ -179,20 +177,18 @@ std::string ReadFile(std::string const& strPath) {
 
 json Parse(std::string const& strText) {
     auto const shallow = [](int nDepth, json::parse_event_t, json&) {
-        if (nDepth > c_nMaxDepth) Malformed("it is nested too deeply");
+        if (nDepth > kMaxDepth) Malformed("it is nested too deeply");
         return true;
     };
     return json::parse(strText, shallow);
 }
 
-// --- writing
-
 std::string ToHex(std::string const& strBytes) {
-    static constexpr char c_Digits[] = "0123456789abcdef";
+    static constexpr char kDigits[] = "0123456789abcdef";
     std::string strHex;
     for (unsigned char ch : strBytes) {
-        strHex += c_Digits[ch >> 4];
-        strHex += c_Digits[ch & 15];
+        strHex += kDigits[ch >> 4];
+        strHex += kDigits[ch & 15];
     }
     return strHex;
 }
@@ -256,10 +252,10 @@ json Written(CDocument const& document) {
 
 json Written(CSessionData const& data) {
     json documents = json::object();
-    for (auto const& [kind, pszName] : c_DocumentNames)
+    for (auto const& [kind, pszName] : kDocumentNames)
         documents[pszName] = Written(data.m_Documents[static_cast<std::size_t>(kind)]);
-    return {{"format", c_szFormat},
-            {"version", c_nVersion},
+    return {{"format", kFormat},
+            {"version", kVersion},
             {"sampleRate", data.m_nSampleRate},
             {"linkSMPTEOffset", data.m_dLinkSMPTEOffset},
             {"updateCount", data.m_nUpdateCount},

@@ -7,13 +7,13 @@
 
 namespace {
 
-constexpr double c_dTickSpacing = 96.0;
-constexpr double c_dEmptySeconds = 10.0;
+constexpr double kTickSpacing = 96.0;
+constexpr double kEmptySeconds = 10.0;
 
 /// Calls the function with the start and end of everything in a session that has a place.
 template <typename F>
 void ForEachExtent(CSession const& session, F const& use) {
-    for (DocumentKind kind : c_DocumentKinds) {
+    for (DocumentKind kind : kDocumentKinds) {
         for (CTrack const& track : session.Document(kind).m_Tracks) {
             for (CRegion const& region : track.m_Regions) use(region.Start(), region.End());
             for (CMarkerTrack const& markers : track.m_MarkerTracks)
@@ -47,7 +47,7 @@ CTimeScale::CTimeScale(CSession const& session, double dLeft, double dWidth)
         fAny = true;
     });
     m_dFirst = fAny ? static_cast<double>(lFirst) / m_dRate : 0.0;
-    m_dLast = fAny ? static_cast<double>(lLast) / m_dRate : c_dEmptySeconds;
+    m_dLast = fAny ? static_cast<double>(lLast) / m_dRate : kEmptySeconds;
     double const dRoom = std::max(0.01, (m_dLast - m_dFirst) * 0.02);
     m_dFirst -= dRoom;
     m_dLast += dRoom;
@@ -59,7 +59,7 @@ double CTimeScale::At(double dPosition) const {
 }
 
 std::vector<CTimeScale::CTick> CTimeScale::Ticks() const {
-    double const dStep = RoundStep((m_dLast - m_dFirst) * c_dTickSpacing / m_dWidth);
+    double const dStep = RoundStep((m_dLast - m_dFirst) * kTickSpacing / m_dWidth);
     int const nDecimals = dStep >= 1.0 ? 0 : dStep >= 0.1 ? 1 : dStep >= 0.01 ? 2 : 3;
     std::vector<CTick> ticks;
     for (double dTick = std::ceil(m_dFirst / dStep); dTick * dStep <= m_dLast; dTick += 1.0)

@@ -14,26 +14,26 @@
 namespace {
 
 // Places and sizes, in pixels.
-constexpr double c_dWidth = 1600.0;
-constexpr double c_dMargin = 28.0;
-constexpr double c_dNameWidth = 176.0;
-constexpr double c_dHeader = 84.0;
-constexpr double c_dTitle = 46.0;
-constexpr double c_dRuler = 26.0;
-constexpr double c_dLane = 92.0;
-constexpr double c_dLaneGap = 6.0;
-constexpr double c_dMarkerStrip = 9.0;
-constexpr double c_dProcessRow = 30.0;
-constexpr double c_dPanelGap = 26.0;
-constexpr double c_dLetter = 6.6;
+constexpr double kWidth = 1600.0;
+constexpr double kMargin = 28.0;
+constexpr double kNameWidth = 176.0;
+constexpr double kHeader = 84.0;
+constexpr double kTitle = 46.0;
+constexpr double kRuler = 26.0;
+constexpr double kLane = 92.0;
+constexpr double kLaneGap = 6.0;
+constexpr double kMarkerStrip = 9.0;
+constexpr double kProcessRow = 30.0;
+constexpr double kPanelGap = 26.0;
+constexpr double kLetter = 6.6;
 
 /// Beyond so many regions in a picture the rest are drawn without waveforms.
-constexpr int c_nMaxWaveforms = 400;
+constexpr int kMaxWaveforms = 400;
 
-constexpr char const* c_TrackColours[] = {"#6fb1d6", "#d9a86c", "#8cc594",
-                                          "#b99be0", "#dd8f97", "#74c7bf"};
+constexpr char const* kTrackColours[] = {"#6fb1d6", "#d9a86c", "#8cc594",
+                                         "#b99be0", "#dd8f97", "#74c7bf"};
 
-constexpr char const* c_szStyle = R"(
+constexpr char const* kStyle = R"(
 text{font-family:Inter,"Helvetica Neue","DejaVu Sans",Arial,sans-serif;fill:#d5dbe4}
 .title{font-size:22px;font-weight:600;fill:#eef2f7}
 .panel{font-size:15px;font-weight:600;fill:#eef2f7}
@@ -118,7 +118,7 @@ private:
 
 /// The front of a text that fits a width, with an ellipsis when something is missing.
 std::string Shortened(std::string const& strText, double dWidth) {
-    auto const nRoom = static_cast<std::size_t>(std::max(0.0, dWidth / c_dLetter));
+    auto const nRoom = static_cast<std::size_t>(std::max(0.0, dWidth / kLetter));
     std::size_t nLetters = 0;
     std::size_t nCut = strText.size();
     for (std::size_t n = 0; n < strText.size(); ++n) {
@@ -130,7 +130,7 @@ std::string Shortened(std::string const& strText, double dWidth) {
 }
 
 char const* TrackColour(std::size_t nTrack) {
-    return c_TrackColours[nTrack % std::size(c_TrackColours)];
+    return kTrackColours[nTrack % std::size(kTrackColours)];
 }
 
 /// Rows for things with a left and a right end, so that nothing in one row overlaps.
@@ -172,13 +172,13 @@ public:
         double const dLanes =
             static_cast<double>(std::max<std::size_t>(1, m_Document.m_Tracks.size()));
         double const dRows = static_cast<double>(m_Rows.Count());
-        return c_dTitle + c_dRuler + dLanes * (c_dLane + c_dLaneGap) + dRows * c_dProcessRow +
+        return kTitle + kRuler + dLanes * (kLane + kLaneGap) + dRows * kProcessRow +
                (dRows > 0 ? 16.0 : 0.0) + 10.0;
     }
 
     void Draw(double dTop) {
         m_dTop = dTop;
-        m_Svg.Rect(c_dMargin, dTop, c_dWidth - 2 * c_dMargin, Height(), 10.0, "#1a1e25");
+        m_Svg.Rect(kMargin, dTop, kWidth - 2 * kMargin, Height(), 10.0, "#1a1e25");
         DrawTitle();
         DrawLanes();
         DrawRuler();
@@ -198,15 +198,15 @@ private:
         std::size_t m_nRow;
     };
 
-    double LanesTop() const { return m_dTop + c_dTitle + c_dRuler; }
+    double LanesTop() const { return m_dTop + kTitle + kRuler; }
     double LaneTop(std::size_t nTrack) const {
-        return LanesTop() + static_cast<double>(nTrack) * (c_dLane + c_dLaneGap);
+        return LanesTop() + static_cast<double>(nTrack) * (kLane + kLaneGap);
     }
     double LanesBottom() const {
-        return LaneTop(std::max<std::size_t>(1, m_Document.m_Tracks.size())) - c_dLaneGap;
+        return LaneTop(std::max<std::size_t>(1, m_Document.m_Tracks.size())) - kLaneGap;
     }
     double BarTop(CBar const& bar) const {
-        return LanesBottom() + 16.0 + static_cast<double>(bar.m_nRow) * c_dProcessRow;
+        return LanesBottom() + 16.0 + static_cast<double>(bar.m_nRow) * kProcessRow;
     }
     double Place(std::int64_t lPosition) const {
         return m_Scale.At(static_cast<double>(lPosition));
@@ -218,7 +218,7 @@ private:
     }
 
     std::string ProcessText(CProcess const& process) const {
-        std::string strText = std::string(ProcessKindName(process.m_Kind)) + "   ";
+        std::string strText = std::string(ProcessKindName(process.m_Kind)) + ": ";
         for (std::size_t n = 0; n < process.m_Inputs.size(); ++n)
             strText += (n > 0 ? " + " : "") +
                        m_Document.FindTrack(process.m_Inputs[n].m_idTrack)->m_strName;
@@ -230,7 +230,7 @@ private:
             if (process.m_Inputs.empty()) continue;
             CProcessInput const& first = process.m_Inputs.front();
             std::string strText = ProcessText(process);
-            double const dNeeded = static_cast<double>(strText.size()) * c_dLetter + 24.0;
+            double const dNeeded = static_cast<double>(strText.size()) * kLetter + 24.0;
             double const dLeft = std::min(Place(first.m_lStart), m_Scale.Right() - dNeeded);
             double const dRight = std::max(dLeft + dNeeded, Place(first.m_lEnd));
             m_Bars.push_back(
@@ -240,10 +240,10 @@ private:
 
     void DrawTitle() {
         bool const fScript = m_Kind == DocumentKind::Script;
-        m_Svg.Text(c_dMargin + 18.0, m_dTop + 29.0, "panel",
+        m_Svg.Text(kMargin + 18.0, m_dTop + 29.0, "panel",
                    fScript ? "Script document" : "AudioSuite document");
         double const dPosition = m_Document.m_dDisplayPosition / m_Session.SampleRate();
-        m_Svg.Text(c_dWidth - c_dMargin - 18.0, m_dTop + 29.0, "dim",
+        m_Svg.Text(kWidth - kMargin - 18.0, m_dTop + 29.0, "dim",
                    "display at " + TimeText(dPosition, 3), "end");
     }
 
@@ -251,32 +251,32 @@ private:
         if (m_Document.m_Tracks.empty())
             m_Svg.Text(m_Scale.Left(), LanesTop() + 30.0, "dim", "This document has no tracks.");
         for (std::size_t n = 0; n < m_Document.m_Tracks.size(); ++n)
-            m_Svg.Rect(m_Scale.Left(), LaneTop(n), m_Scale.Right() - m_Scale.Left(), c_dLane, 5.0,
+            m_Svg.Rect(m_Scale.Left(), LaneTop(n), m_Scale.Right() - m_Scale.Left(), kLane, 5.0,
                        "#222730");
     }
 
     void DrawRuler() {
         double const dBase = LanesTop() - 6.0;
         for (CTimeScale::CTick const& tick : m_Scale.Ticks()) {
-            m_Svg.Line(tick.m_dPlace, dBase - 5.0, tick.m_dPlace, LanesBottom(), "#2f3641");
-            bool const fRoom = tick.m_dPlace + 50.0 < c_dWidth - c_dMargin;
-            if (fRoom) m_Svg.Text(tick.m_dPlace + 4.0, dBase - 2.0, "tick", tick.m_strLabel);
+            m_Svg.Line(tick.m_dPlace, dBase - 14.0, tick.m_dPlace, LanesBottom(), "#2f3641");
+            bool const fRoom = tick.m_dPlace + 50.0 < kWidth - kMargin;
+            if (fRoom) m_Svg.Text(tick.m_dPlace + 4.0, dBase - 8.0, "tick", tick.m_strLabel);
         }
     }
 
     void DrawTrack(std::size_t nTrack) {
         CTrack const& track = m_Document.m_Tracks[nTrack];
         double const dTop = LaneTop(nTrack);
-        m_Svg.Rect(c_dMargin + 18.0, dTop + 20.0, 4.0, 34.0, 2.0, TrackColour(nTrack));
-        m_Svg.Text(c_dMargin + 32.0, dTop + 34.0, "name",
-                   Shortened(track.m_strName, c_dNameWidth - 50.0));
+        m_Svg.Rect(kMargin + 18.0, dTop + 20.0, 4.0, 34.0, 2.0, TrackColour(nTrack));
+        m_Svg.Text(kMargin + 32.0, dTop + 34.0, "name",
+                   Shortened(track.m_strName, kNameWidth - 50.0));
         std::size_t const nRegions = track.m_Regions.size();
-        m_Svg.Text(c_dMargin + 32.0, dTop + 52.0, "dim",
+        m_Svg.Text(kMargin + 32.0, dTop + 52.0, "dim",
                    std::to_string(nRegions) + (nRegions == 1 ? " region" : " regions"));
         for (CRegion const& region : track.m_Regions) DrawRegion(region, dTop, TrackColour(nTrack));
         for (CMarkerTrack const& markers : track.m_MarkerTracks)
             for (CMarkerArea const& area : markers.m_Areas)
-                m_Svg.Rect(Place(area.m_lStart), dTop + c_dLane - c_dMarkerStrip + 2.0,
+                m_Svg.Rect(Place(area.m_lStart), dTop + kLane - kMarkerStrip + 2.0,
                            std::max(2.0, Place(area.m_lEnd) - Place(area.m_lStart)), 4.0, 2.0,
                            "#e8c27a", 0.75);
     }
@@ -297,7 +297,7 @@ private:
     void DrawRegion(CRegion const& region, double dLaneTop, std::string const& strColour) {
         double const dLeft = Place(region.Start());
         double const dWidth = std::max(2.0, Place(region.End()) - dLeft);
-        double const dHeight = c_dLane - c_dMarkerStrip - 5.0;
+        double const dHeight = kLane - kMarkerStrip - 5.0;
         bool const fSelected = region.m_idRegion == m_Document.m_idSelectedRegion;
         m_Svg.Open("svg", {{"x", Num(dLeft)},
                            {"y", Num(dLaneTop + 3.0)},
@@ -321,7 +321,7 @@ private:
 
     void DrawWaveform(CRegion const& region, double dWidth, double dHeight,
                       std::string const& strColour) {
-        if (++m_nWaveforms > c_nMaxWaveforms) return;
+        if (++m_nWaveforms > kMaxWaveforms) return;
         std::vector<CPeak> const& peaks = m_Peaks.Peaks(region);
         if (peaks.empty()) return;
         auto const nColumns =
@@ -363,9 +363,9 @@ private:
             bool const fDown = nInput <= nOutput;
             double const dX1 = (Place(input.m_lStart) + Place(input.m_lEnd)) / 2.0;
             double const dX2 = (Place(pResult->Start()) + Place(pResult->End())) / 2.0;
-            double const dY1 = LaneTop(nInput) + (fDown ? c_dLane - 5.0 : 3.0);
-            double const dY2 = LaneTop(nOutput) + (fDown ? 3.0 : c_dLane - 11.0);
-            double const dBend = std::max(18.0, std::abs(dY2 - dY1) / 2.0) * (fDown ? 1.0 : -1.0);
+            double const dY1 = LaneTop(nInput) + (fDown ? kLane - 5.0 : 3.0);
+            double const dY2 = LaneTop(nOutput) + (fDown ? 3.0 : kLane - 11.0);
+            double const dBend = std::max(8.0, std::abs(dY2 - dY1) / 2.0) * (fDown ? 1.0 : -1.0);
             double const dSide = std::abs(dX1 - dX2) < 1.0 && nInput + 1 != nOutput ? 60.0 : 0.0;
             m_Svg.Element("path", {{"d", "M" + Num(dX1) + " " + Num(dY1) + "C" + Num(dX1 + dSide) +
                                              " " + Num(dY1 + dBend) + " " + Num(dX2 + dSide) + " " +
@@ -398,7 +398,7 @@ private:
 
     void DrawCursor() {
         double const dX = m_Scale.At(m_Document.m_dDisplayPosition);
-        double const dTop = LanesTop() - 10.0;
+        double const dTop = LanesTop() - 7.0;
         m_Svg.Line(dX, dTop, dX, LanesBottom(), "#ff7f6b", 1.4);
         m_Svg.Element("path", {{"d", "M" + Num(dX - 5.0) + " " + Num(dTop - 2.0) + "h10l-5 7z"},
                                {"fill", "#ff7f6b"}});
@@ -416,39 +416,48 @@ private:
     double m_dTop = 0.0;
 };
 
+/// The documents that hold something, or both when neither does.
+std::vector<DocumentKind> ShownDocuments(CSession const& session) {
+    std::vector<DocumentKind> shown;
+    std::copy_if(kDocumentKinds.begin(), kDocumentKinds.end(), std::back_inserter(shown),
+                 [&](DocumentKind kind) { return session.Document(kind).HoldsSomething(); });
+    if (shown.empty()) shown.assign(kDocumentKinds.begin(), kDocumentKinds.end());
+    return shown;
+}
+
 void DrawHeader(CSvg& svg, CSession const& session) {
-    svg.Text(c_dMargin + 18.0, 44.0, "title", "Session");
+    svg.Text(kMargin + 18.0, 44.0, "title", "Session");
     std::string strFacts = std::to_string(session.SampleRate()) + " Hz   ·   link offset " +
                            NumberText(session.LinkSMPTEOffset(), 3) + " s";
     if (!session.Selected()) strFacts += "   ·   not selected";
-    svg.Text(c_dMargin + 18.0, 66.0, "dim", strFacts);
+    svg.Text(kMargin + 18.0, 66.0, "dim", strFacts);
 }
 
 }  // namespace
 
 std::string RenderTimeline(CSession const& session, CPeakCache& peaks) {
     peaks.Keep(session);
-    double const dLeft = c_dMargin + c_dNameWidth;
-    CTimeScale const scale(session, dLeft, c_dWidth - c_dMargin - 18.0 - dLeft);
+    double const dLeft = kMargin + kNameWidth;
+    CTimeScale const scale(session, dLeft, kWidth - kMargin - 18.0 - dLeft);
     CSvg svg;
     int nWaveforms = 0;
     std::vector<CPanel> panels;
-    double dHeight = c_dHeader;
-    for (DocumentKind kind : c_DocumentKinds) {
+    double dHeight = kHeader;
+    for (DocumentKind kind : ShownDocuments(session)) {
         panels.emplace_back(svg, session, kind, scale, peaks, nWaveforms);
-        dHeight += panels.back().Height() + c_dPanelGap;
+        dHeight += panels.back().Height() + kPanelGap;
     }
     svg.Open("svg", {{"xmlns", "http://www.w3.org/2000/svg"},
-                     {"width", Num(c_dWidth)},
+                     {"width", Num(kWidth)},
                      {"height", Num(dHeight)},
-                     {"viewBox", "0 0 " + Num(c_dWidth) + " " + Num(dHeight)}});
-    svg.Style(c_szStyle);
-    svg.Rect(0.0, 0.0, c_dWidth, dHeight, 0.0, "#12151a");
+                     {"viewBox", "0 0 " + Num(kWidth) + " " + Num(dHeight)}});
+    svg.Style(kStyle);
+    svg.Rect(0.0, 0.0, kWidth, dHeight, 0.0, "#12151a");
     DrawHeader(svg, session);
-    double dTop = c_dHeader;
+    double dTop = kHeader;
     for (CPanel& panel : panels) {
         panel.Draw(dTop);
-        dTop += panel.Height() + c_dPanelGap;
+        dTop += panel.Height() + kPanelGap;
     }
     svg.Close("svg");
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n" + svg.Finished();

@@ -22,7 +22,7 @@ std::size_t CharacterLength(std::string_view text) {
     return fOverlong || fSurrogate || nCode > 0x10FFFF ? 0 : nLength;
 }
 
-constexpr std::string_view c_Replacement = "\xEF\xBF\xBD";
+constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 
 std::string_view EscapedAscii(char const& ch) {
     switch (ch) {
@@ -40,7 +40,7 @@ std::string_view EscapedAscii(char const& ch) {
             break;
     }
     bool const fControl = static_cast<unsigned char>(ch) < 0x20 || ch == 0x7F;
-    return fControl ? c_Replacement : std::string_view(&ch, 1);
+    return fControl ? kReplacement : std::string_view(&ch, 1);
 }
 
 }  // namespace
@@ -62,7 +62,7 @@ std::string XmlText(std::string_view text) {
         bool const fNonCharacter =
             text.starts_with("\xEF\xBF\xBE") || text.starts_with("\xEF\xBF\xBF");
         if (nLength == 0 || fNonCharacter)
-            strResult += c_Replacement;
+            strResult += kReplacement;
         else if (nLength == 1)
             strResult += EscapedAscii(text.front());
         else

@@ -9,6 +9,7 @@
 #include "host/AtomicFile.h"
 #include "host/ReferenceHost.h"
 #include "host/SessionFile.h"
+#include "host/SessionSummary.h"
 #include "host/Timeline.h"
 
 namespace {
@@ -137,6 +138,7 @@ void RunHost(Arguments const& arguments) {
         keeper.Keep(host);
     }
     keeper.Keep(host);
+    if (!arguments.fQuiet) std::fputs(DescribeSession(host.Snapshot()).c_str(), stdout);
 }
 
 }  // namespace
@@ -145,7 +147,7 @@ int main(int argc, char** argv) {
     CLI::App app{
         "A reference host for the Tavarin Pro link: it runs the link's scripts on real audio, for "
         "development, demonstrations and tests. It stands in for the host application and is not "
-        "it."};
+        "it. It runs until it is interrupted, and then says what it holds."};
     app.name("tavarin-host");
     Arguments arguments;
     Declare(app, arguments);

@@ -45,7 +45,7 @@ struct WaitPace {
 };
 
 /// The pace of a client that waits for its reply.
-inline constexpr WaitPace kClientPace{2000, 1000, false};
+inline constexpr WaitPace kClientPace{1000, 1000, false};
 /// The pace of a host that waits for requests, for minutes or for microseconds.
 inline constexpr WaitPace kHostPace{2000, 5000, true};
 

@@ -141,7 +141,8 @@ TEST_F(CAudioFileTest, ContentIsComparedBySamples) {
     EXPECT_TRUE(SameAudio(a, {Path("b.wav"), 0, 40000, {0}}));
     EXPECT_FALSE(SameAudio(a, {Path("c.wav"), 0, 40000, {0}}));
     EXPECT_FALSE(SameAudio(a, {Path("b.wav"), 0, 39999, {0}}));
-    EXPECT_FALSE(SameAudio(a, {Path("b.wav"), 1, 40001, {0}}));
+    EXPECT_FALSE(SameAudio({Path("a.wav"), 0, 39999, {0}}, {Path("b.wav"), 1, 40000, {0}}));
+    EXPECT_THROW(SameAudio(a, {Path("b.wav"), 1, 40001, {0}}), CAudioFileError);
     EXPECT_TRUE(SameAudio({Path("a.wav"), 5, 9, {0}}, {Path("c.wav"), 5, 9, {0}}));
 }
 

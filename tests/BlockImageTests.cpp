@@ -142,7 +142,7 @@ TEST(BlockImage, MarksAnUnknownTypeWithANullEntry) {
     EXPECT_EQ(nullptr, block.parameters[0]);
     EXPECT_EQ("5", block.parameters[1]->GetString());
     EXPECT_EQ(12, LoadImage(block, Bytes("02000000 00000000 FFFFFFFF")));
-    EXPECT_EQ((std::vector<CParameter*>{nullptr, nullptr}), block.parameters);
+    EXPECT_EQ((CParameterList{nullptr, nullptr}), block.parameters);
 }
 
 TEST(BlockImage, DefaultsAValueThatIsCutOff) {

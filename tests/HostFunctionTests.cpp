@@ -308,6 +308,16 @@ TEST_P(CHostFunctionTest, AFileThatHasGoneCannotBeExported) {
     EXPECT_TRUE(HostFiles().empty());
 }
 
+TEST_P(CHostFunctionTest, AFileThatHasBecomeShorterIsAnErrorNotSilence) {
+    EXPECT_EQ(Send(0, WriteFile("a.wav", TestAudio::Phrase(48000)), 0, 0, 48000), "");
+    WriteFile("a.wav", TestAudio::Phrase(1000));
+    for (std::string const& strScript : {Opened("ExportRegion(GetSelectedRegionID())"),
+                                         Opened("RegionRender(GetSelectedRegionID())"),
+                                         LinkScripts::CreateDoubler(AudioSuite(), 0, 48000)})
+        EXPECT_NE(Error(strScript).find("has become shorter"), std::string::npos) << strScript;
+    EXPECT_TRUE(HostFiles().empty());
+}
+
 TEST_P(CHostFunctionTest, AFullAudioDirectoryIsAnError) {
     Restart({}, 5000);
     EXPECT_EQ(Send(0, WriteFile("a.wav", TestAudio::Phrase(1000)), 0, 0, 1000), "");
@@ -368,7 +378,7 @@ TEST_P(CHostFunctionTest, ClearingATrackRemovesRegionsMarksAndResultFiles) {
         EXPECT_TRUE(track.m_Regions.empty());
         EXPECT_TRUE(track.m_MarkerTracks.at(0).m_Areas.empty());
     }
-    EXPECT_EQ(Document().m_idSelectedRegion, c_idNull);
+    EXPECT_EQ(Document().m_idSelectedRegion, kNullId);
     EXPECT_TRUE(HostFiles().empty());
     EXPECT_TRUE(fs::exists(m_Directory.Path() + "/guide.wav")) << "a client's file is not touched";
 }

@@ -139,6 +139,22 @@ TEST_F(HostProgram, StopsCleanlyOnEitherSignal) {
     }
 }
 
+TEST_F(HostProgram, SaysAtItsEndWhatItHolds) {
+    StartHost();
+    ASSERT_EQ(Tool({"link", "capture", Guide(), "--track", "1", "--position", "100"}), 0);
+    ASSERT_EQ(Tool({"link", "doubler", "--input", "1", "--output", "3"}), 0);
+    ASSERT_EQ(StopHost(), 0);
+    const std::string strOutput = m_directory.Read("host.out");
+    EXPECT_NE(strOutput.find("Script document\n"
+                             "  track Guide\n"
+                             "  track Dub\n"
+                             "    region from 100 to 24100 (3 s) of guide.wav\n"),
+              std::string::npos)
+        << strOutput;
+    EXPECT_NE(strOutput.find("  Doubler process: Dub in, Double out\n"), std::string::npos);
+    EXPECT_EQ(strOutput.find("AudioSuite document"), std::string::npos);
+}
+
 TEST_F(HostProgram, SecondHostIsRefused) {
     StartHost();
     CChildProcess second({TAVARIN_HOST_PROGRAM, "--id", "2"}, m_directory.File("2.out"),
@@ -216,6 +232,7 @@ TEST_F(HostProgram, ToolRunsTheWholeJourney) {
     const std::string strExported = m_directory.File("aligned.wav");
     EXPECT_EQ(run({"export", "-o", strExported}), 0) << Errors();
     EXPECT_GT(fs::file_size(strExported), static_cast<std::uintmax_t>(kFrames));
+    EXPECT_EQ(Output(), "File: " + strExported + " (24000 samples, 3.00 s)\n");
     EXPECT_EQ(run({"doubler", "--output", "3"}), 0) << Errors();
     EXPECT_EQ(run({"clear", "3"}), 0);
     EXPECT_EQ(run({"doubler", "--input", "3"}), 1);

@@ -19,11 +19,11 @@ CRegion MakeRegion(std::int64_t lPosition, std::int64_t lStart = 0, std::int64_t
     return region;
 }
 
-constexpr DocumentKind c_Script = DocumentKind::Script;
+constexpr DocumentKind kScript = DocumentKind::Script;
 
 class CHostSessionTest : public testing::Test {
 protected:
-    CSessionId Track(int nTrack) const { return m_Session.TrackAt(c_Script, nTrack).m_idTrack; }
+    CSessionId Track(int nTrack) const { return m_Session.TrackAt(kScript, nTrack).m_idTrack; }
 
     CProcess MakeProcess(CSessionId idRegion) const {
         CProcess process;
@@ -39,32 +39,32 @@ protected:
 }  // namespace
 
 TEST_F(CHostSessionTest, BothDocumentsStartWithTheGivenTracks) {
-    for (DocumentKind kind : c_DocumentKinds) {
+    for (DocumentKind kind : kDocumentKinds) {
         ASSERT_EQ(m_Session.Document(kind).m_Tracks.size(), 2u);
         EXPECT_EQ(m_Session.Document(kind).m_Tracks[1].m_strName, "Two");
         EXPECT_EQ(m_Session.Document(kind).m_Tracks[1].m_MarkerTracks.size(), 1u);
-        EXPECT_EQ(m_Session.Document(kind).m_idSelectedRegion, c_idNull);
-        EXPECT_EQ(m_Session.Document(kind).m_idLastProcess, c_idNull);
+        EXPECT_EQ(m_Session.Document(kind).m_idSelectedRegion, kNullId);
+        EXPECT_EQ(m_Session.Document(kind).m_idLastProcess, kNullId);
     }
     EXPECT_EQ(m_Session.SampleRate(), 44100);
 }
 
 TEST_F(CHostSessionTest, IdsAreUniqueAndNeverNull) {
     std::set<CSessionId> ids;
-    for (DocumentKind kind : c_DocumentKinds)
+    for (DocumentKind kind : kDocumentKinds)
         for (CTrack const& track : m_Session.Document(kind).m_Tracks) {
             ids.insert(track.m_idTrack);
             ids.insert(track.m_MarkerTracks.front().m_idMarkerTrack);
         }
     EXPECT_EQ(ids.size(), 8u);
-    EXPECT_FALSE(ids.contains(c_idNull));
-    EXPECT_FALSE(ids.contains(m_Session.AddRegion(c_Script, Track(0), MakeRegion(0))));
+    EXPECT_FALSE(ids.contains(kNullId));
+    EXPECT_FALSE(ids.contains(m_Session.AddRegion(kScript, Track(0), MakeRegion(0))));
 }
 
 TEST_F(CHostSessionTest, RegionsStayInTimelineOrder) {
     for (std::int64_t lPosition : {500, 100, 300})
-        m_Session.AddRegion(c_Script, Track(0), MakeRegion(lPosition));
-    auto const& regions = m_Session.Track(c_Script, Track(0)).m_Regions;
+        m_Session.AddRegion(kScript, Track(0), MakeRegion(lPosition));
+    auto const& regions = m_Session.Track(kScript, Track(0)).m_Regions;
     EXPECT_EQ(regions[0].Start(), 100);
     EXPECT_EQ(regions[1].Start(), 300);
     EXPECT_EQ(regions[2].Start(), 500);
@@ -78,22 +78,22 @@ TEST_F(CHostSessionTest, ExtentsFollowFromPositionAndStretch) {
 }
 
 TEST_F(CHostSessionTest, ADeletedRegionIsNoLongerSelectedNorAResult) {
-    CSessionId const idRegion = m_Session.AddRegion(c_Script, Track(1), MakeRegion(0));
-    CSessionId const idProcess = m_Session.AddProcess(c_Script, MakeProcess(idRegion));
-    EXPECT_EQ(m_Session.Document(c_Script).m_idSelectedRegion, idRegion);
-    m_Session.DeleteRegion(c_Script, idRegion);
-    EXPECT_EQ(m_Session.Document(c_Script).m_idSelectedRegion, c_idNull);
-    EXPECT_EQ(m_Session.Process(c_Script, idProcess).m_idRegion, c_idNull);
-    EXPECT_EQ(m_Session.Document(c_Script).m_idLastProcess, idProcess);
-    m_Session.SelectProcess(c_Script, idProcess);
-    EXPECT_EQ(m_Session.Document(c_Script).m_idSelectedRegion, c_idNull);
+    CSessionId const idRegion = m_Session.AddRegion(kScript, Track(1), MakeRegion(0));
+    CSessionId const idProcess = m_Session.AddProcess(kScript, MakeProcess(idRegion));
+    EXPECT_EQ(m_Session.Document(kScript).m_idSelectedRegion, idRegion);
+    m_Session.DeleteRegion(kScript, idRegion);
+    EXPECT_EQ(m_Session.Document(kScript).m_idSelectedRegion, kNullId);
+    EXPECT_EQ(m_Session.Process(kScript, idProcess).m_idRegion, kNullId);
+    EXPECT_EQ(m_Session.Document(kScript).m_idLastProcess, idProcess);
+    m_Session.SelectProcess(kScript, idProcess);
+    EXPECT_EQ(m_Session.Document(kScript).m_idSelectedRegion, kNullId);
 }
 
 TEST_F(CHostSessionTest, DeletingAnotherRegionKeepsTheSelection) {
-    CSessionId const idOther = m_Session.AddRegion(c_Script, Track(0), MakeRegion(0));
-    CSessionId const idRegion = m_Session.AddRegion(c_Script, Track(0), MakeRegion(0));
-    m_Session.DeleteRegion(c_Script, idOther);
-    EXPECT_EQ(m_Session.Document(c_Script).m_idSelectedRegion, idRegion);
+    CSessionId const idOther = m_Session.AddRegion(kScript, Track(0), MakeRegion(0));
+    CSessionId const idRegion = m_Session.AddRegion(kScript, Track(0), MakeRegion(0));
+    m_Session.DeleteRegion(kScript, idOther);
+    EXPECT_EQ(m_Session.Document(kScript).m_idSelectedRegion, idRegion);
 }
 
 TEST_F(CHostSessionTest, EveryChangeRaisesTheUpdateCounter) {
@@ -103,24 +103,24 @@ TEST_F(CHostSessionTest, EveryChangeRaisesTheUpdateCounter) {
         nLast = m_Session.UpdateCount();
         return fRaised;
     };
-    CSessionId const idRegion = m_Session.AddRegion(c_Script, Track(0), MakeRegion(0));
+    CSessionId const idRegion = m_Session.AddRegion(kScript, Track(0), MakeRegion(0));
     EXPECT_TRUE(raised());
-    CSessionId const idProcess = m_Session.AddProcess(c_Script, MakeProcess(idRegion));
+    CSessionId const idProcess = m_Session.AddProcess(kScript, MakeProcess(idRegion));
     EXPECT_TRUE(raised());
-    m_Session.SelectRegion(c_Script, c_idNull);
+    m_Session.SelectRegion(kScript, kNullId);
     EXPECT_TRUE(raised());
-    m_Session.SelectProcess(c_Script, idProcess);
+    m_Session.SelectProcess(kScript, idProcess);
     EXPECT_TRUE(raised());
-    CSessionId const idMarkers = m_Session.TrackAt(c_Script, 0).m_MarkerTracks[0].m_idMarkerTrack;
-    CSessionId const idArea = m_Session.AddMarkerArea(c_Script, idMarkers, 0, 10);
+    CSessionId const idMarkers = m_Session.TrackAt(kScript, 0).m_MarkerTracks[0].m_idMarkerTrack;
+    CSessionId const idArea = m_Session.AddMarkerArea(kScript, idMarkers, 0, 10);
     EXPECT_TRUE(raised());
-    m_Session.DeleteMarkerArea(c_Script, idArea);
+    m_Session.DeleteMarkerArea(kScript, idArea);
     EXPECT_TRUE(raised());
-    m_Session.MoveDisplayToPosition(c_Script, 5.0);
+    m_Session.MoveDisplayToPosition(kScript, 5.0);
     EXPECT_TRUE(raised());
-    m_Session.DeleteRegion(c_Script, idRegion);
+    m_Session.DeleteRegion(kScript, idRegion);
     EXPECT_TRUE(raised());
-    m_Session.AddTrack(c_Script, "Three");
+    m_Session.AddTrack(kScript, "Three");
     EXPECT_TRUE(raised());
     m_Session.SetSelected(false);
     EXPECT_TRUE(raised());
@@ -131,38 +131,38 @@ TEST_F(CHostSessionTest, EveryChangeRaisesTheUpdateCounter) {
 }
 
 TEST_F(CHostSessionTest, WhatChangesNothingLeavesTheUpdateCounter) {
-    m_Session.MoveDisplayToPosition(c_Script, 5.0);
+    m_Session.MoveDisplayToPosition(kScript, 5.0);
     std::uint32_t const nBefore = m_Session.UpdateCount();
-    m_Session.MoveDisplayToPosition(c_Script, 5.0);
+    m_Session.MoveDisplayToPosition(kScript, 5.0);
     m_Session.SetSelected(true);
     m_Session.SetSampleRate(44100);
-    m_Session.SelectRegion(c_Script, c_idNull);
-    m_Session.SelectProcess(c_Script, c_idNull);
+    m_Session.SelectRegion(kScript, kNullId);
+    m_Session.SelectProcess(kScript, kNullId);
     EXPECT_EQ(m_Session.UpdateCount(), nBefore);
 }
 
 TEST_F(CHostSessionTest, UnknownIdsAndImpossibleNumbersAreRefusedWithoutAChange) {
     std::uint32_t const nBefore = m_Session.UpdateCount();
     double const dNaN = std::numeric_limits<double>::quiet_NaN();
-    EXPECT_THROW(m_Session.Track(c_Script, 99), CSessionError);
+    EXPECT_THROW(m_Session.Track(kScript, 99), CSessionError);
     EXPECT_THROW(m_Session.Track(DocumentKind::AudioSuite, Track(0)), CSessionError);
-    EXPECT_THROW(m_Session.TrackAt(c_Script, 2), CSessionError);
-    EXPECT_THROW(m_Session.AddRegion(c_Script, 99, MakeRegion(0)), CSessionError);
-    EXPECT_THROW(m_Session.AddRegion(c_Script, Track(0), MakeRegion(0, 10, 10)), CSessionError);
-    EXPECT_THROW(m_Session.AddRegion(c_Script, Track(0), MakeRegion(0, -1, 10)), CSessionError);
-    EXPECT_THROW(m_Session.AddRegion(c_Script, Track(0), MakeRegion(INT64_MAX)), CSessionError);
-    EXPECT_THROW(m_Session.AddRegion(c_Script, Track(0), MakeRegion(0, 0, INT64_MAX)),
+    EXPECT_THROW(m_Session.TrackAt(kScript, 2), CSessionError);
+    EXPECT_THROW(m_Session.AddRegion(kScript, 99, MakeRegion(0)), CSessionError);
+    EXPECT_THROW(m_Session.AddRegion(kScript, Track(0), MakeRegion(0, 10, 10)), CSessionError);
+    EXPECT_THROW(m_Session.AddRegion(kScript, Track(0), MakeRegion(0, -1, 10)), CSessionError);
+    EXPECT_THROW(m_Session.AddRegion(kScript, Track(0), MakeRegion(INT64_MAX)), CSessionError);
+    EXPECT_THROW(m_Session.AddRegion(kScript, Track(0), MakeRegion(0, 0, INT64_MAX)),
                  CSessionError);
-    EXPECT_THROW(m_Session.AddRegion(c_Script, Track(0), CRegion{}), CSessionError);
-    EXPECT_THROW(m_Session.DeleteRegion(c_Script, c_idNull), CSessionError);
-    EXPECT_THROW(m_Session.SelectRegion(c_Script, 99), CSessionError);
-    EXPECT_THROW(m_Session.SelectProcess(c_Script, 99), CSessionError);
-    EXPECT_THROW(m_Session.AddProcess(c_Script, CProcess{}), CSessionError);
-    EXPECT_THROW(m_Session.AddProcess(c_Script, MakeProcess(99)), CSessionError);
-    EXPECT_THROW(m_Session.AddMarkerArea(c_Script, 99, 0, 1), CSessionError);
-    EXPECT_THROW(m_Session.DeleteMarkerArea(c_Script, 99), CSessionError);
-    EXPECT_THROW(m_Session.MoveDisplayToPosition(c_Script, dNaN), CSessionError);
-    EXPECT_THROW(m_Session.MoveDisplayToPosition(c_Script, 1e300), CSessionError);
+    EXPECT_THROW(m_Session.AddRegion(kScript, Track(0), CRegion{}), CSessionError);
+    EXPECT_THROW(m_Session.DeleteRegion(kScript, kNullId), CSessionError);
+    EXPECT_THROW(m_Session.SelectRegion(kScript, 99), CSessionError);
+    EXPECT_THROW(m_Session.SelectProcess(kScript, 99), CSessionError);
+    EXPECT_THROW(m_Session.AddProcess(kScript, CProcess{}), CSessionError);
+    EXPECT_THROW(m_Session.AddProcess(kScript, MakeProcess(99)), CSessionError);
+    EXPECT_THROW(m_Session.AddMarkerArea(kScript, 99, 0, 1), CSessionError);
+    EXPECT_THROW(m_Session.DeleteMarkerArea(kScript, 99), CSessionError);
+    EXPECT_THROW(m_Session.MoveDisplayToPosition(kScript, dNaN), CSessionError);
+    EXPECT_THROW(m_Session.MoveDisplayToPosition(kScript, 1e300), CSessionError);
     EXPECT_THROW(m_Session.SetSampleRate(0), CSessionError);
     EXPECT_THROW(m_Session.SetLinkSMPTEOffset(dNaN), CSessionError);
     EXPECT_THROW(CSession({"One"}, -1), CSessionError);
@@ -172,13 +172,13 @@ TEST_F(CHostSessionTest, UnknownIdsAndImpossibleNumbersAreRefusedWithoutAChange)
 TEST_F(CHostSessionTest, TrackNamesAreOneLineOfText) {
     for (std::string const& strName : {std::string(), std::string("a\nb"), std::string("a\0b", 3),
                                        std::string(256, 'x'), std::string("\xff")})
-        EXPECT_THROW(m_Session.AddTrack(c_Script, strName), CSessionError);
-    m_Session.AddTrack(c_Script, "Gesang – 合唱 <1>");
+        EXPECT_THROW(m_Session.AddTrack(kScript, strName), CSessionError);
+    m_Session.AddTrack(kScript, "Gesang – 合唱 <1>");
 }
 
 TEST_F(CHostSessionTest, ADocumentHoldsALimitedNumberOfTracks) {
-    for (std::size_t n = 2; n < CSession::c_nMaxTracks; ++n) m_Session.AddTrack(c_Script, "t");
-    EXPECT_THROW(m_Session.AddTrack(c_Script, "t"), CSessionError);
+    for (std::size_t n = 2; n < CSession::kMaxTracks; ++n) m_Session.AddTrack(kScript, "t");
+    EXPECT_THROW(m_Session.AddTrack(kScript, "t"), CSessionError);
 }
 
 TEST_F(CHostSessionTest, DataThatContradictsItselfIsRefused) {

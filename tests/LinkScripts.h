@@ -3,7 +3,10 @@
 #include <cstdint>
 #include <string>
 
-/// The scripts that link clients send, as the host sees them.
+#include "link/FixedScripts.h"
+
+/// The scripts that link clients send: the fixed ones themselves, the composed ones as a host sees
+/// them.
 namespace LinkScripts {
 
 inline std::string Select(bool fAudioSuite) {
@@ -11,10 +14,15 @@ inline std::string Select(bool fAudioSuite) {
 }
 
 inline std::string ListTracks(bool fAudioSuite) {
-    return "if(" + Select(fAudioSuite) +
-           "(true)) then\n\tnTracks = GetTrackCount()\n\tprint(nTracks+1)\n\tprint(1)\n"
-           "\tfor nTrack = 0,nTracks-1 do\n\t\tidTrack = GetTrackID(nTrack)\n"
-           "\t\tprint(GetTrackName(idTrack, true))\n\tend\nelse\n\tprint(1)\n\tprint(0)\nend\n";
+    return std::string(szListTracks.For(fAudioSuite));
+}
+
+inline std::string Export(bool fAudioSuite) {
+    return std::string(szExportSelectedRegion.For(fAudioSuite));
+}
+
+inline std::string Render(bool fAudioSuite) {
+    return std::string(szRenderSelectedRegion.For(fAudioSuite));
 }
 
 inline std::string CheckDuplicate(bool fAudioSuite, int nTrack, std::string const& strFile,
@@ -33,36 +41,6 @@ inline std::string SendFile(bool fAudioSuite, int nTrack, std::string const& str
            std::to_string(lPosition) + "," + std::to_string(lStart) + "," + std::to_string(lEnd) +
            (strChannels.empty() ? "" : ",1," + strChannels) + ")\nMoveDisplayToPosition(" +
            strDisplay + ")\nend\n";
-}
-
-/// The frame around fetching a result: the AudioSuite form works on the last process created.
-inline std::string Fetch(bool fAudioSuite, std::string const& strBody) {
-    if (!fAudioSuite)
-        return "if(SelectScriptDocument()) then\n\tidRegion = GetSelectedRegionID()\n"
-               "\tif IsNullRegionID(idRegion) == 0 then\n" +
-               strBody +
-               "\telse\n\t\tprint(1)\n\t\tprint(1)\n\tend\nelse\n\tprint(1)\n"
-               "\tprint(0)\nend\n";
-    return "if(SelectAudioSuiteDocument()) then\n   idProcess = FindLastProcessCreated()\n"
-           "   if IsNullProcessID(idProcess) == 0 then\n        SelectProcess(idProcess)\n"
-           "       idRegion = GetSelectedRegionID()\n"
-           "       if IsNullRegionID(idRegion) == 0 then\n" +
-           strBody +
-           "       else\n           print(1)\n           print(1)\n       end\n   else\n"
-           "       print(1)\n       print(2)\n   end\nelse\n\tprint(1)\n\tprint(0)\nend\n";
-}
-
-inline std::string Export(bool fAudioSuite) {
-    return Fetch(fAudioSuite,
-                 "strFile = ExportRegion(idRegion)\nprint(2)\nprint(0)\nprint(strFile)\n");
-}
-
-inline std::string Render(bool fAudioSuite) {
-    return Fetch(
-        fAudioSuite,
-        "dSampleRate = GetSampleRate()\nRegionRender(idRegion)\n"
-        "dStart = GetRegionStartPosition(idRegion)\ndEnd = GetRegionEndPosition(idRegion)\n"
-        "print(4)\nprint('0')\nprint(dSampleRate)\nprint(dStart)\nprint(dEnd)\n");
 }
 
 inline std::string CreateAPT(bool fAudioSuite, std::int64_t lGuideStart, std::int64_t lGuideEnd,

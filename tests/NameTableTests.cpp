@@ -7,15 +7,16 @@
 
 namespace {
 
-// Eight-byte names that the table's multiplying hash throws into one slot: for each high half of
-// the product the low half is chosen to cancel it, and the product is turned back into the word.
+// Eight-byte names that the table's multiplying hash throws into one slot: the steps of the hash
+// taken backwards from values that agree in their upper half.
 std::vector<std::string> CollidingNames(std::uint32_t count) {
     constexpr std::uint64_t multiplier = 0x9E3779B97F4A7C15;
     std::uint64_t inverse = multiplier;
     for (int i = 0; i < 6; ++i) inverse *= 2 - multiplier * inverse;
     std::vector<std::string> names;
-    for (std::uint32_t high = 1; high <= count; ++high) {
-        const std::uint64_t product = std::uint64_t{high} << 32 | (high ^ 0x12345678);
+    for (std::uint64_t low = 1; low <= count; ++low) {
+        const std::uint64_t folded = (std::uint64_t{0x12345678} << 32 | low << 8) * inverse;
+        const std::uint64_t product = folded ^ folded >> 32;
         const std::uint64_t word = product * inverse ^ 8;
         names.emplace_back(8, '\0');
         std::memcpy(names.back().data(), &word, 8);

@@ -149,24 +149,24 @@ TEST_F(CPatternComparisonTest, TextFunctionsGiveWhatThePlainInterpreterGives) {
 }
 
 TEST_F(CPatternComparisonTest, RandomPatternsGiveWhatThePlainInterpreterGives) {
-    static constexpr char const* c_Items[] = {"a",  "b",     ".",  "%a",   "%d",     "[ab]", "[^a]",
-                                              "%s", "[a-c]", "()", "%b()", "%f[%a]", "%1",   "%W"};
-    static constexpr char const* c_Repeats[] = {"", "", "", "*", "+", "-", "?"};
-    static constexpr char const* c_Letters[] = {"a", "b", "c", "1", " ", "(", ")"};
+    static constexpr char const* kItems[] = {"a",  "b",     ".",  "%a",   "%d",     "[ab]", "[^a]",
+                                             "%s", "[a-c]", "()", "%b()", "%f[%a]", "%1",   "%W"};
+    static constexpr char const* kRepeats[] = {"", "", "", "*", "+", "-", "?"};
+    static constexpr char const* kLetters[] = {"a", "b", "c", "1", " ", "(", ")"};
     std::mt19937 random(7);
     auto const pick = [&](auto const& list) { return list[random() % std::size(list)]; };
     for (int n = 0; n < 3000; ++n) {
         std::string strPattern = random() % 8 == 0 ? "^" : "";
         bool const fCapture = random() % 2 == 0;
-        if (fCapture) strPattern += std::string("(") + pick(c_Items) + pick(c_Repeats) + ")";
+        if (fCapture) strPattern += std::string("(") + pick(kItems) + pick(kRepeats) + ")";
         for (unsigned k = random() % 4; k > 0; --k) {
-            std::string const strItem = pick(c_Items);
+            std::string const strItem = pick(kItems);
             if (strItem == "%1" && !fCapture) continue;
-            strPattern += strItem + pick(c_Repeats);
+            strPattern += strItem + pick(kRepeats);
         }
         if (random() % 8 == 0) strPattern += "$";
         std::string strText;
-        for (unsigned k = random() % 12; k > 0; --k) strText += pick(c_Letters);
+        for (unsigned k = random() % 12; k > 0; --k) strText += pick(kLetters);
         std::string const strCall = "'" + strText + "', '" + strPattern + "'";
         std::string const strScript = "print(pcall(string.find, " + strCall +
                                       ")) print(pcall(string.gsub, " + strCall +

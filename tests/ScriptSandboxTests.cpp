@@ -83,6 +83,12 @@ TEST_F(CScriptSandboxTest, AnEndlessLoopIsStopped) {
     CScriptResult const result = RunEndless("print('so far')\nwhile true do end");
     EXPECT_EQ(result.strPrinted, "so far\n");
     EXPECT_EQ(result.strError, "script:2: stopped: the script ran longer than 150 ms");
+    ExpectStopped("::again:: goto again");
+    ExpectStopped("repeat until false");
+    ExpectStopped("for n = 1, math.huge do end");
+    ExpectStopped("for n = math.mininteger, math.maxinteger do end");
+    ExpectStopped("local function f() return f() end f()");
+    ExpectStopped("local t = {} while true do t[1], t[2] = t[2], t[1] end");
 }
 
 TEST_F(CScriptSandboxTest, AProtectedCallDoesNotCatchTheStop) {

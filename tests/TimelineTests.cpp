@@ -65,7 +65,7 @@ TEST_F(CTimelineTest, RegionsProcessesAndTheDisplayAreShown) {
     std::string const strSvg = RenderTimeline(m_Session);
     EXPECT_TRUE(WellFormed(strSvg));
     EXPECT_NE(strSvg.find("guide.wav"), std::string::npos);
-    EXPECT_NE(strSvg.find("APT   Guide + Dub → Out"), std::string::npos);
+    EXPECT_NE(strSvg.find("APT: Guide + Dub → Out"), std::string::npos);
     EXPECT_NE(strSvg.find("display at 0:00.000"), std::string::npos);
     EXPECT_EQ(Count(strSvg, "fill-opacity=\"0.85\""), 3) << "one waveform each";
     EXPECT_EQ(Count(strBefore, "fill-opacity=\"0.85\""), 2);
@@ -107,7 +107,7 @@ TEST_F(CTimelineTest, PeaksFollowTheSamples) {
     Send(0, WriteFile("a.wav", audio), 0);
     CPeakCache cache;
     auto const& peaks = cache.Peaks(m_Session.TrackAt(DocumentKind::Script, 0).m_Regions[0]);
-    ASSERT_EQ(peaks.size(), CPeakCache::c_nSlices);
+    ASSERT_EQ(peaks.size(), CPeakCache::kSlices);
     EXPECT_EQ(peaks[10].m_Low, 0.0f);
     EXPECT_EQ(peaks[1000].m_Low, -0.5f);
     EXPECT_EQ(peaks[1000].m_High, 0.0f);

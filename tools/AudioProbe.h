@@ -3,6 +3,12 @@
 #include <cstdint>
 #include <string>
 
-/// Length of an audio file in samples per channel. Throws `std::runtime_error`, naming the file and
-/// the reason, when it is missing or no audio.
-std::int64_t ProbeAudioFrames(std::string const& strPath);
+/// Length of an audio file.
+struct CAudioLength {
+    std::int64_t m_lFrames;  ///< samples per channel
+    int m_nSampleRate;       ///< Hz
+};
+
+/// Opens an audio file and tells its length. Throws `std::runtime_error`, naming the file and the
+/// reason, when it is missing or no audio.
+CAudioLength ProbeAudio(std::string const& strPath);

@@ -1,17 +1,14 @@
 #include "tools/LinkCommands.h"
 
 #include <filesystem>
-#include <fstream>
-#include <iostream>
-#include <iterator>
 #include <memory>
 #include <optional>
 
 #include "FileIO/FileName.h"
 #include "tools/AudioProbe.h"
+#include "tools/InputOutput.h"
 #include "tools/LinkSession.h"
 #include "tools/LinkWatch.h"
-#include "tools/ToolExit.h"
 
 namespace {
 
@@ -47,8 +44,9 @@ void FillExtent(CLinkSession& session, int nTrack, Extent& extent) {
     std::vector<std::string> values;
     session.Client().SplitResult(strReply, &values);
     if (values.size() != 2) {
-        EndTool(kToolFailed, "track " + std::to_string(nTrack) + " holds no region",
-                "Capture something onto it first, or give the start and the end.");
+        Fail(exitNegative, "track " + std::to_string(nTrack) +
+                               " holds no region; capture something onto it first, or give the "
+                               "start and the end");
     }
     if (!extent.lStart) extent.lStart = std::stoll(values[0]);
     if (!extent.lEnd) extent.lEnd = std::stoll(values[1]);
@@ -101,18 +99,22 @@ int ChannelMask(std::vector<int> const& channels) {
     return nMask;
 }
 
+CAudioLength RequireAudio(std::string const& strPath) {
+    try {
+        return ProbeAudio(strPath);
+    } catch (std::exception const& failure) {
+        Fail(exitTrouble, std::string(failure.what()) + "; give the path of an audio file");
+    }
+}
+
 void Capture(CLinkOptions const& options, CaptureArguments const& arguments) {
     CLinkSession session(options);
     session.RequireHost();
     const std::string strPath = std::filesystem::absolute(arguments.strFile).string();
+    const CAudioLength length = RequireAudio(strPath);
     CFileName file(strPath.c_str());
     const double dStart = arguments.dStart.value_or(0);
-    double dEnd = 0;
-    try {
-        dEnd = arguments.dEnd ? *arguments.dEnd : static_cast<double>(ProbeAudioFrames(strPath));
-    } catch (std::exception const& failure) {
-        EndTool(kToolFailed, failure.what(), "Give the path of a readable audio file.");
-    }
+    const double dEnd = arguments.dEnd.value_or(static_cast<double>(length.m_lFrames));
 
     CTANClientInterProcess& client = session.Client();
     if (client.CheckDuplicateRegion(session.IsAudioSuite(), arguments.nTrack, &file,
@@ -183,12 +185,20 @@ void Export(CLinkOptions const& options, std::string const& strTarget) {
         std::filesystem::copy_file(strFile, strTarget,
                                    std::filesystem::copy_options::overwrite_existing, error);
         if (error) {
-            EndTool(kToolFailed,
-                    "cannot copy " + strFile + " to " + strTarget + ": " + error.message());
+            Fail(exitTrouble,
+                 "cannot copy " + strFile + " to " + strTarget + ": " + error.message());
         }
         strFile = strTarget;
     }
-    session.Print("File: " + strFile, json{{"file", strFile}});
+    const CAudioLength length = RequireAudio(strFile);
+    char seconds[32];
+    std::snprintf(seconds, sizeof seconds, "%.2f",
+                  static_cast<double>(length.m_lFrames) / length.m_nSampleRate);
+    session.Print("File: " + strFile + " (" + std::to_string(length.m_lFrames) + " samples, " +
+                      seconds + " s)",
+                  json{{"file", strFile},
+                       {"frames", length.m_lFrames},
+                       {"sample_rate", length.m_nSampleRate}});
 }
 
 void AddExport(CLI::App& link, OptionsPointer options) {
@@ -301,13 +311,6 @@ void AddPrint(CLI::App& link, OptionsPointer options) {
     });
 }
 
-std::string ReadScript(std::string const& strFile) {
-    if (strFile == "-") return {std::istreambuf_iterator<char>(std::cin), {}};
-    std::ifstream stream(strFile, std::ios::binary);
-    if (!stream) EndTool(kToolFailed, "cannot read " + strFile, "Check the path.");
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 void AddRun(CLI::App& link, OptionsPointer options) {
     CLI::App* const pCommand = link.add_subcommand("run", "run a script and show what it printed");
     const auto pFile = std::make_shared<std::string>();
@@ -317,7 +320,7 @@ void AddRun(CLI::App& link, OptionsPointer options) {
         ->capture_default_str();
     pCommand->callback([options, pFile, pTimeout] {
         CLinkSession session(*options);
-        const std::string strReply = session.Run(ReadScript(*pFile), *pTimeout);
+        const std::string strReply = session.Run(ReadInput(*pFile), *pTimeout);
         if (options->m_fJson) {
             session.Print("", json{{"printed", strReply}});
         } else {

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "tools/ToolExit.h"
+#include "tools/InputOutput.h"
 
 namespace {
 
@@ -42,11 +42,12 @@ std::string CLinkSession::Run(std::string script, int nTimeoutMs) {
 }
 
 void CLinkSession::Fail(std::string const& strWhat) {
-    if (m_client.m_strLastError.empty()) EndTool(kToolFailed, strWhat);
-    const bool fNoSession =
-        m_client.m_strAdvice.empty() && m_client.GetCurrentIdFromMainDirectory() == 0;
-    EndTool(kToolFailed, m_client.m_strLastError,
-            fNoSession ? "Select a session in Tavarin Pro." : m_client.m_strAdvice);
+    if (m_client.m_strLastError.empty()) ::Fail(exitNegative, strWhat);
+    std::string strAdvice = m_client.m_strAdvice;
+    const bool fNoSession = strAdvice.empty() && m_client.GetCurrentIdFromMainDirectory() == 0;
+    if (fNoSession) strAdvice = "Select a session in Tavarin Pro.";
+    if (!strAdvice.empty()) strAdvice.insert(0, "\n         ");
+    ::Fail(exitNegative, m_client.m_strLastError + strAdvice);
 }
 
 void CLinkSession::RequireNoError() {

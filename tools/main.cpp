@@ -1,7 +1,10 @@
 #include <CLI/CLI.hpp>
 
+#include "tools/BlockCommands.h"
+#include "tools/InputOutput.h"
 #include "tools/LinkCommands.h"
-#include "tools/ToolExit.h"
+#include "tools/SchemeCommand.h"
+#include "tools/TimecodeCommands.h"
 
 int main(int argc, char** argv) {
     CLI::App app{"The Tavarin Pro link, its session files and its time code, from a terminal."};
@@ -9,13 +12,15 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", TAVARIN_VERSION);
     app.require_subcommand(1);
     AddLinkCommands(app);
-
+    AddBlockCommands(app);
+    AddTimecodeCommands(app);
+    AddSchemeCommand(app, argv[0]);
     try {
         app.parse(argc, argv);
-    } catch (CLI::RuntimeError const& failure) {
-        return failure.get_exit_code();
+    } catch (CLI::RuntimeError const& end) {
+        return end.get_exit_code();
     } catch (CLI::ParseError const& usage) {
-        return app.exit(usage) == 0 ? kToolDone : kToolUsage;
+        return app.exit(usage) == 0 ? exitDone : exitTrouble;
     }
-    return kToolDone;
+    return exitDone;
 }

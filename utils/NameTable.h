@@ -23,6 +23,9 @@ public:
     /// Counts one more use of a name and returns its index.
     std::uint32_t Add(std::string_view text);
 
+    /// Counts one more use of the name with this index if it is that text.
+    bool AddAgain(std::uint32_t index, std::string_view text);
+
     std::vector<CName>& Names() { return m_names; }
     std::vector<CName> const& Names() const { return m_names; }
 

@@ -5,6 +5,15 @@
 #include <new>
 #include <utility>
 
+#include "utils/ParameterMemory.h"
+
+class CParameterChunk;
+
+/// In front of everything from here stands the chunk it is in, or null for what is from the heap.
+inline CParameterChunk* ChunkOf(void* memory) {
+    return static_cast<CParameterChunk**>(memory)[-1];
+}
+
 /// A piece of memory that many parameters stand in. It goes when the arena that fills it and the
 /// last parameter in it are gone; parameters may go in any order and on any thread.
 class CParameterChunk {
@@ -14,8 +23,8 @@ public:
     /// Gives up `count` holds.
     void Release(std::size_t count) noexcept;
 
-    /// Trades the arena's hold for one hold per parameter made.
-    void Retire(std::size_t parametersMade) noexcept { Release(arenaHold - parametersMade); }
+    /// Trades the arena's hold for one hold per slot handed out.
+    void Retire(std::size_t slots) noexcept { Release(arenaHold - slots); }
 
     unsigned char* Memory() { return reinterpret_cast<unsigned char*>(this + 1); }
 
@@ -29,14 +38,30 @@ private:
 /// every parameter.
 class CReleaseBatch {
 public:
-    CReleaseBatch() noexcept;
+    CReleaseBatch() noexcept : m_pOuter(std::exchange(s_pCurrent, this)) {}
     CReleaseBatch(CReleaseBatch const&) = delete;
     CReleaseBatch& operator=(CReleaseBatch const&) = delete;
-    ~CReleaseBatch();
+    ~CReleaseBatch() {
+        s_pCurrent = m_pOuter;
+        Flush();
+    }
 
-    static void ReleaseOne(CParameterChunk* chunk) noexcept;
+    static CReleaseBatch* Current() { return s_pCurrent; }
+
+    void Release(CParameterChunk* chunk) noexcept {
+        if (m_pChunk != chunk) {
+            Flush();
+            m_pChunk = chunk;
+            m_nReleases = 0;
+        }
+        ++m_nReleases;
+    }
 
 private:
+    void Flush() noexcept {
+        if (m_pChunk != nullptr) m_pChunk->Release(m_nReleases);
+    }
+
     static thread_local CReleaseBatch* s_pCurrent;
 
     CReleaseBatch* m_pOuter;
@@ -44,8 +69,8 @@ private:
     std::size_t m_nReleases = 0;
 };
 
-/// Makes the parameters of one load or one copy next to each other. Each of them is destroyed with
-/// `delete` like one from the heap.
+/// Hands out the memory of one load or one copy piece by piece. While it lives it also serves the
+/// lists that grow on its thread. Everything in it is given back on its own, like from the heap.
 class CParameterArena {
 public:
     /// The first chunk takes about `expectedBytes`, in bounds.
@@ -54,27 +79,52 @@ public:
     CParameterArena& operator=(CParameterArena const&) = delete;
     ~CParameterArena();
 
-    template <typename Parameter, typename... Arguments>
-    Parameter* Make(Arguments&&... arguments) {
-        static_assert(alignof(Parameter) <= alignof(CParameterChunk*));
-        constexpr std::size_t slotSize = sizeof(CParameterChunk*) + sizeof(Parameter);
-        if (m_nLeft < slotSize) StartChunk(slotSize);
-        ::new (m_pNext) CParameterChunk*(m_pChunk);
-        auto* made = ::new (m_pNext + sizeof(CParameterChunk*))
-            Parameter(std::forward<Arguments>(arguments)...);
+    static CParameterArena* Current() { return s_pCurrent; }
+
+    /// Memory aligned for anything; null for more than should stand in a chunk.
+    void* Allocate(std::size_t size) {
+        const std::size_t slotSize = SlotSize(size);
+        if (m_nLeft < slotSize && !StartChunk(slotSize)) return nullptr;
+        unsigned char* const slot = m_pNext;
+        ::new (slot) CParameterChunk*(m_pChunk);
         m_pNext += slotSize;
         m_nLeft -= slotSize;
-        ++m_nMade;
-        return made;
+        ++m_nSlots;
+        return slot + sizeof(CParameterChunk*);
+    }
+
+    /// A parameter to be destroyed with `delete`.
+    template <typename Parameter, typename... Arguments>
+    Parameter* Make(Arguments&&... arguments) {
+        static_assert(sizeof(Parameter) <= largestPiece);
+        void* const memory = Allocate(sizeof(Parameter));
+        try {
+            return ::new (memory) Parameter(std::forward<Arguments>(arguments)...);
+        } catch (...) {
+            ReleaseParameterMemory(memory);
+            throw;
+        }
     }
 
 private:
-    void StartChunk(std::size_t slotSize);
+    static constexpr std::size_t largestPiece = 1024;
+
+    // Slots begin and end one pointer before a multiple of the alignment: in front of what they
+    // hold stands their chunk.
+    static constexpr std::size_t SlotSize(std::size_t size) {
+        constexpr std::size_t unit = alignof(std::max_align_t);
+        return (size + sizeof(CParameterChunk*) + unit - 1) / unit * unit;
+    }
+
+    bool StartChunk(std::size_t slotSize);
     void RetireChunk() noexcept;
 
+    static thread_local CParameterArena* s_pCurrent;
+
+    CParameterArena* m_pOuter;
     CParameterChunk* m_pChunk = nullptr;
     unsigned char* m_pNext = nullptr;
     std::size_t m_nLeft = 0;
-    std::size_t m_nMade = 0;
+    std::size_t m_nSlots = 0;
     std::size_t m_nChunkSize;
 };

@@ -1,5 +1,6 @@
 #include "utils/ParameterBlock.h"
 
+#include <array>
 #include <memory>
 #include <string_view>
 #include <typeinfo>
@@ -10,16 +11,49 @@
 
 namespace {
 
-using ParameterList = std::vector<CParameter*>;
+// The classes whose only memory is that of their texts, by tag.
+constexpr std::array<std::type_info const*, tagBinaryBlock> plainClasses{
+    nullptr,
+    &typeid(CStringParameter),
+    &typeid(CIntParameter),
+    &typeid(CDoubleParameter),
+    &typeid(CUInt64Parameter),
+    &typeid(CFileIdTypeParameter),
+    nullptr,
+    &typeid(CBoolParameter),
+    &typeid(CFloatParameter),
+    &typeid(CSInt64Parameter)};
+
+void FreeText(std::string& text) {
+    // An empty string's capacity is what a string holds within itself.
+    if (text.capacity() > std::string().capacity()) std::string().swap(text);
+}
+
+// Like `delete`, but spares the parameters of a load or a copy, which come by the thousand, their
+// destructors: those would do nothing but free texts.
+void DestroyParameter(CParameter* parameter, CReleaseBatch& batch) {
+    if (parameter == nullptr) return;
+    if (parameter->type < plainClasses.size() &&
+        &typeid(*parameter) == plainClasses[parameter->type]) {
+        if (CParameterChunk* const chunk = ChunkOf(parameter)) {
+            FreeText(parameter->name);
+            if (parameter->type == tagString)
+                FreeText(static_cast<CStringParameter*>(parameter)->value);
+            batch.Release(chunk);
+            return;
+        }
+    }
+    delete parameter;
+}
 
 // Destroys the tree below `root` from the ends of its lists, without recursion and without asking
 // for memory: on the way down a block's last entry keeps the way back up.
 void DestroyParameters(CParameterBlock& root) noexcept {
-    const CReleaseBatch batch;
+    CReleaseBatch batch;
     CParameterBlock* current = &root;
     CParameterBlock* parent = nullptr;
     for (;;) {
-        ParameterList& list = current->parameters;
+        CParameterList& list = current->parameters;
         if (list.empty()) {
             if (parent == nullptr) return;
             delete current;
@@ -36,7 +70,7 @@ void DestroyParameters(CParameterBlock& root) noexcept {
             current = block;
         } else {
             list.pop_back();
-            delete last;
+            DestroyParameter(last, batch);
         }
     }
 }
@@ -72,10 +106,7 @@ CParameter* CopyValue(CParameterArena& arena, CParameter const& source) {
 }
 
 CParameterBlock* CopyBlockHead(CParameterArena& arena, CParameterBlock const& source) {
-    auto* copy = arena.Make<CParameterBlock>();
-    copy->name = source.name;
-    copy->token = source.token;
-    return copy;
+    return arena.Make<CParameterBlock>(CLoadedName{source.token, source.name});
 }
 
 // Appends copies of the source's parameters to an empty block that is not part of the source.
@@ -95,7 +126,7 @@ void CopyTree(CParameterBlock const& source, CParameterBlock& target) {
             continue;
         }
         // The place in the list comes first, so that nothing is lost when memory runs out.
-        ParameterList& list = open.back().to->parameters;
+        CParameterList& list = open.back().to->parameters;
         if (original->type != tagBlock) {
             if (original->type < tagString || original->type > tagBinaryBlock) continue;
             list.push_back(nullptr);
@@ -179,10 +210,12 @@ void Append(CParameterBlock& block, std::unique_ptr<CParameter> parameter) {
 
 }  // namespace
 
-CParameterBlock::CParameterBlock() : CParameter(tag, std::string()) {}
+CParameterBlock::CParameterBlock(CLoadedName const& loaded) : CParameter(tag, loaded) {}
+
+CParameterBlock::CParameterBlock() : CParameterBlock(CLoadedName()) {}
 
 CParameterBlock::CParameterBlock(CProgress* observer, unsigned long total)
-    : CParameter(tag, std::string()), progress(observer), progressTotal(total) {}
+    : CParameter(tag, ""), progress(observer), progressTotal(total) {}
 
 CParameterBlock::CParameterBlock(CParameter const* source) : CParameterBlock() {
     TAVARIN_REQUIRE(source != nullptr);

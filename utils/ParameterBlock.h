@@ -12,6 +12,9 @@
 
 class CFileName;
 
+/// The parameters of a block, in order: a vector whose memory may stand beside theirs.
+using CParameterList = std::vector<CParameter*, CParameterMemory<CParameter*>>;
+
 /// Watches a load and may stop it.
 class CProgress {
 public:
@@ -52,12 +55,16 @@ public:
 
     /// In order of insertion or loading, owned. Loading leaves a null entry for each unknown type;
     /// everything else here passes over null entries.
-    std::vector<CParameter*> parameters;
+    CParameterList parameters;
 
     CProgress* progress = nullptr;    ///< Not owned; may be null.
     unsigned long progressTotal = 0;  ///< What progress is reported against; 0 reports nothing.
 
     CParameterBlock();
+
+    /// An empty block under a name from an image.
+    explicit CParameterBlock(CLoadedName const& loaded);
+
     CParameterBlock(CProgress* observer, unsigned long total);
 
     /// A deep copy of a block with its name and token but no progress. Another class of parameter

@@ -25,10 +25,10 @@ void CBinaryBlock::Release() {
     if (m_nReferenceCount == 0) delete this;
 }
 
-CBinaryBlockParameter::CBinaryBlockParameter() : CParameter(tag, nullptr) {}
+CBinaryBlockParameter::CBinaryBlockParameter() : CParameter(tag, "") {}
 
 CBinaryBlockParameter::CBinaryBlockParameter(const char* parameterName, CBinaryBlock* sharedBlock)
-    : CParameter(tag, parameterName), block(sharedBlock) {
+    : CParameter(tag, parameterName != nullptr ? parameterName : ""), block(sharedBlock) {
     TAVARIN_REQUIRE(block != nullptr);
     block->AddRef();
 }

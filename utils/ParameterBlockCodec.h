@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <limits>
 
 #include "platform/Assertion.h"
 #include "utils/LittleEndian.h"
@@ -17,12 +16,6 @@ inline constexpr std::size_t longTokenSize = 4;
 inline constexpr std::size_t lengthSize = 4;
 inline constexpr std::size_t tagSize = 4;
 inline constexpr std::size_t countSize = 4;
-
-/// Sizes count in 32 bits; a larger one reads as the largest of these.
-inline unsigned int Bounded(unsigned long size) {
-    constexpr unsigned int largest = std::numeric_limits<unsigned int>::max();
-    return size < largest ? static_cast<unsigned int>(size) : largest;
-}
 
 inline std::size_t TokenSize(std::uint32_t token) {
     return token <= largestShortToken ? 1 : longTokenSize;
@@ -53,37 +46,48 @@ inline std::size_t NameSize(CParameter const& parameter) {
                                       : TokenSize(parameter.token);
 }
 
-inline unsigned int LoadTokenName(CParameter& parameter, std::vector<std::string> const& names,
-                                  unsigned int size, unsigned char const* data) {
-    if (size == 0) return 0;
-    unsigned int consumed = 0;
+/// A name's bytes: how many they are, and what they say unless they are missing or lie.
+struct CNameBytes {
+    std::size_t nConsumed = 0;
+    bool fGiven = false;
+    CLoadedName said;
+};
+
+inline CNameBytes ReadTokenName(std::vector<std::string> const& names, std::uint32_t tokenBefore,
+                                std::size_t size, unsigned char const* data) {
+    CNameBytes name;
+    name.said.token = tokenBefore;
+    if (size == 0) return name;
+    name.fGiven = true;
     if (data[0] != longTokenMark) {
-        parameter.token = data[0];
-        consumed = 1;
+        name.said.token = data[0];
+        name.nConsumed = 1;
     } else if (size >= longTokenSize) {
-        parameter.token = LoadLittleEndian<std::uint32_t>(data) >> 8;
-        consumed = longTokenSize;
+        name.said.token = LoadLittleEndian<std::uint32_t>(data) >> 8;
+        name.nConsumed = longTokenSize;
     }
-    if (parameter.token < names.size())
-        parameter.name = names[parameter.token];
-    else
-        parameter.name.clear();
-    return consumed;
+    if (name.said.token < names.size()) name.said.text = names[name.said.token];
+    return name;
 }
 
-inline unsigned int LoadInlineName(CParameter& parameter, unsigned int size,
-                                   unsigned char const* data) {
-    if (size < lengthSize) return 0;
+inline CNameBytes ReadInlineName(std::uint32_t tokenBefore, std::size_t size,
+                                 unsigned char const* data) {
+    CNameBytes name;
+    name.said.token = tokenBefore;
+    if (size < lengthSize) return name;
+    name.nConsumed = lengthSize;
     const auto length = LoadLittleEndian<std::uint32_t>(data);
-    if (length == 0 || length > size - lengthSize) return lengthSize;
-    parameter.name.assign(reinterpret_cast<const char*>(data) + lengthSize, length);
-    return static_cast<unsigned int>(lengthSize) + length;
+    if (length == 0 || length > size - lengthSize) return name;
+    name.nConsumed += length;
+    name.fGiven = true;
+    name.said.text = {reinterpret_cast<const char*>(data) + lengthSize, length};
+    return name;
 }
 
-inline unsigned int LoadName(CParameter& parameter, std::vector<std::string> const* names,
-                             unsigned int size, unsigned char const* data) {
-    return names != nullptr ? LoadTokenName(parameter, *names, size, data)
-                            : LoadInlineName(parameter, size, data);
+inline CNameBytes ReadName(std::vector<std::string> const* names, std::uint32_t tokenBefore,
+                           std::size_t size, unsigned char const* data) {
+    return names != nullptr ? ReadTokenName(*names, tokenBefore, size, data)
+                            : ReadInlineName(tokenBefore, size, data);
 }
 
 /// The number of entries in a block's image: null entries of the list are not written.
@@ -135,26 +139,75 @@ inline unsigned char* StoreValue(CStringParameter const& parameter, unsigned cha
     return StoreText(parameter.value, out);
 }
 
-/// Reads name and value; returns the number of bytes consumed, which `size` is never short of.
-template <typename Value, std::uint32_t Tag>
-unsigned int Load(CValueParameter<Value, Tag>& parameter, std::vector<std::string> const* names,
-                  unsigned int size, unsigned char const* data) {
-    const unsigned int nameBytes = LoadName(parameter, names, size, data);
-    if (size - nameBytes < FixedValue<Value>::size) return nameBytes;
-    parameter.value = FixedValue<Value>::Load(data + nameBytes);
-    return nameBytes + static_cast<unsigned int>(FixedValue<Value>::size);
+/// Calls `visit` with a parameter as the class that its type tells; false for a block, for a binary
+/// block and for types of no image. Spares passes over whole trees two virtual calls per parameter.
+template <typename Visit>
+inline bool VisitValue(CParameter const& parameter, Visit visit) {
+    switch (parameter.type) {
+        case tagString:
+            visit(static_cast<CStringParameter const&>(parameter));
+            return true;
+        case tagInt:
+            visit(static_cast<CIntParameter const&>(parameter));
+            return true;
+        case tagDouble:
+            visit(static_cast<CDoubleParameter const&>(parameter));
+            return true;
+        case tagUInt64:
+            visit(static_cast<CUInt64Parameter const&>(parameter));
+            return true;
+        case tagFileId:
+            visit(static_cast<CFileIdTypeParameter const&>(parameter));
+            return true;
+        case tagBool:
+            visit(static_cast<CBoolParameter const&>(parameter));
+            return true;
+        case tagFloat:
+            visit(static_cast<CFloatParameter const&>(parameter));
+            return true;
+        case tagSInt64:
+            visit(static_cast<CSInt64Parameter const&>(parameter));
+            return true;
+        default:
+            return false;
+    }
 }
 
-inline unsigned int Load(CStringParameter& parameter, std::vector<std::string> const* names,
-                         unsigned int size, unsigned char const* data) {
-    unsigned int consumed = LoadName(parameter, names, size, data);
+/// Reads a value and returns the number of bytes consumed; what is cut off stays as it was.
+template <typename Value, std::uint32_t Tag>
+std::size_t LoadValue(CValueParameter<Value, Tag>& parameter, std::size_t size,
+                      unsigned char const* data) {
+    if (size < FixedValue<Value>::size) return 0;
+    parameter.value = FixedValue<Value>::Load(data);
+    return FixedValue<Value>::size;
+}
+
+/// A text is emptied first, and stays empty when its length is cut off or lies.
+inline std::size_t LoadValue(CStringParameter& parameter, std::size_t size,
+                             unsigned char const* data) {
     parameter.value.clear();
-    if (size - consumed < lengthSize) return consumed;
-    const auto length = LoadLittleEndian<std::uint32_t>(data + consumed);
-    consumed += lengthSize;
-    if (length > size - consumed) return consumed;
-    parameter.value.assign(reinterpret_cast<const char*>(data) + consumed, length);
-    return consumed + length;
+    if (size < lengthSize) return 0;
+    const auto length = LoadLittleEndian<std::uint32_t>(data);
+    if (length > size - lengthSize) return lengthSize;
+    parameter.value.assign(reinterpret_cast<const char*>(data) + lengthSize, length);
+    return lengthSize + length;
+}
+
+/// Reads a name into a parameter that stands already.
+inline std::size_t LoadName(CParameter& parameter, std::vector<std::string> const* names,
+                            std::size_t size, unsigned char const* data) {
+    const CNameBytes bytes = ReadName(names, parameter.token, size, data);
+    parameter.token = bytes.said.token;
+    if (bytes.fGiven) parameter.name = bytes.said.text;
+    return bytes.nConsumed;
+}
+
+/// Reads name and value into a parameter that stands already.
+template <typename Parameter>
+std::size_t Load(Parameter& parameter, std::vector<std::string> const* names, std::size_t size,
+                 unsigned char const* data) {
+    const std::size_t nameBytes = LoadName(parameter, names, size, data);
+    return nameBytes + LoadValue(parameter, size - nameBytes, data + nameBytes);
 }
 
 }  // namespace codec

@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <string_view>
+
 #include "utils/ParameterArena.h"
 #include "utils/ParameterBlockCodec.h"
 
@@ -10,15 +13,50 @@ constexpr std::size_t nameBytesPerImageByte = 16;
 // An entry takes six bytes at least, a parameter made from it rarely more than eleven times that.
 constexpr std::size_t memoryPerImageByte = 11;
 
+// Room made for the entries that a block claims: in the outermost one as many as its bytes may
+// hold, in nested ones a few, for they add up.
+constexpr std::size_t smallestUsualEntry = 16;
+constexpr std::size_t usualEntries = 8;
+
+// The names of one-byte tokens, which most entries have, ready to be copied quickly.
+class CFrequentNames {
+public:
+    explicit CFrequentNames(std::vector<std::string> const* names) {
+        if (names == nullptr) return;
+        m_names.resize(std::min<std::size_t>(names->size(), codec::largestShortToken + 1));
+        for (std::uint32_t token = 0; token < m_names.size(); ++token) {
+            std::string const& name = (*names)[token];
+            CFrequentName& frequent = m_names[token];
+            frequent.said = {token, name};
+            if (name.size() > CLoadedName::shortLength) continue;
+            std::copy(name.begin(), name.end(), frequent.text);
+            frequent.said = {token, {frequent.text, name.size()}, true};
+        }
+    }
+
+    /// The name that a token's byte says; null for bytes that say more or nothing.
+    CLoadedName const* Find(unsigned char byte) const {
+        return byte < m_names.size() ? &m_names[byte].said : nullptr;
+    }
+
+private:
+    struct CFrequentName {
+        CLoadedName said;
+        char text[CLoadedName::shortLength + 1] = {};
+    };
+
+    std::vector<CFrequentName> m_names;
+};
+
 // Reads the image of one block and of all blocks in it. The blocks being read stand on a stack of
-// their own instead of the call stack, however deep they nest. What they hold gathers in one list
-// until each block is complete and knows how much room it needs.
+// their own instead of the call stack, however deep they nest.
 class CBlockLoader {
 public:
     CBlockLoader(CParameterBlock& top, std::vector<std::string> const* names, unsigned long size,
                  unsigned char const* data)
         : m_top(top),
           m_pNames(names),
+          m_frequent(names),
           m_pNext(data),
           m_nRest(size),
           m_nNameBytesLeft(freeNameBytes + nameBytesPerImageByte * size),
@@ -26,11 +64,14 @@ public:
     CBlockLoader(CBlockLoader const&) = delete;
     CBlockLoader& operator=(CBlockLoader const&) = delete;
 
-    ~CBlockLoader() { HandOver(); }
+    // An unfinished block goes with all that was read for it.
+    ~CBlockLoader() {
+        if (m_open.size() > 1) DropLast(m_top);
+    }
 
     // Whether the whole block was read.
     bool Load() {
-        Open(&m_top);
+        Open(m_top, m_nRest / smallestUsualEntry);
         for (;;) {
             while (m_open.back().nEntriesLeft == 0) {
                 if (m_open.size() == 1) return true;
@@ -46,7 +87,6 @@ public:
 private:
     struct COpenBlock {
         CParameterBlock* pBlock;
-        std::size_t nFirstEntry;
         std::uint32_t nEntriesLeft;
     };
 
@@ -61,11 +101,14 @@ private:
         m_nRest -= bytes;
     }
 
-    void Open(CParameterBlock* block) {
-        m_open.push_back({block, m_entries.size(), 0});
+    // Reads the count and makes room for as many entries, within the given bound: counts may lie.
+    void Open(CParameterBlock& block, std::size_t mostRoom) {
+        m_open.push_back({&block, 0});
         if (m_nRest < codec::countSize) return;
         const auto count = static_cast<std::int32_t>(TakeNumber());
-        if (count > 0) m_open.back().nEntriesLeft = static_cast<std::uint32_t>(count);
+        if (count <= 0) return;
+        m_open.back().nEntriesLeft = static_cast<std::uint32_t>(count);
+        block.parameters.reserve(std::min<std::size_t>(m_open.back().nEntriesLeft, mostRoom));
     }
 
     bool LoadEntry(std::uint32_t tag) {
@@ -91,92 +134,86 @@ private:
             case tagBinaryBlock:
                 return false;
             default:
-                m_entries.push_back(nullptr);
+                m_open.back().pBlock->parameters.push_back(nullptr);
                 return true;
         }
     }
 
-    // The place in the list comes first, so that nothing is lost when memory runs out.
+    // Makes the next entry, of which the name comes first. Null when the name asks for too much.
     template <typename Class>
     Class* Append() {
-        m_entries.push_back(nullptr);
-        auto* made = m_arena.Make<Class>();
-        m_entries.back() = made;
+        if (m_nRest > 0)
+            if (CLoadedName const* name = m_frequent.Find(*m_pNext)) return Append<Class>(*name, 1);
+        const codec::CNameBytes name = codec::ReadName(m_pNames, noToken, m_nRest, m_pNext);
+        return Append<Class>(name.said, name.nConsumed);
+    }
+
+    // Room in the list comes first, so that nothing is lost when memory runs out.
+    template <typename Class>
+    Class* Append(CLoadedName const& name, std::size_t nameBytes) {
+        if (!AllowName(name.text)) return nullptr;
+        CParameterList& list = m_open.back().pBlock->parameters;
+        if (list.size() == list.capacity()) list.reserve(list.size() * 2 + usualEntries);
+        Class* const made = m_arena.Make<Class>(name);
+        CParameter* const entry = made;
+        list.push_back(entry);
+        Advance(nameBytes);
         return made;
     }
 
-    void DropLast() {
-        delete m_entries.back();
-        m_entries.pop_back();
+    static void DropLast(CParameterBlock& block) {
+        delete block.parameters.back();
+        block.parameters.pop_back();
     }
 
     template <typename Class>
     bool LoadValue() {
         auto* parameter = Append<Class>();
-        Advance(codec::Load(*parameter, m_pNames, codec::Bounded(m_nRest), m_pNext));
-        if (AllowName(parameter->name)) return true;
-        DropLast();
-        return false;
+        if (parameter == nullptr) return false;
+        Advance(codec::LoadValue(*parameter, m_nRest, m_pNext));
+        return true;
     }
 
-    // The block stands in front of what it will hold, and owns nothing until it is complete.
     bool OpenNested() {
         auto* block = Append<CParameterBlock>();
+        if (block == nullptr) return false;
         block->progress = m_top.progress;
         block->progressTotal = m_top.progressTotal;
-        Advance(codec::LoadName(*block, m_pNames, codec::Bounded(m_nRest), m_pNext));
-        if (AllowName(block->name)) {
-            Open(block);
-            return true;
-        }
-        DropLast();
-        return false;
+        Open(*block, usualEntries);
+        return true;
     }
 
-    bool AllowName(std::string const& name) {
+    bool AllowName(std::string_view name) {
         if (m_pNames == nullptr) return true;
         if (name.size() > m_nNameBytesLeft) return false;
         m_nNameBytesLeft -= name.size();
         return true;
     }
 
-    // Completes the innermost block, which becomes an entry of the one around it.
+    // Completes the innermost block, unless the observer stops the load.
     bool CloseNested() {
-        const COpenBlock closing = m_open.back();
-        const auto first = m_entries.begin() + static_cast<std::ptrdiff_t>(closing.nFirstEntry);
-        closing.pBlock->parameters.assign(first, m_entries.end());
-        m_entries.erase(first, m_entries.end());
+        if (m_top.progress != nullptr && m_top.progressTotal != 0 &&
+            m_top.progress->Progress(m_top.progressTotal - m_nRest))
+            return false;
         m_open.pop_back();
-        if (m_top.progress == nullptr || m_top.progressTotal == 0 ||
-            !m_top.progress->Progress(m_top.progressTotal - m_nRest))
-            return true;
-        DropLast();
-        return false;
-    }
-
-    // Gives the outermost block what it has got; an unfinished block goes with all that was read
-    // for it.
-    void HandOver() {
-        if (m_open.size() > 1)
-            while (m_entries.size() >= m_open[1].nFirstEntry) DropLast();
-        m_top.parameters = std::move(m_entries);
+        return true;
     }
 
     CParameterBlock& m_top;
     std::vector<std::string> const* m_pNames;
+    CFrequentNames m_frequent;
     unsigned char const* m_pNext;
     unsigned long m_nRest;
     std::size_t m_nNameBytesLeft;
     CParameterArena m_arena;
     std::vector<COpenBlock> m_open;
-    std::vector<CParameter*> m_entries;
 };
 
 }  // namespace
 
 unsigned long CParameterBlock::Load(std::vector<std::string> const* names, unsigned long size,
                                     unsigned char const* data) {
-    const unsigned int nameBytes = LoadName(names, codec::Bounded(size), data);
+    const std::size_t nameBytes = codec::LoadName(*this, names, size, data);
     const long blockBytes = LoadBlock(names, size - nameBytes, data + nameBytes);
     return blockBytes < 0 ? ~0UL : nameBytes + static_cast<unsigned long>(blockBytes);
 }
@@ -185,6 +222,5 @@ long CParameterBlock::LoadBlock(std::vector<std::string> const* names, unsigned 
                                 void const* data) {
     Clear();
     CBlockLoader loader(*this, names, size, static_cast<unsigned char const*>(data));
-    if (!loader.Load()) return -1;
-    return static_cast<long>(size - loader.Rest());
+    return loader.Load() ? static_cast<long>(size - loader.Rest()) : -1;
 }

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <limits>
 #include <string_view>
+#include <utility>
 
 #include "utils/NameTable.h"
 #include "utils/ParameterBlockCodec.h"
@@ -74,6 +75,7 @@ std::size_t LoadNames(std::string_view table, std::uint32_t count,
 class CSessionImage {
 public:
     CSessionImage(const char* id, CParameterBlock& top) : m_pId(id) {
+        m_entries.reserve(top.parameters.size() + 1);
         Note(top);
         VisitTree(top, [this](CParameter& parameter) { Note(parameter); });
     }
@@ -89,13 +91,7 @@ public:
     // Gives the tokens and returns the image's length.
     std::size_t Measure() {
         std::vector<CNameTable::CName>& names = m_table.Names();
-        m_order.resize(names.size());
-        for (std::uint32_t i = 0; i < m_order.size(); ++i) m_order[i] = i;
-        std::sort(m_order.begin(), m_order.end(), [&](std::uint32_t left, std::uint32_t right) {
-            if (names[left].nCount != names[right].nCount)
-                return names[left].nCount > names[right].nCount;
-            return names[left].text < names[right].text;
-        });
+        OrderByCount();
         std::size_t tokenBytes = m_nEmptyNames * codec::TokenSize(0);
         for (std::uint32_t position = 0; position < m_order.size(); ++position) {
             CNameTable::CName& name = names[m_order[position]];
@@ -122,7 +118,9 @@ public:
                 out = codec::StoreToken(parameter.token, out);
                 StoreLittleEndian(codec::CountOf(*block), out);
                 out += codec::countSize;
-            } else {
+            } else if (!codec::VisitValue(parameter, [&](auto const& value) {
+                           out = codec::StoreValue(value, codec::StoreToken(value.token, out));
+                       })) {
                 out += parameter.Save(0, out);
             }
         }
@@ -130,6 +128,7 @@ public:
 
 private:
     static constexpr std::uint32_t emptyName = 0xFFFFFFFF;
+    static constexpr std::uint32_t unknownName = 0xFFFFFFFF;
 
     struct CEntry {
         CParameter* pParameter;
@@ -141,11 +140,39 @@ private:
         m_nValueBytes += ValueSize(parameter);
         const bool named = !parameter.name.empty();
         if (!named) ++m_nEmptyNames;
-        m_entries.push_back({&parameter, named ? m_table.Add(parameter.name) : emptyName});
+        m_entries.push_back({&parameter, named ? NameIndex(parameter) : emptyName});
+    }
+
+    // A token from an earlier save or load often still tells the name, and spares the search.
+    std::uint32_t NameIndex(CParameter const& parameter) {
+        if (parameter.token >= m_byOldToken.size()) return m_table.Add(parameter.name);
+        std::uint32_t& index = m_byOldToken[parameter.token];
+        if (index == unknownName || !m_table.AddAgain(index, parameter.name))
+            index = m_table.Add(parameter.name);
+        return index;
+    }
+
+    // The most frequent names first, equally frequent ones as they came: counted, not compared, for
+    // there may be as many names as parameters.
+    void OrderByCount() {
+        std::vector<CNameTable::CName> const& names = m_table.Names();
+        std::uint32_t highest = 0;
+        for (CNameTable::CName const& name : names) highest = std::max(highest, name.nCount);
+        std::vector<std::uint32_t> place(highest + std::size_t{1});
+        for (CNameTable::CName const& name : names) ++place[highest - name.nCount];
+        std::uint32_t before = 0;
+        for (std::uint32_t& start : place) before += std::exchange(start, before);
+        m_order.resize(names.size());
+        for (std::uint32_t i = 0; i < names.size(); ++i)
+            m_order[place[highest - names[i].nCount]++] = i;
     }
 
     static std::size_t ValueSize(CParameter const& parameter) {
-        if (parameter.type == tagBlock) return codec::countSize;
+        std::size_t size = codec::countSize;
+        if (parameter.type == tagBlock) return size;
+        if (codec::VisitValue(parameter,
+                              [&](auto const& value) { size = codec::ValueSize(value); }))
+            return size;
         // It cannot be saved, which is for the writing pass to say: there may be nothing to save.
         if (parameter.type == tagBinaryBlock) return 0;
         return parameter.GetSize() - codec::NameSize(parameter);
@@ -153,6 +180,8 @@ private:
 
     const char* m_pId;
     CNameTable m_table;
+    std::vector<std::uint32_t> m_byOldToken =
+        std::vector<std::uint32_t>(codec::largestShortToken + 1, unknownName);
     std::vector<CEntry> m_entries;
     std::vector<std::uint32_t> m_order;
     std::size_t m_nEmptyNames = 0;

@@ -34,12 +34,6 @@ std::string ValueText(KEL::FileIdType const&) {
 
 }  // namespace
 
-CParameter::CParameter(std::uint32_t parameterType, const char* parameterName)
-    : type(parameterType), name(OrEmpty(parameterName)) {}
-
-CParameter::CParameter(std::uint32_t parameterType, std::string const& parameterName)
-    : type(parameterType), name(parameterName) {}
-
 unsigned long CParameter::GetSizeOfName() const {
     return codec::NameSize(*this);
 }
@@ -50,7 +44,7 @@ unsigned long CParameter::SaveName(unsigned char* out) const {
 
 unsigned int CParameter::LoadName(std::vector<std::string> const* names, unsigned int size,
                                   unsigned char const* data) {
-    return codec::LoadName(*this, names, size, data);
+    return static_cast<unsigned int>(codec::LoadName(*this, names, size, data));
 }
 
 void CParameter::AddNameToMap(std::map<std::string, int>& counts) const {
@@ -63,11 +57,8 @@ void CParameter::UpdateTokenFromMap(std::map<std::string, int> const& tokens) {
 }
 
 template <typename Value, std::uint32_t Tag>
-CValueParameter<Value, Tag>::CValueParameter() : CParameter(Tag, std::string()) {}
-
-template <typename Value, std::uint32_t Tag>
 CValueParameter<Value, Tag>::CValueParameter(const char* parameterName, Value parameterValue)
-    : CParameter(Tag, parameterName), value(parameterValue) {}
+    : CParameter(Tag, OrEmpty(parameterName)), value(parameterValue) {}
 
 template <typename Value, std::uint32_t Tag>
 CValueParameter<Value, Tag>::CValueParameter(CParameter const* source)
@@ -103,7 +94,7 @@ unsigned long CValueParameter<Value, Tag>::Save(unsigned long, unsigned char* ou
 template <typename Value, std::uint32_t Tag>
 unsigned long CValueParameter<Value, Tag>::Load(std::vector<std::string> const* names,
                                                 unsigned long size, unsigned char const* data) {
-    return codec::Load(*this, names, codec::Bounded(size), data);
+    return codec::Load(*this, names, size, data);
 }
 
 template <typename Value, std::uint32_t Tag>
@@ -125,10 +116,8 @@ template class CValueParameter<bool, tagBool>;
 template class CValueParameter<float, tagFloat>;
 template class CValueParameter<long long, tagSInt64>;
 
-CStringParameter::CStringParameter() : CParameter(tag, std::string()) {}
-
 CStringParameter::CStringParameter(const char* parameterName, const char* parameterValue)
-    : CParameter(tag, parameterName), value(OrEmpty(parameterValue)) {}
+    : CParameter(tag, OrEmpty(parameterName)), value(OrEmpty(parameterValue)) {}
 
 CStringParameter::CStringParameter(CParameter const* source)
     : CStringParameter(SameClass<CStringParameter>(source)) {}
@@ -157,7 +146,7 @@ unsigned long CStringParameter::Save(unsigned long, unsigned char* out) const {
 
 unsigned long CStringParameter::Load(std::vector<std::string> const* names, unsigned long size,
                                      unsigned char const* data) {
-    return codec::Load(*this, names, codec::Bounded(size), data);
+    return codec::Load(*this, names, size, data);
 }
 
 CParameter& CStringParameter::operator=(CParameter& source) {

@@ -4,8 +4,11 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <vector>
+
+#include "utils/ParameterMemory.h"
 
 /// \file
 /// Named, typed values that measure, write and read themselves in a compact binary form.
@@ -48,6 +51,17 @@ enum ParameterTag : std::uint32_t {
 
 /// The token of a parameter whose name is written inline.
 inline constexpr std::uint32_t noToken = 0xFFFFFFFF;
+
+/// What a name's bytes in an image say.
+struct CLoadedName {
+    /// A text of at most this length may stand at the start of as many bytes, all readable: copying
+    /// a fixed number of them is quicker.
+    static constexpr std::size_t shortLength = 15;
+
+    std::uint32_t token = noToken;
+    std::string_view text;
+    bool fPadded = false;
+};
 
 /// A named value of one of ten types.
 class CParameter {
@@ -101,12 +115,19 @@ public:
     void UpdateTokenFromMap(std::map<std::string, int> const& tokens);
 
     /// Parameters that are loaded or copied together share larger pieces of memory.
-    static void* operator new(std::size_t size);
-    static void operator delete(void* memory) noexcept;
+    static void* operator new(std::size_t size) { return AllocateParameterMemory(size); }
+    static void operator delete(void* memory) noexcept { ReleaseParameterMemory(memory); }
 
 protected:
-    CParameter(std::uint32_t parameterType, const char* parameterName);
-    CParameter(std::uint32_t parameterType, std::string const& parameterName);
+    CParameter(std::uint32_t parameterType, std::string_view parameterName)
+        : type(parameterType), name(parameterName) {}
+    [[gnu::always_inline]] CParameter(std::uint32_t parameterType, CLoadedName const& loaded)
+        : type(parameterType),
+          token(loaded.token),
+          name(loaded.fPadded ? std::string(loaded.text.data(), CLoadedName::shortLength)
+                              : std::string(loaded.text)) {
+        if (loaded.fPadded) name.erase(loaded.text.size());
+    }
 };
 
 /// Compares two parameters of any classes. Being an exact match for them, it keeps `a == b` clear
@@ -125,7 +146,10 @@ public:
 
     Value value{};
 
-    CValueParameter();
+    CValueParameter() : CValueParameter(CLoadedName()) {}
+
+    /// The default value under a name from an image.
+    explicit CValueParameter(CLoadedName const& loaded) : CParameter(Tag, loaded) {}
 
     /// A null name leaves the name empty.
     CValueParameter(const char* parameterName, Value parameterValue);
@@ -210,7 +234,10 @@ public:
 
     std::string value;
 
-    CStringParameter();
+    CStringParameter() : CStringParameter(CLoadedName()) {}
+
+    /// The empty string under a name from an image.
+    explicit CStringParameter(CLoadedName const& loaded) : CParameter(tag, loaded) {}
 
     /// A null name or value is an empty one.
     CStringParameter(const char* parameterName, const char* parameterValue);

@@ -1,0 +1,305 @@
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <bit>
+#include <cstdlib>
+#include <limits>
+
+#include "FileIO/FileName.h"
+#include "tests/ByteText.h"
+#include "tests/TemporaryDirectory.h"
+#include "utils/ParameterBlock.h"
+
+namespace {
+
+struct CResult {
+    int status;
+    std::string output;
+    std::string errors;
+};
+
+// Runs the program in a directory of its own.
+class BlockTool : public testing::Test {
+protected:
+    CResult Run(std::string const& arguments) const {
+        const std::string command = "cd '" + m_directory.Path() + "' && '" TAVARIN_PROGRAM "' " +
+                                    arguments + " > out 2> err";
+        const int status = std::system(command.c_str());
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, m_directory.Read("out"),
+                m_directory.Read("err")};
+    }
+
+    void Write(std::string const& name, std::vector<unsigned char> const& bytes) const {
+        m_directory.Write(name, std::string(bytes.begin(), bytes.end()));
+    }
+
+    void Save(CParameterBlock& block, std::string const& name) const {
+        const std::string path = m_directory.File(name);
+        const CFileName file(&path);
+        ASSERT_EQ(0, block.SaveBinarySession("XY", &file));
+    }
+
+    CTemporaryDirectory m_directory;
+};
+
+class TimecodeTool : public BlockTool {};
+
+CParameterBlock Sample() {
+    CParameterBlock code;
+    code.AddParameter("Mod", 1);
+    CParameterBlock block;
+    block.name = "Top";
+    block.AddParameter("Text", "Gap \"between\" \xE2\x82\xAC\n");
+    block.AddParameter("NoUtf8", "\xFF\x80z");
+    block.AddParameter("Code", &code);
+    block.AddParameter("Code", &code);
+    block.AddParameter("", -0.0);
+    block.AddParameter("Tenth", 0.1);
+    block.AddParameter("Tenth", 0.1f);
+    block.AddParameter("NaN", std::numeric_limits<double>::quiet_NaN());
+    block.AddParameter("OtherNaN", std::bit_cast<double>(0xFFF0123456789ABCULL));
+    block.AddParameter("FloatNaN", std::bit_cast<float>(0x7FC00001U));
+    block.AddParameter("Infinite", -std::numeric_limits<float>::infinity());
+    block.AddParameter("Small", std::numeric_limits<double>::denorm_min());
+    block.AddParameter("Min", static_cast<long long>(INT64_MIN));
+    block.AddParameter("Max", ~0ULL);
+    block.AddParameter("Int", INT32_MIN);
+    block.AddParameter("Bool", true);
+    block.AddParameter("Empty", static_cast<const char*>(nullptr));
+    block.AddParameter("\xFF name", 1);
+    return block;
+}
+
+TEST_F(BlockTool, ShowsATreeOfTypesNamesAndValues) {
+    CParameterBlock block = Sample();
+    Save(block, "a.session");
+    const CResult result = Run("block dump a.session");
+    EXPECT_EQ(0, result.status);
+    EXPECT_EQ(
+        "session \"XY\", block \"Top\"\n"
+        "  string \"Text\" = \"Gap \\\"between\\\" \xE2\x82\xAC\\x0A\"\n"
+        "  string \"NoUtf8\" = \"\\xFF\\x80z\"\n"
+        "  block \"Code\"\n"
+        "    int \"Mod\" = 1\n"
+        "  block \"Code\"\n"
+        "    int \"Mod\" = 1\n"
+        "  double \"\" = -0\n"
+        "  double \"Tenth\" = 0.1\n"
+        "  float \"Tenth\" = 0.1\n"
+        "  double \"NaN\" = nan\n"
+        "  double \"OtherNaN\" = -nan\n"
+        "  float \"FloatNaN\" = nan\n"
+        "  float \"Infinite\" = -inf\n"
+        "  double \"Small\" = 5e-324\n"
+        "  int64 \"Min\" = -9223372036854775808\n"
+        "  uint64 \"Max\" = 18446744073709551615\n"
+        "  int \"Int\" = -2147483648\n"
+        "  bool \"Bool\" = true\n"
+        "  string \"Empty\" = \"\"\n"
+        "  int \"\\xFF name\" = 1\n",
+        result.output);
+    EXPECT_EQ(result.output, Run("block dump --id XY a.session").output);
+    EXPECT_EQ(result.output, Run("block dump - < a.session").output);
+}
+
+TEST_F(BlockTool, ComesBackFromJsonByteForByte) {
+    CParameterBlock block = Sample();
+    Save(block, "a.session");
+    EXPECT_EQ(0, Run("block dump --json a.session > a.json").status);
+    EXPECT_EQ(
+        0,
+        Run("block dump --json a.session | '" TAVARIN_PROGRAM "' block pack -o b.session").status);
+    EXPECT_EQ(m_directory.Read("a.session"), m_directory.Read("b.session"));
+    const CResult packed = Run("block dump --json b.session");
+    m_directory.Write("b.json", packed.output);
+    EXPECT_EQ(m_directory.Read("a.session"), Run("block pack b.json -o -").output);
+}
+
+TEST_F(BlockTool, WorksOnBareImages) {
+    Write("bare", Bytes("02000000 02000000 01000000 41 05000000 0B000000"));
+    EXPECT_EQ("bare block\n  int \"A\" = 5\n  unknown\n", Run("block dump --bare bare").output);
+    EXPECT_EQ(0, Run("block dump --bare --json bare > bare.json").status);
+    m_directory.Write("bare.json", Run("block dump --bare --json bare").output);
+    EXPECT_EQ(0, Run("block pack bare.json -o again").status);
+    const std::string again = m_directory.Read("again");
+    EXPECT_EQ(Bytes("01000000 02000000 01000000 41 05000000"),
+              std::vector<unsigned char>(again.begin(), again.end()));
+}
+
+TEST_F(BlockTool, MapsEveryByte) {
+    CParameterBlock block;
+    block.AddParameter("A", 5);
+    Save(block, "a.session");
+    const CResult result = Run("block dump --bytes a.session");
+    EXPECT_EQ(0, result.status);
+    EXPECT_EQ(
+        "     0  58 59 00                    identifier \"XY\" and a zero byte\n"
+        "     3  64 00 00 00                 version 100\n"
+        "     7  02 00 00 00                 size of the names 2\n"
+        "    11  01 00 00 00                 number of names 1\n"
+        "    15  41 00                       name 1, \"A\"\n"
+        "    17  00                          token 0, \"\"\n"
+        "    18  01 00 00 00                 number of entries 1\n"
+        "    22  02 00 00 00                 type 2, int\n"
+        "    26  01                          token 1, \"A\"\n"
+        "    27  05 00 00 00                 value 5\n",
+        result.output);
+}
+
+TEST_F(BlockTool, MapsDamagedImagesAsFarAsTheyGo) {
+    CParameterBlock block = Sample();
+    Save(block, "a.session");
+    const std::string image = m_directory.Read("a.session");
+    for (std::size_t size = 3; size < image.size(); size += 7) {
+        m_directory.Write("cut", image.substr(0, size));
+        const CResult result = Run("block dump --bytes cut");
+        EXPECT_EQ(1, result.status) << size;
+        EXPECT_NE(std::string::npos, result.output.find("the map ends here")) << size;
+    }
+}
+
+TEST_F(BlockTool, TellsWhatIsWrongWithAnImage) {
+    CParameterBlock block = Sample();
+    Save(block, "a.session");
+    m_directory.Write("cut", m_directory.Read("a.session").substr(0, 260));
+    const CResult cut = Run("block dump cut");
+    EXPECT_EQ(1, cut.status);
+    EXPECT_NE(std::string::npos, cut.output.find("string \"Text\""));
+    EXPECT_NE(std::string::npos, cut.errors.find("the body is damaged"));
+
+    m_directory.Write("text", "no image");
+    EXPECT_EQ(1, Run("block dump text").status);
+    EXPECT_NE(std::string::npos, Run("block dump text").errors.find("--bare"));
+    EXPECT_EQ(1, Run("block dump --id QQ a.session").status);
+    EXPECT_EQ(1, Run("block dump --bare a.session").status);
+}
+
+TEST_F(BlockTool, TellsWhatItCannotOpen) {
+    EXPECT_EQ(2, Run("block dump missing").status);
+    EXPECT_NE(std::string::npos, Run("block dump missing").errors.find("cannot open \"missing\""));
+    EXPECT_EQ(2, Run("block dump .").status);
+    EXPECT_EQ(2, Run("block dump").status);
+    EXPECT_EQ(2, Run("block dump --bare --id XY x").status);
+}
+
+TEST_F(BlockTool, LeavesTheOldFileWhenItCannotPack) {
+    m_directory.Write("old.session", "old");
+    m_directory.Write("nameless.json",
+                      R"({"format":"session","id":"XY","name":"","parameters":[]})");
+    EXPECT_EQ(1, Run("block pack nameless.json -o old.session").status);
+    m_directory.Write("identity.json", R"({"format":"bare","parameters":[
+        {"type":"fileId","name":"A","value":[1,2]}]})");
+    EXPECT_EQ(1, Run("block pack identity.json -o old.session").status);
+    EXPECT_EQ("old", m_directory.Read("old.session"));
+    EXPECT_EQ(2, Run("block pack identity.json -o").status);
+}
+
+TEST_F(BlockTool, RefusesJsonThatIsNoBlock) {
+    const std::vector<std::string> entries{
+        R"({"type":"int","name":"A","value":2147483648})",
+        R"({"type":"int","name":"A","value":-2147483649})",
+        R"({"type":"int","name":"A","value":1.5})",
+        R"({"type":"uint64","name":"A","value":-1})",
+        R"({"type":"int64","name":"A","value":9223372036854775808})",
+        R"({"type":"double","name":"A","value":"number"})",
+        R"({"type":"float","name":"A","value":1e300})",
+        R"({"type":"double","name":"A","value":"nan:123"})",
+        R"({"type":"bool","name":"A","value":1})",
+        R"({"type":"string","name":"A","value":{"hex":"1"}})",
+        R"({"type":"string","name":"A","value":{"hex":"zz"}})",
+        R"({"type":"colour","name":"A","value":1})",
+        R"({"type":"int","value":1})",
+        R"({"type":"block","name":"A","parameters":{}})",
+        R"({"type":"block","name":"A"})",
+        "5",
+    };
+    for (std::string const& entry : entries) {
+        m_directory.Write("bad.json", R"({"format":"bare","parameters":[)" + entry + "]}");
+        EXPECT_EQ(1, Run("block pack bad.json -o out.block").status) << entry;
+        EXPECT_FALSE(m_directory.Has("out.block")) << entry;
+    }
+    m_directory.Write("bad.json", "{");
+    EXPECT_EQ(1, Run("block pack bad.json -o out.block").status);
+}
+
+TEST_F(BlockTool, ShowsNoDifferenceBetweenEqualFiles) {
+    CParameterBlock block = Sample();
+    Save(block, "a.session");
+    const CResult result = Run("block diff a.session a.session");
+    EXPECT_EQ(0, result.status);
+    EXPECT_EQ("", result.output);
+}
+
+TEST_F(BlockTool, ShowsDifferences) {
+    CParameterBlock first = Sample();
+    Save(first, "a.session");
+    CParameterBlock second = Sample();
+    CParameterBlock* code = nullptr;
+    CParameterBlock::position where{};
+    ASSERT_TRUE(second.FindFirstParameter("Code", &code, &where));
+    ASSERT_TRUE(second.FindNextParameter("Code", &code, &where));
+    static_cast<CIntParameter*>(code->parameters[0])->value = 2;
+    std::swap(second.parameters[0], second.parameters[1]);
+    delete second.parameters.back();
+    second.parameters.pop_back();
+    second.AddParameter("New", 7LL);
+    second.name = "Summit";
+    Save(second, "b.session");
+    const CResult result = Run("block diff a.session b.session");
+    EXPECT_EQ(1, result.status);
+    EXPECT_EQ(
+        "~ name \"Top\" -> \"Summit\"\n"
+        "- /\"\\xFF name\" int 1\n"
+        "+ /\"New\" int64 7\n"
+        "~ order of the entries of /\n"
+        "~ /\"Code\"[1]/\"Mod\" int 1 -> 2\n",
+        result.output);
+    EXPECT_EQ(2, Run("block diff a.session missing").status);
+}
+
+TEST_F(BlockTool, CopesWithBlocksThatNestVeryDeep) {
+    constexpr int depth = 20000;
+    std::vector<unsigned char> image = Bytes("01000000");
+    const std::vector<unsigned char> level = Bytes("06000000 01000000 41 01000000");
+    for (int i = 0; i < depth; ++i) image.insert(image.end(), level.begin(), level.end());
+    const std::vector<unsigned char> leaf = Bytes("07000000 01000000 42 01");
+    image.insert(image.end(), leaf.begin(), leaf.end());
+    Write("deep", image);
+    EXPECT_EQ(0, Run("block dump --bare deep").status);
+    EXPECT_EQ(0, Run("block dump --bare --bytes deep").status);
+    m_directory.Write("deep.json", Run("block dump --bare --json deep").output);
+    EXPECT_EQ(0, Run("block pack deep.json -o again").status);
+    EXPECT_EQ(m_directory.Read("deep"), m_directory.Read("again"));
+    EXPECT_EQ(0, Run("block diff --bare deep again").status);
+}
+
+TEST_F(TimecodeTool, ShowsATimeCode) {
+    EXPECT_EQ("samples   96000\nframes    50\ntimecode  00:00:02:00\n",
+              Run("timecode 96000").output);
+    EXPECT_EQ("samples   96000\nframes    50\ntimecode  00:00:02:00\n", Run("timecode 50f").output);
+    EXPECT_EQ("samples   175751040\nframes    91537\ntimecode  01:01:01:12\n",
+              Run("timecode 01:01:01:12").output);
+    EXPECT_EQ("samples   88200\nframes    48\ntimecode  00:00:02:00\n",
+              Run("timecode 00:00:02:00 -r 44100 -f 24").output);
+}
+
+TEST_F(TimecodeTool, CountsDropFrame) {
+    EXPECT_EQ("samples   28799971.2\nframes    17982\ntimecode  00:10:00;00\n",
+              Run("timecode 00:10:00:00 --fps 30000/1001 --drop").output);
+    EXPECT_EQ("samples   28799971.2\nframes    17982\ntimecode  00:10:00;00\n",
+              Run("timecode '00:10:00;00' --fps 30000/1001 --drop").output);
+}
+
+TEST_F(TimecodeTool, TellsWhatIsNoPosition) {
+    EXPECT_EQ(1, Run("timecode 25:00:00:00").status);
+    EXPECT_EQ(1, Run("timecode 00:61:00:00").status);
+    EXPECT_EQ(1, Run("timecode 00:00:00").status);
+    EXPECT_EQ(1, Run("timecode 00:00:00:00:00").status);
+    EXPECT_EQ(2, Run("timecode soon").status);
+    EXPECT_EQ(2, Run("timecode nan").status);
+    EXPECT_EQ(2, Run("timecode 0 --fps 0").status);
+    EXPECT_EQ(2, Run("timecode 0 --fps 25/0").status);
+    EXPECT_EQ(2, Run("timecode 0 --rate fast").status);
+}
+
+}  // namespace

@@ -1,0 +1,127 @@
+#include "tools/BlockCommands.h"
+
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+
+#include "tools/BlockByteMap.h"
+#include "tools/BlockDiff.h"
+#include "tools/BlockDocument.h"
+#include "tools/BlockJson.h"
+#include "tools/BlockText.h"
+#include "tools/InputOutput.h"
+
+namespace {
+
+struct CDumpOptions {
+    CBlockForm form;
+    std::string strFile;
+    bool fJson = false;
+    bool fBytes = false;
+};
+
+struct CPackOptions {
+    std::string strFile = "-";
+    std::string strOutput;
+};
+
+struct CDiffOptions {
+    CBlockForm form;
+    std::string strFirst, strSecond;
+};
+
+void AddFormOptions(CLI::App& command, CBlockForm& form) {
+    auto* bare = command.add_flag("--bare", form.fBare, "The file is a bare image: no header");
+    command
+        .add_option_function<std::string>(
+            "--id",
+            [&form](std::string const& id) {
+                form.fIdGiven = true;
+                form.strId = id;
+            },
+            "The format identifier (default: the file's bytes up to the first zero byte)")
+        ->excludes(bare);
+}
+
+void Dump(CDumpOptions const& options) {
+    const std::string image = ReadInput(options.strFile);
+    if (options.fBytes) {
+        const std::string id =
+            options.form.fBare ? "" : IdentifierOf(options.form, image, options.strFile);
+        if (!WriteByteMap(std::cout, image, options.form.fBare ? nullptr : &id))
+            Fail(exitNegative, Quoted(options.strFile) + " is not one whole image");
+        return;
+    }
+    CBlockDocument document;
+    const std::string fault = LoadImage(options.form, image, options.strFile, document);
+    if (options.fJson)
+        WriteJson(std::cout, document);
+    else
+        WriteTree(std::cout, document);
+    if (!fault.empty()) Fail(exitNegative, Quoted(options.strFile) + ": " + fault);
+}
+
+void Pack(CPackOptions const& options) {
+    CBlockDocument document;
+    const std::string fault = ReadJson(ReadInput(options.strFile), document);
+    if (!fault.empty())
+        Fail(exitNegative,
+             Quoted(options.strFile) +
+                 " is not a block in JSON as `tavarin block dump --json` writes it: " + fault);
+    WriteOutput(options.strOutput, MakeImage(document));
+}
+
+void LoadWhole(CBlockForm const& form, std::string const& path, CBlockDocument& document) {
+    const std::string fault = LoadImage(form, ReadInput(path), path, document);
+    if (!fault.empty())
+        Fail(exitTrouble, Quoted(path) + ": " + fault + "; `tavarin block dump` shows it");
+}
+
+void Diff(CDiffOptions const& options) {
+    CBlockDocument first, second;
+    LoadWhole(options.form, options.strFirst, first);
+    LoadWhole(options.form, options.strSecond, second);
+    if (!WriteDiff(std::cout, first, second)) throw CLI::RuntimeError(exitNegative);
+}
+
+void AddDump(CLI::App& block) {
+    auto options = std::make_shared<CDumpOptions>();
+    CLI::App* dump = block.add_subcommand("dump", "Show the parameters of a file");
+    dump->add_option("FILE", options->strFile, "A session file or image; - for standard input")
+        ->required();
+    AddFormOptions(*dump, options->form);
+    auto* json = dump->add_flag("--json", options->fJson, "As JSON, which `pack` turns back");
+    dump->add_flag("--bytes", options->fBytes, "As a map of the bytes and what they mean")
+        ->excludes(json);
+    dump->callback([options] { Dump(*options); });
+}
+
+void AddPack(CLI::App& block) {
+    auto options = std::make_shared<CPackOptions>();
+    CLI::App* pack = block.add_subcommand("pack", "Make a file from what `dump --json` shows");
+    pack->add_option("JSON", options->strFile, "The JSON file (default: standard input)");
+    pack->add_option("-o,--output", options->strOutput,
+                     "The file to make; - for standard output. It is replaced whole or not at all")
+        ->required();
+    pack->callback([options] { Pack(*options); });
+}
+
+void AddDiff(CLI::App& block) {
+    auto options = std::make_shared<CDiffOptions>();
+    CLI::App* diff = block.add_subcommand(
+        "diff", "Show how two files differ; the exit status is 1 when they do, else 0");
+    diff->add_option("A", options->strFirst, "The first file")->required();
+    diff->add_option("B", options->strSecond, "The second file")->required();
+    AddFormOptions(*diff, options->form);
+    diff->callback([options] { Diff(*options); });
+}
+
+}  // namespace
+
+void AddBlockCommands(CLI::App& app) {
+    CLI::App* block = app.add_subcommand("block", "Show, make and compare session files");
+    block->require_subcommand(1);
+    AddDump(*block);
+    AddPack(*block);
+    AddDiff(*block);
+}

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <iosfwd>
+#include <string>
+
+#include "tools/BlockDocument.h"
+
+/// Parameter blocks as JSON, losslessly.
+///
+/// The document is an object with "format" ("session" or "bare"), "id" and "name" (sessions) and
+/// "parameters": objects with "type", "name" and "value", or "parameters" for a block. The types
+/// are string, int, double, uint64, fileId, block, bool, float, int64 and, for an entry whose type
+/// is not known, unknown. Text that is no UTF-8 stands as {"hex": "..."}; numbers that JSON lacks
+/// as "inf",
+/// "-inf", "nan" or "nan:<bits in hexadecimal>"; a file identity as two numbers.
+
+void WriteJson(std::ostream& out, CBlockDocument const& document);
+
+/// Reads what WriteJson writes. Entries of unknown type are left out: no image can hold them.
+/// Returns an empty text, or what is wrong and where.
+std::string ReadJson(std::string const& text, CBlockDocument& document);
