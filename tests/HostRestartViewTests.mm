@@ -17,6 +17,13 @@ protected:
         m_host.emplace(Strings{TAVARIN_HOST_PROGRAM, "--quiet", "--tracks", strTracks},
                        m_directory.File("host.out"), m_directory.File("host.err"));
     }
+    // A host that starts again removes what a killed one left, and one that is told to stop removes
+    // its own.
+    void TearDown() override {
+        if (!m_host) StartHost("Guide");
+        StopHost(SIGTERM);
+        CViewTest::TearDown();
+    }
     void StopHost(int nSignal) {
         m_host->Signal(nSignal);
         m_host->Wait();

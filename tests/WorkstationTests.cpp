@@ -17,6 +17,13 @@ using Strings = std::vector<std::string>;
 
 class Workstation : public testing::Test {
 protected:
+    // A killed host would look alive to the next test for as long as its last heartbeat is fresh.
+    void TearDown() override {
+        if (!m_host) return;
+        m_host->Signal(SIGTERM);
+        EXPECT_EQ(m_host->Wait(), 0);
+    }
+
     void StartHost() {
         m_host.emplace(Strings{TAVARIN_HOST_PROGRAM, "--quiet", "--tracks", "Guide,Dub,Out,Double"},
                        m_directory.File("host.out"), m_directory.File("host.err"));
