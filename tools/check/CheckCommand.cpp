@@ -27,15 +27,25 @@ const char* NameOf(Verdict verdict) {
     return "";
 }
 
-void PrintReport(RuleReport const& report) {
-    std::string strLine = std::string("  ") + NameOf(report.finding.verdict);
-    strLine.resize(kRuleColumn, ' ');
-    strLine += report.strRule;
-    const std::string strSeen = "(" + report.finding.strSeen + ")";
-    const bool fFits = strLine.size() + 1 + strSeen.size() <= kLineWidth;
-    std::printf("%s%s%s\n", strLine.c_str(),
-                fFits ? " " : ("\n" + std::string(kRuleColumn, ' ')).c_str(), strSeen.c_str());
-}
+// Prints each rule as soon as it is judged.
+class CTextReport {
+public:
+    void operator()(RuleReport const& report) {
+        if (report.strGroup != m_strGroup) std::printf("%s\n", report.strGroup.c_str());
+        m_strGroup = report.strGroup;
+        std::string strLine = std::string("  ") + NameOf(report.finding.verdict);
+        strLine.resize(kRuleColumn, ' ');
+        strLine += report.strRule;
+        const std::string strSeen = "(" + report.finding.strSeen + ")";
+        const bool fFits = strLine.size() + 1 + strSeen.size() <= kLineWidth;
+        const std::string strGap = fFits ? " " : "\n" + std::string(kRuleColumn, ' ');
+        std::printf("%s%s%s\n", strLine.c_str(), strGap.c_str(), strSeen.c_str());
+        std::fflush(stdout);
+    }
+
+private:
+    std::string m_strGroup;
+};
 
 std::map<Verdict, int> CountVerdicts(std::vector<RuleReport> const& reports) {
     std::map<Verdict, int> counts;
@@ -43,13 +53,7 @@ std::map<Verdict, int> CountVerdicts(std::vector<RuleReport> const& reports) {
     return counts;
 }
 
-void PrintText(std::vector<RuleReport> const& reports) {
-    std::string strGroup;
-    for (RuleReport const& report : reports) {
-        if (report.strGroup != strGroup) std::printf("%s\n", report.strGroup.c_str());
-        strGroup = report.strGroup;
-        PrintReport(report);
-    }
+void PrintTotal(std::vector<RuleReport> const& reports) {
     std::map<Verdict, int> counts = CountVerdicts(reports);
     std::printf("%zu rules: %d passed, %d failed, %d not tried.\n", reports.size(),
                 counts[Verdict::Pass], counts[Verdict::Fail], counts[Verdict::NotTried]);
@@ -93,8 +97,14 @@ void AddCheckCommand(CLI::App& app) {
         ->check(CLI::Range(100, 3'600'000))
         ->capture_default_str();
     pCommand->callback([pOptions, pJson] {
-        const std::vector<RuleReport> reports = CheckHost(*pOptions);
-        (*pJson ? PrintJson : PrintText)(reports);
+        std::vector<RuleReport> reports;
+        if (*pJson) {
+            reports = CheckHost(*pOptions);
+            PrintJson(reports);
+        } else {
+            reports = CheckHost(*pOptions, CTextReport());
+            PrintTotal(reports);
+        }
         const bool fFailed = std::any_of(reports.begin(), reports.end(), [](auto const& report) {
             return report.finding.verdict == Verdict::Fail;
         });

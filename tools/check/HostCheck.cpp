@@ -30,7 +30,8 @@ Finding TryWithPatience(Rule const& rule, std::shared_ptr<CCheckedHost> const& p
 
 }  // namespace
 
-std::vector<RuleReport> CheckHost(HostCheckOptions const& options) {
+std::vector<RuleReport> CheckHost(HostCheckOptions const& options,
+                                  std::function<void(RuleReport const&)> const& onReport) {
     const RuleGroup groups[] = {{"Finding the host", DiscoveryRules()},
                                 {"The message segment", SegmentRules()},
                                 {"Exchanges", ExchangeRules()},
@@ -51,6 +52,7 @@ std::vector<RuleReport> CheckHost(HostCheckOptions const& options) {
             }
             if (finding.verdict == Verdict::Pass) passed.insert(rule.szName);
             reports.push_back({group.szTitle, rule.szName, rule.szRule, std::move(finding)});
+            onReport(reports.back());
         }
     }
     return reports;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -16,5 +17,8 @@ struct RuleReport {
 
 /// Tries every rule on whatever host is running, in order. A rule whose forerunner did not pass is
 /// not tried. When one takes longer than the patience the host counts as hanging: the rest is not
-/// tried, and a thread stays behind that still waits for the host.
-std::vector<RuleReport> CheckHost(HostCheckOptions const& options);
+/// tried, and a thread stays behind that still waits for the host. `onReport` is
+/// told of each rule at once.
+std::vector<RuleReport> CheckHost(
+    HostCheckOptions const& options,
+    std::function<void(RuleReport const&)> const& onReport = [](RuleReport const&) {});
