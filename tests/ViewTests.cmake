@@ -66,3 +66,16 @@ if(TARGET tavarin-host AND TARGET tavarin-workstation)
     add_dependencies(WorkstationTests tavarin-host tavarin-workstation)
     tavarin_register_view_test(WorkstationTests)
 endif()
+
+if(TARGET tavarin-host AND TARGET show-view)
+    add_executable(PluginExampleTests PluginExampleTests.cpp)
+    target_link_libraries(PluginExampleTests PRIVATE
+        tavarin_link_test_main PkgConfig::SNDFILE tavarin_warnings)
+    target_compile_definitions(PluginExampleTests PRIVATE
+        TAVARIN_BUNDLE="${tavarin_bundle}"
+        TAVARIN_HOST_PROGRAM="$<TARGET_FILE:tavarin-host>"
+        TAVARIN_MINIMAL_HOST="$<TARGET_FILE:minimal-host>"
+        TAVARIN_SHOW_VIEW="$<TARGET_FILE:show-view>")
+    add_dependencies(PluginExampleTests tavarin-host minimal-host show-view)
+    tavarin_register_view_test(PluginExampleTests)
+endif()

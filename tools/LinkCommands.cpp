@@ -165,9 +165,7 @@ void AddRender(CLI::App& link, OptionsPointer options) {
         if (!client.RenderSelectedRegion(session.IsAudioSuite(), *pRate, &lStart, &lEnd)) {
             session.Fail("the host rendered nothing");
         }
-        if (!client.m_strLastError.empty()) {
-            std::fprintf(stderr, "tavarin: %s\n", client.m_strLastError.c_str());
-        }
+        session.Warn();
         session.Print(client.m_strRegionInfo,
                       json{{"start", lStart}, {"end", lEnd}, {"info", client.m_strRegionInfo}});
     });

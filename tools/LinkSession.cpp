@@ -35,6 +35,7 @@ std::string CLinkSession::Run(std::string script, int nTimeoutMs) {
     const int id = RequireHost();
     std::string strReply;
     const int nStatus = m_client.SendTANMessage(id, script, strReply, nTimeoutMs);
+    m_notice.End();
     if (nStatus != 0) Fail(DescribeStatus(nStatus));
     if (!m_client.m_strLastError.empty()) std::fputs(strReply.c_str(), stdout);
     RequireNoError();
@@ -42,6 +43,7 @@ std::string CLinkSession::Run(std::string script, int nTimeoutMs) {
 }
 
 void CLinkSession::Fail(std::string const& strWhat) {
+    m_notice.End();
     if (m_client.m_strLastError.empty()) ::Fail(exitNegative, strWhat);
     std::string strAdvice = m_client.m_strAdvice;
     const bool fNoSession = strAdvice.empty() && m_client.GetCurrentIdFromMainDirectory() == 0;
@@ -54,7 +56,14 @@ void CLinkSession::RequireNoError() {
     if (!m_client.m_strLastError.empty()) Fail("");
 }
 
-void CLinkSession::Print(std::string const& strText, nlohmann::json const& json) const {
+void CLinkSession::Warn() {
+    m_notice.End();
+    if (m_client.m_strLastError.empty()) return;
+    std::fprintf(stderr, "tavarin: %s\n", m_client.m_strLastError.c_str());
+}
+
+void CLinkSession::Print(std::string const& strText, nlohmann::json const& json) {
+    m_notice.End();
     if (m_options.m_fJson) {
         std::printf("%s\n",
                     json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "link/TANClientInterProcess.h"
+#include "tools/WaitNotice.h"
 
 /// What every `tavarin link` command is given on its command line.
 struct CLinkOptions {
@@ -38,10 +39,14 @@ public:
     /// Ends the command when the client holds an error text, as after a script that failed.
     void RequireNoError();
 
+    /// Prints the client's text as a warning, if it holds one.
+    void Warn();
+
     /// Prints `strText`, or `json` when the user asked for it.
-    void Print(std::string const& strText, nlohmann::json const& json) const;
+    void Print(std::string const& strText, nlohmann::json const& json);
 
 private:
     CLinkOptions const& m_options;
+    CWaitNotice m_notice;
     CTANClientInterProcess m_client;
 };

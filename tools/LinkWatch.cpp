@@ -1,40 +1,27 @@
 #include "tools/LinkWatch.h"
 
+#include <sys/ioctl.h>
+#include <unistd.h>
+
 #include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <thread>
 
+#include "tools/LinkMonitor.h"
+#include "tools/LinkScreen.h"
+
 namespace {
 
-constexpr int kTrackListTimeoutMs = 1000;
 constexpr std::chrono::milliseconds kPeriod{200};
+constexpr int kLooksPerQuestion = 5;
+constexpr std::size_t kUsualColumns = 80;
+constexpr std::size_t kUsualRows = 24;
 
 volatile std::sig_atomic_t g_fInterrupted = 0;
 
 void Interrupt(int) {
     g_fInterrupted = 1;
-}
-
-// What is shown; two equal views are shown once.
-struct LinkView {
-    int nHost = -1;
-    std::string strError;
-    std::string strAdvice;
-    std::vector<std::string> tracks;
-
-    bool operator==(LinkView const&) const = default;
-};
-
-LinkView Look(CTANClientInterProcess& client, bool fAudioSuite) {
-    LinkView view;
-    view.nHost = client.GetCurrentTANHost();
-    if (view.nHost > 0) {
-        client.ListTracksWithTimeout(fAudioSuite, &view.tracks, kTrackListTimeoutMs);
-    }
-    view.strError = client.m_strLastError;
-    view.strAdvice = client.m_strAdvice;
-    return view;
 }
 
 void ShowText(LinkView const& view) {
@@ -55,25 +42,62 @@ void ShowJson(LinkView const& view) {
                 json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
 }
 
+// Takes the terminal's second screen and gives the first one back, with its cursor.
+class CLiveScreen {
+public:
+    CLiveScreen() { std::fputs("\x1b[?1049h\x1b[?25l", stdout); }
+    ~CLiveScreen() {
+        std::fputs("\x1b[?25h\x1b[?1049l", stdout);
+        std::fflush(stdout);
+    }
+    CLiveScreen(CLiveScreen const&) = delete;
+    CLiveScreen& operator=(CLiveScreen const&) = delete;
+
+    static void Draw(CLinkMonitor const& monitor) {
+        winsize size{};
+        const bool fKnown = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_row > 0;
+        std::fputs("\x1b[H", stdout);
+        for (std::string const& strLine :
+             DrawLinkScreen(monitor, fKnown ? size.ws_col : kUsualColumns,
+                            (fKnown ? size.ws_row : kUsualRows) - 1U)) {
+            std::printf("%s\x1b[K\r\n", strLine.c_str());
+        }
+        std::fputs("\x1b[J", stdout);
+        std::fflush(stdout);
+    }
+};
+
+void WatchLive(CLinkMonitor& monitor) {
+    const CLiveScreen screen;
+    for (int nLook = 0; !g_fInterrupted; ++nLook) {
+        monitor.Look();
+        if (nLook % kLooksPerQuestion == 0) monitor.Ask();
+        CLiveScreen::Draw(monitor);
+        std::this_thread::sleep_for(kPeriod);
+    }
+}
+
+void WatchPlainly(CLinkMonitor& monitor, void (*show)(LinkView const&)) {
+    while (!g_fInterrupted) {
+        if (monitor.Look()) {
+            show(monitor.View());
+            std::fflush(stdout);
+        }
+        std::this_thread::sleep_for(kPeriod);
+    }
+}
+
 }  // namespace
 
 void WatchLink(CLinkOptions const& options) {
     std::signal(SIGINT, Interrupt);
     std::signal(SIGTERM, Interrupt);
-    CTANClientInterProcess client;
-    LinkView shown;
-    bool fShownOnce = false;
-    while (!g_fInterrupted) {
-        const int nHost = client.GetCurrentIdFromMainDirectory();
-        if (!fShownOnce || client.NeedsUpdate() || nHost != shown.nHost) {
-            LinkView view = Look(client, options.m_fAudioSuite);
-            if (!fShownOnce || view != shown) {
-                (options.m_fJson ? ShowJson : ShowText)(view);
-                std::fflush(stdout);
-            }
-            shown = std::move(view);
-            fShownOnce = true;
-        }
-        std::this_thread::sleep_for(kPeriod);
+    CLinkMonitor monitor(options.m_fAudioSuite);
+    if (options.m_fJson) {
+        WatchPlainly(monitor, ShowJson);
+    } else if (isatty(STDOUT_FILENO)) {
+        WatchLive(monitor);
+    } else {
+        WatchPlainly(monitor, ShowText);
     }
 }

@@ -5,6 +5,7 @@
 #include "tools/LinkCommands.h"
 #include "tools/SchemeCommand.h"
 #include "tools/TimecodeCommands.h"
+#include "tools/check/CheckCommand.h"
 
 int main(int argc, char** argv) {
     CLI::App app{"The Tavarin Pro link, its session files and its time code, from a terminal."};
@@ -12,6 +13,7 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", TAVARIN_VERSION);
     app.require_subcommand(1);
     AddLinkCommands(app);
+    AddCheckCommand(app);
     AddBlockCommands(app);
     AddTimecodeCommands(app);
     AddSchemeCommand(app, argv[0]);

@@ -1,0 +1,25 @@
+// The examples that people begin with, run as they are told to run them.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "ChildProcess.h"
+#include "TemporaryDirectory.h"
+
+namespace {
+
+TEST(SchemeExample, MakesASchemeAndItsPicture) {
+    CTemporaryDirectory directory;
+    setenv("TAVARIN_SCHEME", TAVARIN_SCHEME_PROGRAM, 1);
+    CChildProcess example({"/bin/sh", TAVARIN_EXAMPLES "/scheme/make-dusk", directory.Path()},
+                          directory.File("out"), directory.File("err"));
+    ASSERT_EQ(example.Wait(), 0) << directory.Read("err");
+    EXPECT_TRUE(directory.Has("dusk.scheme"));
+    EXPECT_NE(directory.Read("dusk.svg").find("<svg"), std::string::npos);
+    EXPECT_NE(directory.Read("out").find("ccTrackBackground: #111111 -> #0f0d1a"),
+              std::string::npos)
+        << directory.Read("out");
+}
+
+}  // namespace

@@ -1,0 +1,272 @@
+// The judgement of hosts, by good ones, minimal ones and ones that are wrong in one way each.
+
+#include "tools/check/HostCheck.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <optional>
+
+#include "ChildProcess.h"
+#include "PeerHost.h"
+#include "TemporaryDirectory.h"
+#include "link/LinkClock.h"
+
+namespace {
+
+using Strings = std::vector<std::string>;
+
+HostCheckOptions QuickOptions() {
+    HostCheckOptions options;
+    options.nHeartbeatMs = 300;
+    return options;
+}
+
+Strings Named(std::vector<RuleReport> const& reports, Verdict verdict) {
+    Strings names;
+    for (RuleReport const& report : reports) {
+        if (report.finding.verdict == verdict) names.push_back(report.strName);
+    }
+    return names;
+}
+
+std::string Seen(std::vector<RuleReport> const& reports) {
+    std::string strAll;
+    for (RuleReport const& report : reports) {
+        strAll += report.strName + ": " + report.finding.strSeen + "\n";
+    }
+    return strAll;
+}
+
+Finding FindingOf(std::string const& strName, std::vector<RuleReport> const& reports) {
+    const auto report = std::find_if(reports.begin(), reports.end(),
+                                     [&](auto const& each) { return each.strName == strName; });
+    return report == reports.end() ? Failed("no such rule") : report->finding;
+}
+
+// Programs that play the host.
+class HostCheck : public testing::Test {
+protected:
+    void TearDown() override {
+        if (!m_host) return;
+        m_host->Signal(SIGTERM);
+        EXPECT_EQ(m_host->Wait(), 0) << m_directory.Read("host.err");
+    }
+    void Start(Strings const& arguments) {
+        m_host.emplace(arguments, m_directory.File("host.out"), m_directory.File("host.err"));
+        CTANClientInterProcess client;
+        for (int nTry = 0; nTry < 500; ++nTry) {
+            if (client.GetCurrentIdFromMainDirectory() >= 0) return;
+            usleep(10'000);
+        }
+        FAIL() << "the host did not start: " << m_directory.Read("host.err");
+    }
+    // What the example hosts leave out, and nothing else.
+    void ExpectOnlyCommandsAreMissing() {
+        const std::vector<RuleReport> reports = CheckHost(QuickOptions());
+        EXPECT_EQ(Named(reports, Verdict::Fail), (Strings{"offset", "scratch"})) << Seen(reports);
+        EXPECT_EQ(FindingOf("offset", reports).strSeen,
+                  "0.000000, \"this host does not know that script\"");
+        EXPECT_EQ(FindingOf("clients", reports).strSeen, "100 of 100 from 4 clients");
+        EXPECT_EQ(FindingOf("list-script", reports).verdict, Verdict::Pass);
+        EXPECT_EQ(FindingOf("capture", reports).strSeen, "needs not-duplicate");
+    }
+
+    CTemporaryDirectory m_directory;
+    std::optional<CChildProcess> m_host;
+};
+
+TEST_F(HostCheck, NothingIsTriedWithoutAHost) {
+    const std::vector<RuleReport> reports = CheckHost(QuickOptions());
+    EXPECT_EQ(Named(reports, Verdict::Fail), Strings{"directory-exists"});
+    EXPECT_TRUE(Named(reports, Verdict::Pass).empty());
+}
+
+TEST_F(HostCheck, ReferenceHostPassesEveryRuleAndIsLeftAsItWas) {
+    Start({TAVARIN_HOST_PROGRAM, "--quiet", "--tracks", "In use,A,B,C"});
+    HostCheckOptions options = QuickOptions();
+    options.tracks = {1, 2, 3};
+    for (int nTurn = 0; nTurn < 2; ++nTurn) {
+        const std::vector<RuleReport> reports = CheckHost(options);
+        EXPECT_EQ(Named(reports, Verdict::Fail), Strings{}) << Seen(reports);
+        EXPECT_EQ(FindingOf("export", reports).verdict, Verdict::Pass);
+        EXPECT_EQ(FindingOf("clear", reports).strSeen, "regions left: 0 0 0");
+    }
+}
+
+TEST_F(HostCheck, TracksInUseAreLeftAlone) {
+    Start({TAVARIN_HOST_PROGRAM, "--quiet", "--tracks", "A,B"});
+    const std::vector<RuleReport> reports = CheckHost(QuickOptions());
+    EXPECT_EQ(FindingOf("scratch", reports).verdict, Verdict::Fail) << "there is no third track";
+    EXPECT_EQ(FindingOf("capture", reports).verdict, Verdict::NotTried);
+    EXPECT_EQ(FindingOf("clear", reports).verdict, Verdict::NotTried);
+}
+
+TEST_F(HostCheck, WithoutASessionOnlyTheDirectoryIsJudged) {
+    Start({TAVARIN_HOST_PROGRAM, "--quiet", "--no-session"});
+    const std::vector<RuleReport> reports = CheckHost(QuickOptions());
+    EXPECT_EQ(Named(reports, Verdict::Fail), Strings{});
+    EXPECT_EQ(FindingOf("host-id", reports).strSeen,
+              "id 0: no session is selected; select one and run this again");
+}
+
+TEST_F(HostCheck, MinimalHostLacksOnlyCommands) {
+    Start({TAVARIN_MINIMAL_HOST});
+    ExpectOnlyCommandsAreMissing();
+}
+
+TEST_F(HostCheck, MinimalHostInPythonLacksOnlyCommands) {
+    if (std::string(TAVARIN_PYTHON).empty()) GTEST_SKIP() << "no Python 3";
+    Start({TAVARIN_PYTHON, TAVARIN_MINIMAL_HOST_SCRIPT});
+    ExpectOnlyCommandsAreMissing();
+}
+
+// A host of the test's own, wrong in one way.
+class WrongHost : public testing::Test {
+protected:
+    WrongHost() {
+        m_host.AnswerWith([this](std::string const& strScript) { return Answer(strScript); });
+    }
+
+    // Runs scripts that print texts one after the other.
+    static CPeerHost::Answer Echo(std::string const& strScript) {
+        static const std::string strPrint = "print(\"";
+        CPeerHost::Answer answer;
+        std::size_t nPlace = strScript.find_first_not_of(" \n");
+        while (nPlace != std::string::npos) {
+            const std::size_t nEnd = strScript.find("\")", nPlace);
+            if (strScript.compare(nPlace, strPrint.size(), strPrint) != 0 ||
+                nEnd == std::string::npos) {
+                answer.strError = "unknown script";
+                return answer;
+            }
+            nPlace += strPrint.size();
+            answer.strReply += strScript.substr(nPlace, nEnd - nPlace) + "\n";
+            nPlace = strScript.find_first_not_of(" \n", nEnd + 2);
+        }
+        return answer;
+    }
+    CPeerHost::Answer Answer(std::string const& strScript) {
+        CPeerHost::Answer answer = Echo(strScript);
+        if (m_spoil) m_spoil(answer);
+        return answer;
+    }
+    std::vector<RuleReport> Check(HostCheckOptions const& options = QuickOptions()) {
+        std::jthread heart([this](std::stop_token const& stop) {
+            while (m_fAlive && !stop.stop_requested()) {
+                m_host.Directory().SetHeartbeat(LinkTimeNow());
+                usleep(20'000);
+            }
+        });
+        return CheckHost(options);
+    }
+    Verdict Of(std::string const& strName, std::vector<RuleReport> const& reports) {
+        return FindingOf(strName, reports).verdict;
+    }
+
+    CPeerHost m_host{1};
+    std::function<void(CPeerHost::Answer&)> m_spoil;
+    bool m_fAlive = true;
+};
+
+TEST_F(WrongHost, UnspoiledOnePassesEveryExchangeRule) {
+    const std::vector<RuleReport> reports = Check();
+    for (const char* szName :
+         {"heartbeat", "host-waits", "answer", "line-ends", "order", "release", "script-error",
+          "error-print", "error-cleared", "sequence", "clients", "capacity", "cut", "long-reply"}) {
+        EXPECT_EQ(Of(szName, reports), Verdict::Pass) << szName << "\n" << Seen(reports);
+    }
+}
+
+TEST_F(WrongHost, StaleHeartbeatFails) {
+    m_fAlive = false;
+    m_host.Directory().SetHeartbeat(LinkTimeNow() - 2 * kMicrosecondsPerSecond);
+    EXPECT_EQ(Of("heartbeat", Check()), Verdict::Fail);
+}
+
+TEST_F(WrongHost, HeartbeatInTheFutureFails) {
+    m_fAlive = false;
+    EXPECT_EQ(FindingOf("heartbeat", Check()).strSeen, "it lies in the future: is it UTC?");
+}
+
+TEST_F(WrongHost, HeldDirectoryLockFails) {
+    m_host.Directory().Put<std::uint32_t>(0, 1);
+    EXPECT_EQ(Of("directory-lock", Check()), Verdict::Fail);
+}
+
+TEST_F(WrongHost, IdWithoutASegmentFails) {
+    m_host.Directory().SetCurrentHost(77);
+    EXPECT_EQ(Of("segment-exists", Check()), Verdict::Fail);
+}
+
+TEST_F(WrongHost, UnbelievableLayoutFails) {
+    m_host.Segment().Put<std::int32_t>(40, -5);
+    const std::vector<RuleReport> reports = Check();
+    EXPECT_EQ(Of("segment-layout", reports), Verdict::Fail);
+    EXPECT_EQ(Of("answer", reports), Verdict::NotTried);
+}
+
+TEST_F(WrongHost, SmallCapacityAndOverlappingTextsFail) {
+    m_host.Segment().Put<std::int32_t>(40, 600);
+    m_host.Segment().Put<std::int32_t>(52, CTestMessageSegment::kBufferOffset + 10);
+    const std::vector<RuleReport> reports = Check();
+    EXPECT_EQ(Of("segment-capacity", reports), Verdict::Fail);
+    EXPECT_EQ(Of("segment-texts", reports), Verdict::Fail);
+}
+
+TEST_F(WrongHost, ClosedHostIsSeen) {
+    m_host.Segment().Close();
+    const std::vector<RuleReport> reports = Check();
+    EXPECT_EQ(FindingOf("segment-rest", reports).strSeen, "closed flag set");
+    EXPECT_EQ(FindingOf("answer", reports).strSeen, "status -1");
+}
+
+TEST_F(WrongHost, EveryWrongAnswerBreaksItsRule) {
+    const struct {
+        const char* szRule;
+        std::function<void(CPeerHost::Answer&)> spoil;
+    } cases[] = {
+        {"line-ends", [](auto& answer) { std::erase(answer.strReply, '\n'); }},
+        {"script-error", [](auto& answer) { answer.strError.clear(); }},
+        {"error-print",
+         [](auto& answer) {
+             if (!answer.strError.empty()) answer.strReply.clear();
+         }},
+        {"sequence",
+         [strKept = std::string()](auto& answer) mutable {
+             if (answer.strReply.find(" of 1") == std::string::npos) return;
+             if (strKept.empty()) strKept = answer.strReply;
+             answer.strReply = strKept;
+         }},
+        {"error-cleared",
+         [strKept = std::string()](auto& answer) mutable {
+             if (strKept.empty()) strKept = answer.strError;
+             if (answer.strReply.find("again") != std::string::npos) answer.strError = strKept;
+         }},
+        {"capacity",
+         [](auto& answer) {
+             if (answer.strReply == "end\n") answer.strReply = "cut";
+         }},
+        {"answer", [](auto& answer) { answer.strReply.clear(); }},
+        {"list-audiosuite", [](auto&) {}},
+        {"update-count", [](auto&) {}},
+    };
+    for (auto const& wrong : cases) {
+        m_spoil = wrong.spoil;
+        const std::vector<RuleReport> reports = Check();
+        EXPECT_EQ(Of(wrong.szRule, reports), Verdict::Fail) << wrong.szRule << "\n"
+                                                            << Seen(reports);
+    }
+}
+
+TEST_F(WrongHost, HangingOneEndsTheCheckWithTheNameOfItsRule) {
+    HostCheckOptions options = QuickOptions();
+    options.nPatienceMs = 1000;
+    m_spoil = [](CPeerHost::Answer&) { usleep(2'500'000); };
+    const std::vector<RuleReport> reports = Check(options);
+    EXPECT_EQ(FindingOf("answer", reports).strSeen, "no answer after 1000 ms");
+    EXPECT_EQ(FindingOf("line-ends", reports).strSeen, "the host hangs");
+}
+
+}  // namespace

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <span>
+#include <string>
+
+class CCheckedHost;
+
+/// What became of a rule.
+enum class Verdict { Pass, Fail, NotTried };
+
+/// A verdict and what it rests on, in a few words for a person.
+struct Finding {
+    Verdict verdict;
+    std::string strSeen;
+};
+
+inline Finding Passed(std::string strSeen) {
+    return {Verdict::Pass, std::move(strSeen)};
+}
+inline Finding Failed(std::string strSeen) {
+    return {Verdict::Fail, std::move(strSeen)};
+}
+inline Finding NotTried(std::string strWhy) {
+    return {Verdict::NotTried, std::move(strWhy)};
+}
+inline Finding PassedIf(bool fGood, std::string strSeen) {
+    return {fGood ? Verdict::Pass : Verdict::Fail, std::move(strSeen)};
+}
+
+/// One thing that a host must do, and how to find out.
+struct Rule {
+    const char* szName;   ///< short and fixed, for scripts that read the report
+    const char* szRule;   ///< a sentence that is true of a good host
+    const char* szNeeds;  ///< the rule that must have passed before this one is tried, or null
+    Finding (*pTry)(CCheckedHost& host);
+};
+
+/// Rules in the order in which they are tried.
+struct RuleGroup {
+    const char* szTitle;
+    std::span<const Rule> rules;
+};
+
+/// How a host is found: the directory segment.
+std::span<const Rule> DiscoveryRules();
+/// How its message segment is made.
+std::span<const Rule> SegmentRules();
+/// How requests are answered.
+std::span<const Rule> ExchangeRules();
+/// What the client's commands bring about, on tracks that are empty before and afterwards.
+std::span<const Rule> CommandRules();
