@@ -28,12 +28,12 @@ function(tavarin_define_version program)
     target_compile_definitions(${program} PRIVATE TAVARIN_VERSION="${PROJECT_VERSION}")
 endfunction()
 
-# tavarin_add_test(<name> [SHARED_MEMORY | APPKIT] [LIBS <target>...] [SOURCES <file>...]): builds
+# tavarin_add_test(<name> [SLOW] [SHARED_MEMORY | APPKIT] [LIBS <target>...] [SOURCES <file>...]): builds
 # <name>.cpp, or <name>.mm where there is one, and registers every test in it. SHARED_MEMORY tests use
 # the link's fixed segment names and therefore never run beside each other. APPKIT tests use AppKit
-# and keep away from the user's defaults.
+# and keep away from the user's defaults. SLOW tests, which take seconds, are not part of the daily loop.
 function(tavarin_add_test name)
-    cmake_parse_arguments(ARG "SHARED_MEMORY;APPKIT" "" "LIBS;SOURCES" ${ARGN})
+    cmake_parse_arguments(ARG "SLOW;SHARED_MEMORY;APPKIT" "" "LIBS;SOURCES" ${ARGN})
     set(source ${name}.cpp)
     if(EXISTS "${CMAKE_CURRENT_SOURCE_DIR}/${name}.mm")
         set(source ${name}.mm)
@@ -50,6 +50,9 @@ function(tavarin_add_test name)
     else()
         target_link_libraries(${name} PRIVATE GTest::gtest_main)
         set(properties PROPERTIES TIMEOUT 120)
+    endif()
+    if(ARG_SLOW)
+        list(APPEND properties LABELS slow)
     endif()
     gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60 ${properties})
 endfunction()

@@ -36,3 +36,8 @@ foreach(test IN ITEMS ManualTests CompletionTests.bash CompletionTests.zsh Insta
         set_tests_properties(${test} PROPERTIES TIMEOUT 600)
     endif()
 endforeach()
+foreach(test IN ITEMS CompletionTests.zsh InstallTests SubdirectoryTests)
+    if(TEST ${test})
+        set_tests_properties(${test} PROPERTIES LABELS slow)
+    endif()
+endforeach()
