@@ -13,8 +13,8 @@ class CFileName;
 class CCodeException {
 public:
     const char* sourceFile = nullptr;  ///< a constant text; never freed
-    std::int32_t sourceLine = 0;
-    std::string description;  ///< for people to read
+    std::int32_t sourceLine = 0;       ///< the line in `sourceFile`
+    std::string description;           ///< for people to read
 };
 
 /// Memory ran out while a file was handled. Nothing in this layer throws it.
@@ -23,27 +23,29 @@ class CFileMemoryException : public CCodeException {};
 /// An operation on a file failed. Catch it by reference.
 class CFileIOException : public CCodeException {
 public:
+    /// What the operation was that failed.
     enum FileExceptionCode : std::int32_t {
-        OpenFailed = 1,
-        FileClosed = 2,
-        SetPositionFailed = 3,
-        GetPositionFailed = 4,
-        ReadFailed = 5,
-        WriteFailed = 6,
-        CloseFailed = 7,
-        LengthFailed = 8,
-        DeleteFailed = 9,
-        Code10 = 10,
+        OpenFailed = 1,         ///< opening
+        FileClosed = 2,         ///< anything on a file that is not open
+        SetPositionFailed = 3,  ///< going to a place in the file
+        GetPositionFailed = 4,  ///< asking for the place
+        ReadFailed = 5,         ///< reading
+        WriteFailed = 6,        ///< writing
+        CloseFailed = 7,        ///< closing
+        LengthFailed = 8,       ///< asking for the length
+        DeleteFailed = 9,       ///< deleting
+        Code10 = 10,            ///< has a number and no meaning
     };
 
-    std::string fileName;  ///< the full path; empty when no file was open
-    FileExceptionCode code;
-    std::uint64_t value;  ///< the number in the description; no system error number
+    std::string fileName;    ///< the full path; empty when no file was open
+    FileExceptionCode code;  ///< what failed
+    std::uint64_t value;     ///< the number in the description; no system error number
 
     /// Keeps `source` as it is: it must outlive the exception and all its copies.
     CFileIOException(std::string const& file, FileExceptionCode failure, unsigned long number,
                      const char* source, int line);
 
+    /// Copies everything.
     CFileIOException(CFileIOException const&) = default;
 
     /// Copies everything but `fileName`, which stays as it was.
@@ -65,6 +67,7 @@ public:
     std::FILE* stream = nullptr;  ///< null when closed
     std::string fileName;         ///< the full path of the open file
 
+    /// No file yet.
     CFileIO() = default;
     CFileIO(CFileIO const&) = delete;
     CFileIO& operator=(CFileIO const&) = delete;
@@ -80,12 +83,14 @@ public:
     /// Closes the file if one is open and forgets its name. Reports nothing.
     virtual void Close();
 
+    /// Whether a file is open.
     virtual bool IsOpen() const;
 
     /// Goes to `offset` bytes from the start, beyond the end too, and returns 0. Throws
     /// SetPositionFailed when there is no such place.
     virtual long SetPosition(unsigned long offset);
 
+    /// The place in the file, in bytes from the start. Throws GetPositionFailed for what has none.
     virtual unsigned long GetPosition();
 
     /// The length in bytes, the bytes just written included; the position stays. Throws

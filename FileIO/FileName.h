@@ -26,8 +26,13 @@ public:
     /// The walk under way; null when there is none. Copies never take it over.
     std::unique_ptr<CDiskPathIterator> iterator;
 
+    /// An empty path.
     CDiskPath();
+
+    /// A path as its text says it.
     CDiskPath(std::string const* text);
+
+    /// A path as its zero-terminated text says it.
     CDiskPath(const char* text);
 
     /// A text that cannot be converted, or null, gives an empty path.
@@ -39,16 +44,19 @@ public:
     /// Copies the path and ends a walk under way in this object.
     CDiskPath& operator=(CDiskPath const& other);
 
+    /// Ends a walk under way.
     ~CDiskPath();
 
     /// Byte for byte: "a/b" and "a/b/" differ.
     bool operator==(CDiskPath const& other) const;
 
+    /// Whether the path is the empty text.
     bool Empty() const;
 
     /// Replaces the path; a walk under way goes on where it is.
     void Set(std::string const* text);
 
+    /// The path as it stands.
     std::string GetFullPathString() const;
 
     /// The caller releases the result; null when the path is not UTF-8.
@@ -86,19 +94,31 @@ public:
 class CFileName {
 public:
     std::string name;  ///< may hold "/" when it comes from a walk
-    CDiskPath path;
+    CDiskPath path;    ///< the directory
 
+    /// No directory and no name.
     CFileName();
+
+    /// A name in a directory; the directory is copied.
     CFileName(CDiskPath const* directory, std::string const* fileName);
+
+    /// The same from a zero-terminated name.
     CFileName(CDiskPath const* directory, const char* fileName);
+
+    /// The same; a name that cannot be converted, or null, is an empty one.
     CFileName(CDiskPath const* directory, CFStringRef fileName);
 
     /// Splits a full path at its last "/", which belongs to neither part: "/take.wav" becomes
     /// "take.wav" in no directory, and a text that ends in "/" has an empty name.
     CFileName(std::string const* fullPath);
+
+    /// The same from a zero-terminated path.
     CFileName(const char* fullPath);
+
+    /// The same; a path that cannot be converted, or null, is an empty one.
     CFileName(CFStringRef fullPath);
 
+    /// Whether directory and name are the same, byte for byte.
     bool operator==(CFileName const& other) const;
 
     /// True when directory and name are both empty.
@@ -109,6 +129,8 @@ public:
 
     /// Directory, "/" unless the directory is empty or ends in one, name.
     std::string GetFullPath() const;
+
+    /// GetFullPath.
     std::string GetFullPathString() const;
 
     /// The caller releases the result; null when the path is not UTF-8.
@@ -140,6 +162,8 @@ public:
 
     /// Seconds since 1 January 1970, UTC; 0.0 when the attributes cannot be read.
     double GetModificationDateTime() const;
+
+    /// Sets it, in the same unit, fractions included. A failure is logged.
     void SetModificationDateTime(double seconds) const;
 
     /// True when anything stands at the full path.

@@ -34,6 +34,7 @@ inline constexpr std::int32_t notifyRenderSelectedRegion = NotificationId("TASR"
 /// The plug-in asks for the host's update count; the record is a paramUpdateCount.
 inline constexpr std::int32_t notifyUpdateCount = NotificationId("TAUP");
 
+/// The record of notifyPostAnalyze.
 struct paramPostAnalyze {
     char szFilePath[kRecordPathSize];  ///< in: full path of the captured file, zero-terminated
     double dFilePosition;              ///< in: timeline position of the file's first sample
@@ -43,6 +44,7 @@ struct paramPostAnalyze {
     unsigned char unread2[8];          ///< the plug-in's own
 };
 
+/// The record of notifyExportSelectedRegion.
 struct paramExportSelectedRegion {
     std::int32_t nSampleRate;          ///< in: the workstation's sample rate in Hz
     std::int32_t padding;              ///< not used
@@ -51,6 +53,7 @@ struct paramExportSelectedRegion {
     unsigned char padding2[7];         ///< not used
 };
 
+/// The record of notifyRenderSelectedRegion.
 struct paramRenderSelectedRegion {
     std::int32_t nSampleRate;  ///< in: the workstation's sample rate in Hz; -1: do not compare it
     std::int64_t lStart;       ///< out: start of the rendered region; only on success
@@ -58,6 +61,7 @@ struct paramRenderSelectedRegion {
     bool fResult;              ///< out: whether a region was rendered
 };
 
+/// The record of notifyUpdateCount.
 struct paramUpdateCount {
     std::int64_t lUpdateCount;  ///< out: the host's update count
 };

@@ -13,17 +13,17 @@
     AAX_IController* mController;              ///< the plug-in's; not owned
     CTANClientInterProcess m_Script;           ///< the link client
     bool m_fAudioSuite;                        ///< true from awakeFromNib on
-    IBOutlet NSTextField* m_textLastError;
-    IBOutlet NSTextField* m_textAdvice;
+    IBOutlet NSTextField* m_textLastError;     ///< shows the client's error
+    IBOutlet NSTextField* m_textAdvice;        ///< shows the client's advice
     bool m_fGuideSelected;  ///< whether the next capture is the guide; otherwise it is the dub
     bool m_fAutoSwitch;     ///< the automatic switch; a preference
-    IBOutlet NSButton* m_btnGuide;
-    IBOutlet NSButton* m_btnDub;
-    IBOutlet NSButton* m_btnAutoTrackSwitch;
+    IBOutlet NSButton* m_btnGuide;            ///< on while the next capture is the guide
+    IBOutlet NSButton* m_btnDub;              ///< on while the next capture is the dub
+    IBOutlet NSButton* m_btnAutoTrackSwitch;  ///< on while the automatic switch is
     int64_t m_lGuideStart;  ///< the last guide on the timeline, in samples; -1: none yet
-    int64_t m_lGuideEnd;
-    int64_t m_lDubStart;  ///< the last dub on the timeline, in samples; -1: none yet
-    int64_t m_lDubEnd;
+    int64_t m_lGuideEnd;    ///< its end
+    int64_t m_lDubStart;    ///< the last dub on the timeline, in samples; -1: none yet
+    int64_t m_lDubEnd;      ///< its end
     IBOutlet NSImageView* m_imageLogo;  ///< shows when there is nothing to say
     int32_t m_nCurrentHost;             ///< the host that CheckHost saw last
 }

@@ -12,10 +12,10 @@
     AAX_IController* mController;              ///< the plug-in's; not owned
     CTANClientInterProcess m_Script;           ///< the link client
     bool m_fAudioSuite;                        ///< true from awakeFromNib on
-    IBOutlet NSTextField* m_textLastError;
-    IBOutlet NSTextField* m_textAdvice;
+    IBOutlet NSTextField* m_textLastError;     ///< shows the client's error
+    IBOutlet NSTextField* m_textAdvice;        ///< shows the client's advice
     int64_t m_lInputStart;  ///< the last capture on the timeline, in samples; -1: none yet
-    int64_t m_lInputEnd;
+    int64_t m_lInputEnd;    ///< its end
     IBOutlet NSImageView* m_imageLogo;  ///< shows when there is nothing to say
     int32_t m_nCurrentHost;             ///< the host that CheckHost saw last
 }

@@ -9,13 +9,13 @@
 @interface TavarinProLink_ViewController
     : NSViewController <TavarinProLink_ViewControllerOperations> {
 @public
-    AAX_IEffectParameters* mEffectParameters;  ///< the plug-in's; not owned
-    AAX_IController* mController;              ///< the plug-in's; not owned
-    CTANClientInterProcess m_Script;           ///< the link client
-    bool m_fAudioSuite;                        ///< always false: the host's script document
-    IBOutlet NSTextField* m_textLastError;
-    IBOutlet NSTextField* m_textAdvice;
-    IBOutlet NSPopUpButton* m_popupTracks;
+    AAX_IEffectParameters* mEffectParameters;   ///< the plug-in's; not owned
+    AAX_IController* mController;               ///< the plug-in's; not owned
+    CTANClientInterProcess m_Script;            ///< the link client
+    bool m_fAudioSuite;                         ///< always false: the host's script document
+    IBOutlet NSTextField* m_textLastError;      ///< shows the client's error
+    IBOutlet NSTextField* m_textAdvice;         ///< shows the client's advice
+    IBOutlet NSPopUpButton* m_popupTracks;      ///< the list of tracks
     IBOutlet NSArrayController* m_TracksArray;  ///< its selection is the chosen track
     NSMutableArray* m_Tracks;  ///< owned; one dictionary per track, its name under "Name"
     int32_t m_nCurrentHost;    ///< the host that CheckHost saw last; -1: none

@@ -17,15 +17,18 @@
 /// Fills the process-wide colour scheme with the Designer palette. What was in it is gone.
 - (id)init;
 
+/// Makes a controller of the Link view.
 - (TavarinProLink_ViewController*)LinkViewControllerFromBundle:(NSBundle*)bundle
                                               effectParameters:(AAX_IEffectParameters*)parameters
                                                     controller:(AAX_IController*)controller;
 
+/// Makes a controller of the APT Link view.
 - (TavarinProAPTLink_ViewController*)APTLinkViewControllerFromBundle:(NSBundle*)bundle
                                                     effectParameters:
                                                         (AAX_IEffectParameters*)parameters
                                                           controller:(AAX_IController*)controller;
 
+/// Makes a controller of the Doubler Link view.
 - (TavarinProDoublerLink_ViewController*)
     DoublerLinkViewControllerFromBundle:(NSBundle*)bundle
                        effectParameters:(AAX_IEffectParameters*)parameters

@@ -4,12 +4,12 @@
 
 #include <cstdint>
 
+/// \file
+/// What a plug-in and its workstation can ask of every view controller.
+
 class AAX_IController;
 class AAX_IEffectParameters;
 class AAX_IViewContainer;
-
-/// \file
-/// What a plug-in and its workstation can ask of every view controller.
 
 /// The operations that all three view controllers have. Each belongs to the thread of the user
 /// interface and may block it as long as the link client does.

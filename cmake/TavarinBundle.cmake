@@ -35,6 +35,7 @@ function(tavarin_make_bundle target)
             "${resources}/Info-gnustep.plist")
     endif()
 
+    file(MAKE_DIRECTORY "${resources}")
     foreach(nib ${ARG_NIBS})
         get_filename_component(name "${nib}" NAME_WE)
         if(APPLE)

@@ -10,7 +10,8 @@ find_package(CLI11 QUIET)
 find_package(GTest QUIET)
 find_package(PkgConfig QUIET)
 if(PkgConfig_FOUND)
-    pkg_check_modules(LUA QUIET IMPORTED_TARGET lua5.4)
+    # The name that it has differs from system to system.
+    pkg_search_module(LUA QUIET IMPORTED_TARGET lua5.4 lua-5.4 lua54)
     pkg_check_modules(SNDFILE QUIET IMPORTED_TARGET sndfile)
 endif()
 

@@ -1,23 +1,39 @@
 # What every target of the tree has in common: warnings, the include root, and how a test is declared.
 
+include(GNUInstallDirs)
+
 add_library(tavarin_warnings INTERFACE)
 target_compile_options(tavarin_warnings INTERFACE -Wall -Wextra)
+
+# tavarin_include_root(<target> <folder>): has users of the library look for headers in a folder of the
+# tree, and in the same folder of an installed one.
+function(tavarin_include_root target folder)
+    target_include_directories(${target} PUBLIC
+        "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}${folder}>"
+        "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/tavarin-link${folder}>")
+endfunction()
 
 # tavarin_add_library(<target> <source>...): a static library whose headers are included from the
 # repository root, as in "link/TANClientInterProcess.h".
 function(tavarin_add_library target)
     add_library(${target} STATIC ${ARGN})
-    target_include_directories(${target} PUBLIC "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>")
+    add_library(TavarinLink::${target} ALIAS ${target})
+    tavarin_include_root(${target} "")
     target_compile_features(${target} PUBLIC cxx_std_20)
     target_link_libraries(${target} PRIVATE "$<BUILD_INTERFACE:tavarin_warnings>")
 endfunction()
 
-# tavarin_add_test(<name> [SHARED_MEMORY | APPKIT] [LIBS <target>...] [SOURCES <file>...]): builds
+# tavarin_define_version(<program>): tells a program its version, which is the project's.
+function(tavarin_define_version program)
+    target_compile_definitions(${program} PRIVATE TAVARIN_VERSION="${PROJECT_VERSION}")
+endfunction()
+
+# tavarin_add_test(<name> [SLOW] [SHARED_MEMORY | APPKIT] [LIBS <target>...] [SOURCES <file>...]): builds
 # <name>.cpp, or <name>.mm where there is one, and registers every test in it. SHARED_MEMORY tests use
 # the link's fixed segment names and therefore never run beside each other. APPKIT tests use AppKit
-# and keep away from the user's defaults.
+# and keep away from the user's defaults. SLOW tests, which take seconds, are not part of the daily loop.
 function(tavarin_add_test name)
-    cmake_parse_arguments(ARG "SHARED_MEMORY;APPKIT" "" "LIBS;SOURCES" ${ARGN})
+    cmake_parse_arguments(ARG "SLOW;SHARED_MEMORY;APPKIT" "" "LIBS;SOURCES" ${ARGN})
     set(source ${name}.cpp)
     if(EXISTS "${CMAKE_CURRENT_SOURCE_DIR}/${name}.mm")
         set(source ${name}.mm)
@@ -34,6 +50,9 @@ function(tavarin_add_test name)
     else()
         target_link_libraries(${name} PRIVATE GTest::gtest_main)
         set(properties PROPERTIES TIMEOUT 120)
+    endif()
+    if(ARG_SLOW)
+        list(APPEND properties LABELS slow)
     endif()
     gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60 ${properties})
 endfunction()

@@ -12,15 +12,20 @@ class CParameterBlock;
 class CComponentCode {
 public:
     std::int32_t m_nModule = 0;  ///< 0 general, 1 pitch editing, 2 volume editing, 3 track groups.
-    std::int32_t m_nCompID = 0;
+    std::int32_t m_nCompID = 0;  ///< The number in the module.
 
     /// (0, 0), the code of no component.
     constexpr CComponentCode() = default;
+
+    /// A module and a number in it.
     constexpr CComponentCode(int module, int id) : m_nModule(module), m_nCompID(id) {}
+
+    /// The code of a packed form; every 64-bit number is one.
     constexpr CComponentCode(long long packed)
         : m_nModule(static_cast<std::int32_t>(packed >> 32)),
           m_nCompID(static_cast<std::int32_t>(packed & 0xFFFFFFFF)) {}
 
+    /// The packed form.
     constexpr long long Packed() const {
         const auto module = static_cast<std::uint64_t>(static_cast<std::uint32_t>(m_nModule));
         return static_cast<long long>(module << 32 | static_cast<std::uint32_t>(m_nCompID));
@@ -33,5 +38,6 @@ public:
     /// a number missing in it becomes 0 and makes the answer false.
     bool Load(CParameterBlock* block);
 
+    /// Whether module and number are the same.
     friend constexpr bool operator==(CComponentCode, CComponentCode) = default;
 };

@@ -12,8 +12,10 @@
 #include "colours/ComponentCodeList.inc"
 #undef TAVARIN_COMPONENT
 
-/// Names of the cursors over a control point and over the play position.
+/// Name of the cursor over a control point.
 inline const std::string strControlPointCursor = "GuideEdgeCursor";
+
+/// Name of the cursor over the play position.
 inline const std::string strPlayPositionCursor = "PlayPositionCursor";
 
 /// How buttons are drawn: 0 shaded, anything else flat in the colours of the scheme. Read whenever

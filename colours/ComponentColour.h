@@ -36,24 +36,24 @@ class CComponentColour {
 public:
     /// \name Names in a saved scheme
     /// @{
-    static constexpr const char* szType = "Type";
-    static constexpr const char* szClass = "Cl";
-    static constexpr const char* szRed = "R";
-    static constexpr const char* szGreen = "G";
-    static constexpr const char* szBlue = "B";
-    static constexpr const char* szAlpha = "A";
-    static constexpr const char* szComponent = "Comp";
-    static constexpr const char* szComponents = "Comps";
-    static constexpr const char* szName = "Name";
+    static constexpr const char* szType = "Type";       ///< 1 for a plain colour, 2 for a gradient.
+    static constexpr const char* szClass = "Cl";        ///< The class.
+    static constexpr const char* szRed = "R";           ///< Red.
+    static constexpr const char* szGreen = "G";         ///< Green.
+    static constexpr const char* szBlue = "B";          ///< Blue.
+    static constexpr const char* szAlpha = "A";         ///< Alpha.
+    static constexpr const char* szComponent = "Comp";  ///< The block of one colour.
+    static constexpr const char* szComponents = "Comps";    ///< The block of a scheme.
+    static constexpr const char* szName = "Name";           ///< The name.
     static constexpr const char* szComponentColour = "CC";  ///< Not written by anything.
     /// @}
 
     double m_rgba[4] = {};           ///< Red, green, blue, alpha.
     CGColorRef m_cgColor = nullptr;  ///< Owned; may be null.
     NSColor* m_nsColor = nullptr;    ///< Owned; may be nil.
-    CComponentCode m_code;
-    ColourClass m_nClass;
-    std::string m_name;  ///< What a colour editor shows.
+    CComponentCode m_code;           ///< The component that it is the colour of.
+    ColourClass m_nClass;            ///< Kept and saved; nothing acts on it.
+    std::string m_name;              ///< What a colour editor shows.
 
     /// No colour and no name yet: for objects that a Load fills next.
     CComponentColour(CComponentCode code, ColourClass cls);
@@ -63,6 +63,8 @@ public:
                      double b, double a, CGColorSpace* space);
 
     CComponentColour(CComponentColour const&) = delete;
+
+    /// Releases both forms of the colour.
     virtual ~CComponentColour();
 
     /// Appends "Type" 1, "Code", "Cl", "R", "G", "B", "A" and "Name" to `block`.
@@ -98,6 +100,8 @@ public:
 
     /// No colour yet.
     CGradComponent(float position, CComponentCode code);
+
+    /// A whole stop, in the colour space `space`.
     CGradComponent(double position, double r, double g, double b, double a, CGColorSpace* space);
 
     /// Appends "Position" and the block "Color" to `block`.
@@ -118,6 +122,7 @@ public:
 
 /// Orders the stops of a gradient. Two stops at one position are the same element.
 struct CCompareGradPositions {
+    /// Whether `a` stands before `b`.
     bool operator()(CGradComponent const* a, CGradComponent const* b) const {
         return a->m_fPosition < b->m_fPosition;
     }
@@ -129,8 +134,13 @@ public:
     std::set<CGradComponent*, CCompareGradPositions> m_components;  ///< The stops, owned.
     CGGradientRef m_gradient = nullptr;  ///< What is drawn, owned; null until Create.
 
+    /// No stops and an empty name yet: for objects that a Load fills next.
     CGradientFill(CComponentCode code, ColourClass cls);
+
+    /// No stops yet. A null name is an empty one.
     CGradientFill(CComponentCode code, ColourClass cls, const char* name);
+
+    /// Clear.
     ~CGradientFill() override;
 
     /// Adds a stop. Red, green and blue are multiplied by `factor`, then all four are cut at 1.0. A
@@ -171,9 +181,12 @@ public:
 /// A scheme: at most one colour or gradient for every component code. It owns them.
 class CComponentsColors {
 public:
+    /// A scheme without colours.
     constexpr CComponentsColors() noexcept = default;
     CComponentsColors(CComponentsColors const&) = delete;
     CComponentsColors& operator=(CComponentsColors const&) = delete;
+
+    /// Deletes all colours.
     ~CComponentsColors();
 
     /// The colour of a code, valid until it is replaced or cleared. Null for (0, 0) and for codes
@@ -187,8 +200,14 @@ public:
     /// Null when the code has none; (0, 0) is a code like any other here. A gradient has neither of
     /// the first two, and four zeros.
     /// @{
+
+    /// The plain colour in Core Graphics' form, still owned by the scheme.
     CGColorRef FindCGColorRef(CComponentCode code) const;
+
+    /// The plain colour in AppKit's form, still owned by the scheme.
     NSColor* FindNSColor(CComponentCode code) const;
+
+    /// Red, green, blue and alpha, still owned by the scheme.
     double* FindRGBA(CComponentCode code) const;
     /// @}
 
@@ -212,8 +231,8 @@ public:
 
     /// One colour and the packed code that it is found by.
     struct Entry {
-        long long lCode;
-        std::unique_ptr<CComponentColour> pColour;
+        long long lCode;                            ///< The packed code.
+        std::unique_ptr<CComponentColour> pColour;  ///< Never null.
     };
 
     /// All colours, from the greatest packed code to the least; valid until the scheme changes.

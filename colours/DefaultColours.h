@@ -2,8 +2,8 @@
 
 class CComponentsColors;
 
-/// Replaces all colours of a scheme by those of a default palette. Not while another thread reads
-/// the scheme.
+/// \file
+/// The two palettes. Each replaces all colours of a scheme, which no other thread may be reading.
 
 /// Dark greys with coloured accents: 254 entries.
 void AppCreateDefaultColoursDesigner(CComponentsColors* scheme);

@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+/// \file
 /// The scripts that are sent as they stand, one variant for each kind of host document.
 ///
 /// Their exact wording, blanks and tabs included, is part of the link: host applications are known

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+/// \file
 /// Link time: microseconds in UTC, counted as Boost.Date_Time counts a `ptime` of microsecond
 /// resolution. That is the Julian day number times 86,400,000,000 plus the microseconds since UTC
 /// midnight; heartbeats and deadlines are such counts.
@@ -9,6 +10,7 @@
 /// The deadline that never comes (Boost's positive infinity).
 inline constexpr std::int64_t kNoDeadline = INT64_MAX;
 
+/// The unit of link time, in a second.
 inline constexpr std::int64_t kMicrosecondsPerSecond = 1'000'000;
 
 /// The current link time, from the system's UTC clock.

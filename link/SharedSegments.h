@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
+/// \file
 /// The two shared-memory segments through which the link talks, byte for byte.
 ///
 /// The host application creates and removes both; a client only opens them. Every number is
@@ -43,20 +44,20 @@ struct MessageRecord {
     ConditionWords replyCondition;    ///< the client waits here for its reply
     std::uint8_t fPending;            ///< 1 from the request until its reply is in the buffer
     std::uint8_t fClosed;             ///< non-zero: the host takes no requests
-    std::uint16_t nPadding;
-    std::int32_t nRequestCapacity;  ///< bytes for a request, its NUL included
-    std::int32_t nReserved44;       ///< left to the host
-    std::int32_t nBufferOffset;     ///< where the request and then the reply stand
-    std::int32_t nErrorOffset;      ///< where the error text stands
+    std::uint16_t nPadding;           ///< not used
+    std::int32_t nRequestCapacity;    ///< bytes for a request, its NUL included
+    std::int32_t nReserved44;         ///< left to the host
+    std::int32_t nBufferOffset;       ///< where the request and then the reply stand
+    std::int32_t nErrorOffset;        ///< where the error text stands
 };
 
 #pragma pack(pop)
 
 /// What `ConditionWords::nCommand` may hold.
 enum ConditionCommand : std::uint32_t {
-    kCommandSleep = 0,
-    kCommandNotifyOne = 1,
-    kCommandNotifyAll = 2
+    kCommandSleep = 0,      ///< nobody has been notified; waiters go on waiting
+    kCommandNotifyOne = 1,  ///< one waiter may go; it sets the word back
+    kCommandNotifyAll = 2   ///< all waiters may go; the last one sets the word back
 };
 
 static_assert(sizeof(ConditionWords) == 12);

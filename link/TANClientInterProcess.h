@@ -42,6 +42,7 @@ public:
     /// The last exported file.
     std::string m_strFileInfo;
 
+    /// Needs no host.
     CTANClientInterProcess() = default;
     ~CTANClientInterProcess() = default;
     CTANClientInterProcess(CTANClientInterProcess const&) = delete;
@@ -66,6 +67,7 @@ public:
 
     /// Sends a script to host `id` and takes what it printed into `reply`.
     ///
+    /// \param id       the host, as GetCurrentTANHost answers it
     /// \param request  ends at its first NUL; cut silently at the host's capacity less one byte.
     /// \param reply    set on success only.
     /// \param timeoutMs  for each of the three waits in turn: for other clients, for the exchange,
@@ -105,6 +107,9 @@ public:
 
     /// Adds an audio file as a region on a track and moves the host's display there.
     ///
+    /// \param fAudioSuite  which document
+    /// \param idTrack  which track
+    /// \param file    the audio file, by its full path
     /// \param first   timeline position of the file's first sample
     /// \param second  start of the region, from the file's start
     /// \param third   end of the region, from the file's start

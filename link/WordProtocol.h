@@ -4,6 +4,7 @@
 
 #include "link/SharedSegments.h"
 
+/// \file
 /// The lock words and conditions of the shared segments, written directly as the word protocol of
 /// Boost.Interprocess's spin mutex and spin condition, so that both sides meet on any platform.
 ///
@@ -46,6 +47,7 @@ struct WaitPace {
 
 /// The pace of a client that waits for its reply.
 inline constexpr WaitPace kClientPace{1000, 1000, false};
+
 /// The pace of a host that waits for requests, for minutes or for microseconds.
 inline constexpr WaitPace kHostPace{2000, 5000, true};
 
@@ -63,12 +65,15 @@ public:
     /// Tries to take the word until the deadline; ask `IsHeld` whether it worked.
     CWordLock(std::uint32_t* pWord, std::int64_t lDeadline) noexcept
         : m_pWord(AcquireWord(pWord, lDeadline) ? pWord : nullptr) {}
+
+    /// Frees the word when it is held.
     ~CWordLock() {
         if (m_pWord) ReleaseWord(m_pWord);
     }
     CWordLock(CWordLock const&) = delete;
     CWordLock& operator=(CWordLock const&) = delete;
 
+    /// Whether the word is held.
     bool IsHeld() const noexcept { return m_pWord != nullptr; }
 
 private:

@@ -80,6 +80,9 @@ Item GetItem(const std::string& path);
 /// The user's directory for temporary files, or "/tmp".
 std::string TemporaryDirectory();
 
+/// The full path of the running program; empty when the platform cannot tell.
+std::string ProgramPath();
+
 /// Adds one line to the platform's log (standard error where there is no other).
 void Log(const std::string& line);
 

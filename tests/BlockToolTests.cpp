@@ -283,6 +283,18 @@ TEST_F(TimecodeTool, ShowsATimeCode) {
               Run("timecode 00:00:02:00 -r 44100 -f 24").output);
 }
 
+TEST_F(TimecodeTool, TakesPlainNumbersOnly) {
+    for (const char* szPosition :
+         {"0x10", "+5", "nan", "inf", "' 5'", "'5 '", "1e", "1.5.2", "''"}) {
+        EXPECT_EQ(Run(std::string("timecode ") + szPosition).status, 2) << szPosition;
+    }
+    for (const char* szPosition : {"1e3", "1000.", "1000", "0.1e4"}) {
+        const CResult result = Run(std::string("timecode ") + szPosition);
+        EXPECT_EQ(result.status, 0) << result.errors;
+        EXPECT_NE(result.output.find("samples   1000\n"), std::string::npos) << result.output;
+    }
+}
+
 TEST_F(TimecodeTool, CountsDropFrame) {
     EXPECT_EQ("samples   28799971.2\nframes    17982\ntimecode  00:10:00;00\n",
               Run("timecode 00:10:00:00 --fps 30000/1001 --drop").output);

@@ -12,6 +12,9 @@
 #include <string>
 #include <vector>
 
+// Not every system's headers declare it.
+extern char** environ;
+
 /// A program that a test starts. It is killed with this object if it still runs.
 class CChildProcess {
 public:

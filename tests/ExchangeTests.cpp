@@ -284,6 +284,8 @@ TEST(Exchange, TextsWithoutTerminatorEndWithTheSegment) {
 }
 
 TEST(Exchange, LeavesNoDescriptorAndNoMappingBehind) {
+    if (!std::filesystem::is_directory("/proc/self/fd"))
+        GTEST_SKIP() << "nothing here tells what is open";
     CPeerHost host;
     CTestMessageSegment closed(4);
     closed.Close();

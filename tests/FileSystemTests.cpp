@@ -174,6 +174,11 @@ TEST(DirectoryEnumerator, PassesOverADirectoryThatVanishes) {
     EXPECT_FALSE(enumerator.Next(&item));
 }
 
+TEST(ProgramPath, NamesTheRunningProgram) {
+    EXPECT_EQ(fs::path(FileSystem::ProgramPath()).filename(), "FileSystemTests");
+    EXPECT_TRUE(fs::path(FileSystem::ProgramPath()).is_absolute());
+}
+
 TEST(PlatformLog, GetsOneLine) {
     testing::internal::CaptureStderr();
     FileSystem::Log("MoveFiles: /a%s - 100%");

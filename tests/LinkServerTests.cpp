@@ -56,6 +56,7 @@ TEST(LinkServer, AnswersAClient) {
 }
 
 TEST(LinkServer, SegmentsArePrivateAndGoWithTheServer) {
+    if (!fs::is_directory("/dev/shm")) GTEST_SKIP() << "segments are no files here";
     std::optional<CLinkServer> server;
     server.emplace(kHost, true, Echo);
     for (const char* szFile : {szDirectoryFile, szMessageFile}) {
@@ -137,6 +138,7 @@ TEST(LinkServer, LivePeerOfAnotherMakerIsRefusedToo) {
 }
 
 TEST(LinkServer, LeftoverOfACrashIsTakenOver) {
+    if (!fs::is_directory("/dev/shm")) GTEST_SKIP() << "segments are no files here";
     const pid_t nProcess = fork();
     if (nProcess == 0) {
         const CLinkServer server(kHost, true, Echo);

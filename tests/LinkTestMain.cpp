@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <sys/file.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -18,6 +19,7 @@ namespace {
 
 constexpr char szDirectory[] = "/__KEL_TAN_INTERPROCESS_DIR6__";
 constexpr int kExitHostIsLive = 3;
+constexpr int kRecordSize = 20;
 
 // Blocks until no other test program holds the segment names. The lock goes with the process.
 void WaitForOtherTests() {
@@ -29,14 +31,18 @@ void WaitForOtherTests() {
 bool IsHeartbeatFresh() {
     const int nFile = shm_open(szDirectory, O_RDONLY, 0);
     if (nFile < 0) return false;
-    unsigned char record[20] = {};
-    const bool fRead = pread(nFile, record, sizeof(record), 0) == sizeof(record);
+    // Mapped, because not every system reads from such an object.
+    struct stat status {};
+    const bool fWhole = fstat(nFile, &status) == 0 && status.st_size >= kRecordSize;
+    void* const pRecord =
+        fWhole ? mmap(nullptr, kRecordSize, PROT_READ, MAP_SHARED, nFile, 0) : MAP_FAILED;
     close(nFile);
+    if (pRecord == MAP_FAILED) return false;
     std::int64_t lHeartbeat = 0;
-    std::memcpy(&lHeartbeat, record + 12, sizeof(lHeartbeat));
+    std::memcpy(&lHeartbeat, static_cast<const char*>(pRecord) + 12, sizeof(lHeartbeat));
+    munmap(pRecord, kRecordSize);
     const std::int64_t lNow = LinkTimeNow();
-    return fRead && !IsHeartbeatStale(lHeartbeat, lNow) &&
-           lHeartbeat < lNow + 2 * kMicrosecondsPerSecond;
+    return !IsHeartbeatStale(lHeartbeat, lNow) && lHeartbeat < lNow + 2 * kMicrosecondsPerSecond;
 }
 
 // What a host that was killed left behind goes stale; a live host keeps its heartbeat fresh.

@@ -19,6 +19,7 @@ function(tavarin_register_view_test name)
     # AppKit keeps objects until the process ends; ViewLeakTests looks for leaks of our own.
     set_tests_properties(${name} PROPERTIES
         TIMEOUT 600
+        LABELS slow
         SKIP_RETURN_CODE 77
         RESOURCE_LOCK tavarin_shared_memory
         ENVIRONMENT "ASAN_OPTIONS=detect_leaks=0")

@@ -6,7 +6,9 @@
 #include <cmath>
 #include <cstdio>
 #include <iostream>
+#include <locale>
 #include <memory>
+#include <sstream>
 #include <string_view>
 
 #include "tools/InputOutput.h"
@@ -27,10 +29,20 @@ struct CRates {
     bool fDropFrame;
 };
 
-template <typename Number>
-bool ReadNumber(std::string_view text, Number& number) {
+template <typename Integer>
+bool ReadNumber(std::string_view text, Integer& number) {
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     return error == std::errc() && end == text.data() + text.size();
+}
+
+// Not every C++ library has std::from_chars for these.
+bool ReadNumber(std::string_view text, double& number) {
+    if (text.empty() || text.find_first_not_of("0123456789.eE+-") != std::string_view::npos) {
+        return false;
+    }
+    std::istringstream stream{std::string(text)};
+    stream.imbue(std::locale::classic());
+    return text.front() != '+' && stream >> number && stream.eof();
 }
 
 // A number or a fraction such as 30000/1001.

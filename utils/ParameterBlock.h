@@ -18,6 +18,7 @@ using CParameterList = std::vector<CParameter*, CParameterMemory<CParameter*>>;
 /// Watches a load and may stop it.
 class CProgress {
 public:
+    /// Observers may be deleted through this class.
     virtual ~CProgress() = default;
 
     /// Called on the loading thread after each nested block. `done` is the total that the loading
@@ -48,7 +49,7 @@ enum SessionStatus : int {
 /// One tree belongs to one thread at a time.
 class CParameterBlock : public CParameter {
 public:
-    static constexpr std::uint32_t tag = tagBlock;
+    static constexpr std::uint32_t tag = tagBlock;  ///< What `type` is in this class.
 
     /// A place in the list of parameters, given by FindFirstParameter.
     using position = std::size_t;
@@ -60,11 +61,13 @@ public:
     CProgress* progress = nullptr;    ///< Not owned; may be null.
     unsigned long progressTotal = 0;  ///< What progress is reported against; 0 reports nothing.
 
+    /// No parameters and an empty name.
     CParameterBlock();
 
     /// An empty block under a name from an image.
     explicit CParameterBlock(CLoadedName const& loaded);
 
+    /// The same, watched by `observer` while it loads.
     CParameterBlock(CProgress* observer, unsigned long total);
 
     /// A deep copy of a block with its name and token but no progress. Another class of parameter
@@ -76,6 +79,8 @@ public:
 
     /// The same deep copy as from a pointer.
     CParameterBlock(CParameterBlock const& source);
+
+    /// Destroys all parameters, however deep they nest.
     ~CParameterBlock() override;
 
     /// Destroys all parameters.
@@ -84,13 +89,22 @@ public:
     /// \name Adding
     /// Each appends a new parameter; nothing is replaced. A null name is an empty one.
     /// @{
+
+    /// A text; a null one is an empty one.
     void AddParameter(const char* parameterName, const char* value);
+    /// A 32-bit number.
     void AddParameter(const char* parameterName, int value);
+    /// A double.
     void AddParameter(const char* parameterName, double value);
+    /// An unsigned 64-bit number.
     void AddParameter(const char* parameterName, unsigned long long value);
+    /// A signed 64-bit number.
     void AddParameter(const char* parameterName, long long value);
+    /// A file identity.
     void AddParameter(const char* parameterName, KEL::FileIdType value);
+    /// True or false.
     void AddParameter(const char* parameterName, bool value);
+    /// A float.
     void AddParameter(const char* parameterName, float value);
 
     /// Appends a deep copy of `block`; which may be this block or one inside it.
@@ -105,24 +119,34 @@ public:
     /// false and `*out` becomes the fallback (or "none": null, or a file identity of all ones).
     /// @{
 
-    /// A null fallback leaves `*out` as it is.
+    /// A string. A null fallback leaves `*out` as it is.
     bool FindParameter(const char* parameterName, std::string* out, const char* fallback) const;
+    /// A 32-bit number.
     bool FindParameter(const char* parameterName, int* out, int fallback) const;
+    /// A double.
     bool FindParameter(const char* parameterName, double* out, double fallback) const;
+    /// An unsigned 64-bit number.
     bool FindParameter(const char* parameterName, unsigned long long* out,
                        unsigned long long fallback) const;
+    /// A signed 64-bit number.
     bool FindParameter(const char* parameterName, long long* out, long long fallback) const;
+    /// True or false.
     bool FindParameter(const char* parameterName, bool* out, bool fallback) const;
+    /// A float.
     bool FindParameter(const char* parameterName, float* out, float fallback) const;
+    /// A file identity.
     bool FindParameter(const char* parameterName, KEL::FileIdType* out) const;
 
-    /// The block found stays the parameter's: its count does not change.
+    /// A binary block. It stays the parameter's: its count does not change.
     bool FindParameter(const char* parameterName, CBinaryBlock** out) const;
 
-    /// The block found stays owned by this one and is valid until the list changes.
+    /// A nested block. It stays owned by this one and is valid until the list changes.
     bool FindParameter(const char* parameterName, CParameterBlock** out) const;
 
+    /// Whether there is a CBoolParameter of that name.
     bool CheckBoolParameter(const char* parameterName) const;
+
+    /// Whether there is a CIntParameter of that name.
     bool CheckIntParameter(const char* parameterName) const;
 
     /// The first nested block of that name, and its place. False leaves both as they are.
@@ -186,6 +210,7 @@ public:
     /// Gives every parameter, nested ones included, its token; not this block itself.
     void SetTokens(std::map<std::string, int> const& tokens);
 
+    /// The number of bytes that SaveHeader writes.
     unsigned long GetSizeOfHeader(const char* id,
                                   std::vector<std::pair<std::string, int>> const* names) const;
 

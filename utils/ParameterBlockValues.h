@@ -23,13 +23,15 @@
 ///
 /// A parameter belongs to one thread at a time; different threads may use different parameters.
 
+/// What a file is known by while the process runs.
 namespace KEL {
 
 /// Two words that together identify a file; all ones in both means "none".
 struct FileIdType {
-    std::uint64_t first = ~std::uint64_t{0};
-    std::uint64_t second = ~std::uint64_t{0};
+    std::uint64_t first = ~std::uint64_t{0};   ///< The first word.
+    std::uint64_t second = ~std::uint64_t{0};  ///< The second word.
 
+    /// Whether both words are the same.
     friend bool operator==(FileIdType const&, FileIdType const&) = default;
 };
 
@@ -37,16 +39,16 @@ struct FileIdType {
 
 /// What the tag of a parameter says: the class of the parameter.
 enum ParameterTag : std::uint32_t {
-    tagString = 1,
-    tagInt = 2,
-    tagDouble = 3,
-    tagUInt64 = 4,
-    tagFileId = 5,
-    tagBlock = 6,
-    tagBool = 7,
-    tagFloat = 8,
-    tagSInt64 = 9,
-    tagBinaryBlock = 10,
+    tagString = 1,        ///< CStringParameter
+    tagInt = 2,           ///< CIntParameter
+    tagDouble = 3,        ///< CDoubleParameter
+    tagUInt64 = 4,        ///< CUInt64Parameter
+    tagFileId = 5,        ///< CFileIdTypeParameter
+    tagBlock = 6,         ///< CParameterBlock
+    tagBool = 7,          ///< CBoolParameter
+    tagFloat = 8,         ///< CFloatParameter
+    tagSInt64 = 9,        ///< CSInt64Parameter
+    tagBinaryBlock = 10,  ///< CBinaryBlockParameter
 };
 
 /// The token of a parameter whose name is written inline.
@@ -58,9 +60,9 @@ struct CLoadedName {
     /// a fixed number of them is quicker.
     static constexpr std::size_t shortLength = 15;
 
-    std::uint32_t token = noToken;
-    std::string_view text;
-    bool fPadded = false;
+    std::uint32_t token = noToken;  ///< The name's token, or noToken for one that stands inline.
+    std::string_view text;          ///< The name; it stays in the image or in its table.
+    bool fPadded = false;           ///< Whether `text` stands at the start of `shortLength` bytes.
 };
 
 /// A named value of one of ten types.
@@ -71,6 +73,8 @@ public:
     std::string name;               ///< May be empty.
 
     CParameter(CParameter const&) = delete;
+
+    /// Parameters are deleted through this class.
     virtual ~CParameter() = default;
 
     /// The value as text.
@@ -116,11 +120,16 @@ public:
 
     /// Parameters that are loaded or copied together share larger pieces of memory.
     static void* operator new(std::size_t size) { return AllocateParameterMemory(size); }
+
+    /// Gives that memory back, on any thread.
     static void operator delete(void* memory) noexcept { ReleaseParameterMemory(memory); }
 
 protected:
+    /// A parameter with a name and no token.
     CParameter(std::uint32_t parameterType, std::string_view parameterName)
         : type(parameterType), name(parameterName) {}
+
+    /// A parameter with the name that an image gives it.
     [[gnu::always_inline]] CParameter(std::uint32_t parameterType, CLoadedName const& loaded)
         : type(parameterType),
           token(loaded.token),
@@ -142,10 +151,11 @@ bool operator==(First const& first, Second const& second) {
 template <typename Value, std::uint32_t Tag>
 class CValueParameter : public CParameter {
 public:
-    static constexpr std::uint32_t tag = Tag;
+    static constexpr std::uint32_t tag = Tag;  ///< What `type` is in this class.
 
-    Value value{};
+    Value value{};  ///< The value; for anybody to read and change.
 
+    /// The default value under an empty name.
     CValueParameter() : CValueParameter(CLoadedName()) {}
 
     /// The default value under a name from an image.
@@ -157,15 +167,29 @@ public:
     /// Copies name and value of a parameter of the same class; another one stops the process.
     explicit CValueParameter(CParameter const* source);
 
+    /// Copies name and value.
     CValueParameter(CValueParameter const& source);
+
+    /// Copies name and value; the token stays.
     CValueParameter& operator=(CValueParameter const& source);
 
+    /// The number in decimal, 1 or 0 for a bool, "FileID" for a file identity.
     std::string GetString() const override;
+
+    /// The name's bytes and the value's.
     unsigned long GetSize() const override;
+
+    /// Writes the name and the value, little-endian.
     unsigned long Save(unsigned long available, unsigned char* out) const override;
+
+    /// Fewer bytes than the value's own leave it as it was.
     unsigned long Load(std::vector<std::string> const* names, unsigned long size,
                        unsigned char const* data) override;
+
+    /// Takes over name and value, as CParameter says.
     CParameter& operator=(CParameter& source) override;
+
+    /// Whether type, name and value are equal, as CParameter says.
     bool operator==(CParameter const& other) const override;
 };
 
@@ -230,10 +254,11 @@ public:
 /// A string of any bytes; 32-bit length, then the bytes. Its copies have no token.
 class CStringParameter : public CParameter {
 public:
-    static constexpr std::uint32_t tag = tagString;
+    static constexpr std::uint32_t tag = tagString;  ///< What `type` is in this class.
 
-    std::string value;
+    std::string value;  ///< The string; for anybody to read and change.
 
+    /// The empty string under an empty name.
     CStringParameter() : CStringParameter(CLoadedName()) {}
 
     /// The empty string under a name from an image.
@@ -245,7 +270,10 @@ public:
     /// Copies name and value of a string parameter; another one stops the process.
     explicit CStringParameter(CParameter const* source);
 
+    /// Copies name and value.
     CStringParameter(CStringParameter const& source);
+
+    /// Copies name and value; the token stays.
     CStringParameter& operator=(CStringParameter const& source);
 
     std::string GetString() const override;
@@ -270,15 +298,19 @@ public:
     void (*freeFunction)(void*);     ///< Releases the payload; may be null. Must not throw.
     void* (*copyFunction)(void*);    ///< Returns a new copy of the payload; may be null.
 
+    /// Takes over a payload, which may be null, with nobody holding the block yet.
     CBinaryBlock(void* payload, void (*free)(void*), void* (*copy)(void*));
     CBinaryBlock(CBinaryBlock const&) = delete;
     CBinaryBlock& operator=(CBinaryBlock const&) = delete;
+
+    /// Releases the payload.
     ~CBinaryBlock();
 
     /// A new block with a copy of the payload, owned by the caller and not yet counted; null when
     /// there is no payload or no way to copy it.
     CBinaryBlock* Copy() const;
 
+    /// Counts one more holder.
     void AddRef();
 
     /// Destroys the block when this was the last holder. Stops the process when there was none.
@@ -290,10 +322,11 @@ public:
 /// Two of them are never equal, not even one with itself.
 class CBinaryBlockParameter : public CParameter {
 public:
-    static constexpr std::uint32_t tag = tagBinaryBlock;
+    static constexpr std::uint32_t tag = tagBinaryBlock;  ///< What `type` is in this class.
 
     CBinaryBlock* block = nullptr;  ///< Held; may be null.
 
+    /// No block and an empty name.
     CBinaryBlockParameter();
 
     /// Becomes one more holder of `sharedBlock`; a null one stops the process.
@@ -302,7 +335,10 @@ public:
     /// Shares the block that `source`, a parameter of the same class, holds (which may be none).
     explicit CBinaryBlockParameter(CParameter const* source);
 
+    /// Shares the source's block under the same name.
     CBinaryBlockParameter(CBinaryBlockParameter const& source);
+
+    /// Assigns as below.
     CBinaryBlockParameter& operator=(CBinaryBlockParameter const& source);
 
     /// Gives up the share.

@@ -21,16 +21,18 @@
 
 /// Hours, minutes, seconds, frames within the second and hundredths of a frame.
 struct SMPTETimeCode {
-    std::int16_t nHours;
-    std::int16_t nMinutes;
-    std::int16_t nSeconds;
-    std::int16_t nFrames;
-    std::int16_t nSubFrames;
+    std::int16_t nHours;      ///< hours
+    std::int16_t nMinutes;    ///< minutes of the hour
+    std::int16_t nSeconds;    ///< seconds of the minute
+    std::int16_t nFrames;     ///< frames of the second, from 0
+    std::int16_t nSubFrames;  ///< hundredths of the frame
 };
 
 /// The number of whole frames before a position. Drop-frame makes no difference to it.
 std::int64_t SamplesToFrames(double dSampleRate, double dFrameRate, unsigned char fDropFrame,
                              double dSamples);
+
+/// The same for a position in two halves.
 std::int64_t SamplesToFrames(double dSampleRate, double dFrameRate, unsigned char fDropFrame,
                              std::uint64_t nSamplesLow, std::int64_t nSamplesHigh);
 
@@ -45,6 +47,8 @@ double PTFramesToSamples(double dSampleRate, double dFrameRate, std::int64_t nFr
 /// `fSubFrames` plays no part.
 bool SampleToSMPTE(double dSampleRate, double dFrameRate, unsigned char fDropFrame,
                    unsigned char fSubFrames, double dSamples, SMPTETimeCode* pTimeCode);
+
+/// The same for a position in two halves.
 bool SampleToSMPTE(double dSampleRate, double dFrameRate, unsigned char fDropFrame,
                    unsigned char fSubFrames, std::uint64_t nSamplesLow, std::int64_t nSamplesHigh,
                    SMPTETimeCode* pTimeCode);

@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <map>
 
+#include "platform/FileSystem.h"
+
 namespace {
 
 constexpr int kExitUsage = 2;
@@ -75,12 +77,15 @@ std::vector<CStep> ReadSteps(CLI::App const& app,
     return steps;
 }
 
-std::string BundleBeside(const char* szProgram) {
+// The bundle that was built with this program, or installed with it.
+std::string OwnBundle(const char* szProgram) {
     namespace fs = std::filesystem;
+    const std::string strProgram = FileSystem::ProgramPath();
+    const fs::path directory = fs::path(strProgram.empty() ? szProgram : strProgram).parent_path();
+    const fs::path built = directory.parent_path() / "TavarinProLink.bundle";
     std::error_code ignored;
-    const fs::path program = fs::canonical("/proc/self/exe", ignored);
-    const fs::path directory = (program.empty() ? fs::path(szProgram) : program).parent_path();
-    return (directory.parent_path() / "TavarinProLink.bundle").string();
+    if (fs::is_directory(built, ignored)) return built.string();
+    return (directory / TAVARIN_INSTALLED_BUNDLE).lexically_normal().string();
 }
 
 }  // namespace
@@ -92,7 +97,7 @@ std::optional<CArguments> ReadArguments(int argc, char** argv, int* pnStatus) {
         "stays."};
     app.name("tavarin-workstation");
     CArguments arguments;
-    arguments.strBundle = BundleBeside(argv[0]);
+    arguments.strBundle = OwnBundle(argv[0]);
     app.set_version_flag("--version", TAVARIN_VERSION);
     app.add_option("--view", arguments.strView, "the plug-in to show, or all three")
         ->check(CLI::IsMember({"link", "apt", "doubler", "all"}))

@@ -5,10 +5,19 @@
 #include <stdexcept>
 
 #include "Source/Notifications.h"
-#import "Source/TavarinProAPTLink_ViewController.h"
 #import "Source/TavarinProLink_ViewController.h"
 #import "Source/TavarinProLink_ViewControllerFactory.h"
 #include "workstation/RecordText.h"
+
+namespace {
+
+// By name, because this program is not linked with the bundle and so does not know where in a view
+// its fields are.
+id Field(id view, NSString* name) {
+    return [view valueForKey:name];
+}
+
+}  // namespace
 
 CPlugInBundle::CPlugInBundle(std::string const& strPath)
     : m_bundle([[NSBundle bundleWithPath:[NSString stringWithUTF8String:strPath.c_str()]] retain]),
@@ -89,25 +98,25 @@ void CPlugIn::AskUpdateCount() {
 
 bool CPlugIn::ChooseTake(bool fGuide) {
     if (m_strKind != "apt") return false;
-    auto* view = (TavarinProAPTLink_ViewController*)m_controller;
-    [(fGuide ? view->m_btnGuide : view->m_btnDub) performClick:nil];
-    return view->m_fGuideSelected == fGuide;
+    [Field(m_controller, fGuide ? @"m_btnGuide" : @"m_btnDub") performClick:nil];
+    return [Field(m_controller, @"m_fGuideSelected") boolValue] == fGuide;
 }
 
 bool CPlugIn::SetAutoSwitch(bool fOn) {
     if (m_strKind != "apt") return false;
-    auto* view = (TavarinProAPTLink_ViewController*)m_controller;
-    if (view->m_fAutoSwitch != fOn) [view->m_btnAutoTrackSwitch performClick:nil];
-    return view->m_fAutoSwitch == fOn;
+    const bool fBefore = [Field(m_controller, @"m_fAutoSwitch") boolValue];
+    if (fBefore != fOn) [Field(m_controller, @"m_btnAutoTrackSwitch") performClick:nil];
+    return [Field(m_controller, @"m_fAutoSwitch") boolValue] == fOn;
 }
 
 bool CPlugIn::ChooseTrack(int nTrack) {
     if (m_strKind != "link") return false;
-    auto* view = (TavarinProLink_ViewController*)m_controller;
-    [view FillTrackList:nil];
-    const auto nTracks = static_cast<int>([view->m_Tracks count]);
+    [(TavarinProLink_ViewController*)m_controller FillTrackList:nil];
+    NSArray* tracks = Field(m_controller, @"m_Tracks");
+    const auto nTracks = static_cast<int>([tracks count]);
     if (nTrack < 0 || nTrack >= nTracks) return false;
-    [view->m_TracksArray setSelectionIndex:nTrack];
+    NSArrayController* list = Field(m_controller, @"m_TracksArray");
+    [list setSelectionIndex:nTrack];
     return true;
 }
 

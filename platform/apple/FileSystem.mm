@@ -132,6 +132,10 @@ std::string TemporaryDirectory() {
     return directory == nil ? "/tmp" : Bytes(directory);
 }
 
+std::string ProgramPath() {
+    return Bytes([[NSBundle mainBundle] executablePath]);
+}
+
 void Log(const std::string& line) {
     NSLog(@"%@", Text(line));
 }

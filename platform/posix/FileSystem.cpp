@@ -83,6 +83,12 @@ std::string TemporaryDirectory() {
     return directory;
 }
 
+std::string ProgramPath() {
+    std::error_code error;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+    return program.string();
+}
+
 void Log(const std::string& line) {
     std::fputs((line + '\n').c_str(), stderr);
 }

@@ -143,6 +143,7 @@ void AddCheck(CLI::App& app) {
 int main(int argc, char** argv) {
     CLI::App app{"Colour schemes: pictures, JSON, differences and judgement."};
     app.name("tavarin-scheme");
+    app.set_version_flag("--version", TAVARIN_VERSION);
     app.require_subcommand(1);
     AddShow(app);
     AddExport(app);
