@@ -15,8 +15,8 @@ constexpr std::size_t largestChunk = 64 * 1024 - sizeof(CParameterChunk);
 
 // On the heap the room in front is rounded up so that the alignment stays.
 constexpr std::size_t heapPrefix = alignof(std::max_align_t);
-static_assert(heapPrefix >= sizeof(CParameterChunk*));
-static_assert((sizeof(CParameterChunk) + sizeof(CParameterChunk*)) % heapPrefix == 0);
+static_assert(heapPrefix >= sizeof(CParameterOrigin));
+static_assert((sizeof(CParameterChunk) + sizeof(CParameterOrigin)) % heapPrefix == 0);
 
 }  // namespace
 
@@ -47,7 +47,7 @@ bool CParameterArena::StartChunk(std::size_t slotSize) {
     RetireChunk();
     m_pChunk = chunk;
     m_pNext = chunk->Memory();
-    m_nLeft = capacity;
+    m_pEnd = m_pNext + capacity;
     m_nSlots = 0;
     m_nChunkSize = std::min(m_nChunkSize * 2, largestChunk);
     return true;
@@ -61,13 +61,13 @@ void* AllocateParameterMemory(std::size_t size) {
     if (CParameterArena* arena = CParameterArena::Current())
         if (void* memory = arena->Allocate(size)) return memory;
     auto* memory = static_cast<unsigned char*>(::operator new(heapPrefix + size)) + heapPrefix;
-    ::new (memory - sizeof(CParameterChunk*)) CParameterChunk*(nullptr);
+    ::new (memory - sizeof(CParameterOrigin)) CParameterOrigin(nullptr, false);
     return memory;
 }
 
 void ReleaseParameterMemory(void* memory) noexcept {
     if (memory == nullptr) return;
-    CParameterChunk* const chunk = ChunkOf(memory);
+    CParameterChunk* const chunk = CParameterOrigin::Of(memory).Chunk();
     if (chunk == nullptr)
         ::operator delete(static_cast<unsigned char*>(memory) - heapPrefix);
     else if (CReleaseBatch* batch = CReleaseBatch::Current())

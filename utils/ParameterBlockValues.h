@@ -54,13 +54,17 @@ inline constexpr std::uint32_t noToken = 0xFFFFFFFF;
 
 /// What a name's bytes in an image say.
 struct CLoadedName {
-    /// A text of at most this length may stand at the start of as many bytes, all readable: copying
-    /// a fixed number of them is quicker.
-    static constexpr std::size_t shortLength = 15;
-
     std::uint32_t token = noToken;
     std::string_view text;
-    bool fPadded = false;
+};
+
+/// The same for a name so short that copying a fixed number of bytes is quicker.
+struct CShortName {
+    static constexpr std::size_t longest = 15;
+
+    char text[longest + 1] = {};
+    std::uint32_t length = 0;
+    std::uint32_t token = noToken;
 };
 
 /// A named value of one of ten types.
@@ -121,12 +125,11 @@ public:
 protected:
     CParameter(std::uint32_t parameterType, std::string_view parameterName)
         : type(parameterType), name(parameterName) {}
-    [[gnu::always_inline]] CParameter(std::uint32_t parameterType, CLoadedName const& loaded)
-        : type(parameterType),
-          token(loaded.token),
-          name(loaded.fPadded ? std::string(loaded.text.data(), CLoadedName::shortLength)
-                              : std::string(loaded.text)) {
-        if (loaded.fPadded) name.erase(loaded.text.size());
+    CParameter(std::uint32_t parameterType, CLoadedName const& loaded)
+        : type(parameterType), token(loaded.token), name(loaded.text) {}
+    CParameter(std::uint32_t parameterType, CShortName const& loaded)
+        : type(parameterType), token(loaded.token), name(loaded.text, CShortName::longest) {
+        name.erase(loaded.length);
     }
 };
 
@@ -150,6 +153,7 @@ public:
 
     /// The default value under a name from an image.
     explicit CValueParameter(CLoadedName const& loaded) : CParameter(Tag, loaded) {}
+    explicit CValueParameter(CShortName const& loaded) : CParameter(Tag, loaded) {}
 
     /// A null name leaves the name empty.
     CValueParameter(const char* parameterName, Value parameterValue);
@@ -238,6 +242,7 @@ public:
 
     /// The empty string under a name from an image.
     explicit CStringParameter(CLoadedName const& loaded) : CParameter(tag, loaded) {}
+    explicit CStringParameter(CShortName const& loaded) : CParameter(tag, loaded) {}
 
     /// A null name or value is an empty one.
     CStringParameter(const char* parameterName, const char* parameterValue);
