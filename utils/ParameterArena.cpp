@@ -10,7 +10,7 @@ constexpr std::size_t smallestChunk = 0;
 constexpr std::size_t largestChunk = 0;
 #else
 constexpr std::size_t smallestChunk = 256;
-constexpr std::size_t largestChunk = 64 * 1024 - sizeof(CParameterChunk);
+constexpr std::size_t largestChunk = 32 * 1024 - sizeof(CParameterChunk);
 #endif
 
 // On the heap the room in front is rounded up so that the alignment stays.
@@ -19,9 +19,6 @@ static_assert(heapPrefix >= sizeof(CParameterOrigin));
 static_assert((sizeof(CParameterChunk) + sizeof(CParameterOrigin)) % heapPrefix == 0);
 
 }  // namespace
-
-thread_local CReleaseBatch* CReleaseBatch::s_pCurrent = nullptr;
-thread_local CParameterArena* CParameterArena::s_pCurrent = nullptr;
 
 CParameterChunk* CParameterChunk::Make(std::size_t capacity) {
     return ::new (::operator new(sizeof(CParameterChunk) + capacity)) CParameterChunk;

@@ -80,7 +80,7 @@ private:
         if (m_pChunk != nullptr) m_pChunk->Release(m_nReleases);
     }
 
-    static thread_local CReleaseBatch* s_pCurrent;
+    static inline constinit thread_local CReleaseBatch* s_pCurrent = nullptr;
 
     CReleaseBatch* m_pOuter;
     CParameterChunk* m_pChunk = nullptr;
@@ -137,7 +137,7 @@ private:
     bool StartChunk(std::size_t slotSize);
     void RetireChunk() noexcept;
 
-    static thread_local CParameterArena* s_pCurrent;
+    static inline constinit thread_local CParameterArena* s_pCurrent = nullptr;
 
     CParameterArena* m_pOuter;
     CParameterChunk* m_pChunk = nullptr;
