@@ -138,16 +138,15 @@ void CMessageChannel::AnswerRequest() {
     const CServerReply reply = m_handler(strRequest);
     m_watch.NoteProgress();
 
-    for (bool fWritten = false; TakeMutexForReply() && !HasNewRequest();) {
+    for (bool fWritten = false; TakeMutexForReply() && !HasNewRequest(); fWritten = true) {
         if (!fWritten) WriteReply(reply);
-        fWritten = true;
         Set(&Record()->fPending, 0);
         WaitLimit limit{LinkTimeNow() + kLookUs};
         const bool fNotified =
             NotifyOneAndRelease(&Record()->replyCondition, &Record()->nExchangeMutex, &limit);
         m_fMutexHeld = false;
         if (fNotified) WakeWord(&Record()->replyCondition.nCommand);
-        if (!limit.fReached) break;
+        if (!limit.fReached || MendIfHolderIsGone() || IsClosed()) break;
     }
 }
 
