@@ -40,6 +40,11 @@ public:
         m_fStopped = false;
     }
 
+    /// Waits for the end of a thread whose process was killed.
+    void AwaitEnd() {
+        while (m_fStopped) Await();
+    }
+
 private:
     void Await() {
         int nStatus = 0;
