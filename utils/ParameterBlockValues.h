@@ -136,6 +136,7 @@ protected:
     /// A parameter with the name that an image gives it.
     CParameter(std::uint32_t parameterType, CLoadedName const& loaded)
         : type(parameterType), token(loaded.token), name(loaded.text) {}
+    /// The same for a short one.
     CParameter(std::uint32_t parameterType, CShortName const& loaded)
         : type(parameterType), token(loaded.token), name(loaded.text, CShortName::longest) {
         name.erase(loaded.length);
