@@ -2,40 +2,38 @@
 
 #import "Source/PanelDrawing.h"
 #include "colours/ComponentCodes.h"
+#import "controls/GraphicUtils.h"
 
 namespace {
 
-constexpr CGFloat kLampSize = 8;
-constexpr CGFloat kLampInset = 14;
-constexpr CGFloat kArrowWidth = 9;
-constexpr CGFloat kArrowHeight = 5;
-constexpr CGFloat kSideMargin = 12;
+constexpr CGFloat kHeaderHeight = 40;
+constexpr CGFloat kFocusInset = 2.5;
+constexpr CGFloat kFocusRadius = 4;
+constexpr std::int32_t kTopToBottom = 1;
 
-void DrawLamp(NSRect frame, bool fLit) {
-    const NSRect lamp = NSMakeRect(frame.origin.x + kLampInset, NSMidY(frame) - kLampSize / 2,
-                                   kLampSize, kLampSize);
-    NSBezierPath* circle = [NSBezierPath bezierPathWithOvalInRect:lamp];
-    [PanelColour(fLit ? ccSelectedRegionSelectedAudio : ccSeparatorLine) set];
-    if (fLit) {
-        [circle fill];
-    } else {
-        [circle stroke];
-    }
+void Fill(NSRect rect, CComponentCode code) {
+    const auto context =
+        static_cast<CGContextRef>([[NSGraphicsContext currentContext] graphicsPort]);
+    [GraphicUtils FillRect:context
+                     Color:code
+                Background:CComponentCode()
+                      Rect:rect
+             FillDirection:kTopToBottom
+                   Flipped:NO];
 }
 
-// Two small triangles, up and down, at the right end.
-void DrawArrows(NSRect frame) {
-    [PanelColour(ccControlText) set];
-    const CGFloat centre = NSMaxX(frame) - kSideMargin - kArrowWidth / 2;
-    for (const CGFloat direction : {-1.0, 1.0}) {
-        const CGFloat base = NSMidY(frame) + 2 * direction;
-        NSBezierPath* arrow = [NSBezierPath bezierPath];
-        [arrow moveToPoint:NSMakePoint(centre - kArrowWidth / 2, base)];
-        [arrow lineToPoint:NSMakePoint(centre + kArrowWidth / 2, base)];
-        [arrow lineToPoint:NSMakePoint(centre, base + direction * kArrowHeight)];
-        [arrow closePath];
-        [arrow fill];
-    }
+// A second edge inside the first one, in the window that is in front.
+void DrawFocus(NSView* view) {
+    if (![[view window] isKeyWindow] || [[view window] firstResponder] != view) return;
+    NSColor* colour = PanelColour(ccButtonBorderActive);
+    if (colour == nil) return;
+    [colour set];
+    NSBezierPath* edge =
+        [NSBezierPath bezierPathWithRoundedRect:NSInsetRect([view bounds], kFocusInset, kFocusInset)
+                                        xRadius:kFocusRadius
+                                        yRadius:kFocusRadius];
+    [edge setLineWidth:1];
+    [edge stroke];
 }
 
 }  // namespace
@@ -43,7 +41,12 @@ void DrawArrows(NSRect frame) {
 @implementation TavarinProLink_PanelView
 
 - (void)drawRect:(NSRect)dirty {
-    DrawPanel([self bounds]);
+    const NSRect bounds = [self bounds];
+    Fill(bounds, ccWindowBackground);
+    const NSRect header = NSMakeRect(bounds.origin.x, NSMaxY(bounds) - kHeaderHeight,
+                                     bounds.size.width, kHeaderHeight);
+    Fill(header, ccTrackInfoBackground);
+    Fill(NSMakeRect(header.origin.x, header.origin.y, header.size.width, 1), ccTrackBackground);
 }
 
 - (BOOL)isOpaque {
@@ -52,33 +55,25 @@ void DrawArrows(NSRect frame) {
 
 @end
 
-@implementation TavarinProLink_ButtonCell
+@implementation TavarinProLink_ToggleButton
 
-- (void)drawWithFrame:(NSRect)frame inView:(NSView*)view {
-    const bool fOn = [self state] != 0;
-    DrawFace(frame, fOn || [self isHighlighted], HasFocus(view));
-    DrawLamp(frame, fOn);
-    CComponentCode text = fOn ? ccControlOnText : ccControlText;
-    if (![self isEnabled]) text = ccControlTextDisabled;
-    const CGFloat lampSpace = kLampInset + kLampSize;
-    frame.origin.x += lampSpace;
-    frame.size.width -= lampSpace + kSideMargin;
-    DrawLine([self title], [self font], text, frame, NSCenterTextAlignment);
+- (void)drawRect:(NSRect)dirty {
+    const BOOL fPressed = [[self cell] isHighlighted];
+    // The focus is shown here, for the cell does not know how.
+    [[self cell] setShowsFirstResponder:NO];
+    [[self cell] setHighlighted:fPressed || [self state] != 0];
+    [super drawRect:dirty];
+    [[self cell] setHighlighted:fPressed];
+    DrawFocus(self);
 }
 
 @end
 
-@implementation TavarinProLink_PopUpCell
+@implementation TavarinProLink_TrackPopUp
 
-- (void)drawWithFrame:(NSRect)frame inView:(NSView*)view {
-    // A choice is sent by way of the view that drew the cell last.
-    [self setControlView:view];
-    DrawFace(frame, [self isHighlighted], HasFocus(view));
-    DrawArrows(frame);
-    frame.origin.x += kSideMargin;
-    frame.size.width -= 3 * kSideMargin + kArrowWidth;
-    DrawLine([self titleOfSelectedItem], [self font],
-             [self isEnabled] ? ccControlText : ccControlTextDisabled, frame, NSLeftTextAlignment);
+- (void)drawRect:(NSRect)dirty {
+    [super drawRect:dirty];
+    DrawFocus(self);
 }
 
 // AppKit removes a present item with the title of a new one. So an item goes in under a title that

@@ -75,12 +75,12 @@ std::vector<CStep> ReadSteps(CLI::App const& app,
     return steps;
 }
 
-std::string BundleBeside(const char* szProgram) {
+std::string BesidePrograms(const char* szProgram, const char* szBundle) {
     namespace fs = std::filesystem;
     std::error_code ignored;
     const fs::path program = fs::canonical("/proc/self/exe", ignored);
     const fs::path directory = (program.empty() ? fs::path(szProgram) : program).parent_path();
-    return (directory.parent_path() / "TavarinProLink.bundle").string();
+    return (directory.parent_path() / szBundle).string();
 }
 
 }  // namespace
@@ -92,11 +92,14 @@ std::optional<CArguments> ReadArguments(int argc, char** argv, int* pnStatus) {
         "stays."};
     app.name("tavarin-workstation");
     CArguments arguments;
-    arguments.strBundle = BundleBeside(argv[0]);
+    arguments.strBundle = BesidePrograms(argv[0], "TavarinProLink.bundle");
+    arguments.strGallery = BesidePrograms(argv[0], "TavarinGallery.bundle");
     app.set_version_flag("--version", TAVARIN_VERSION);
     app.add_option("--view", arguments.strView, "the plug-in to show, or all three")
         ->check(CLI::IsMember({"link", "apt", "doubler", "all"}))
         ->capture_default_str();
+    app.add_flag("--gallery", arguments.fGallery,
+                 "show every control in every state instead of a plug-in");
     app.add_option("--bundle", arguments.strBundle, "path of TavarinProLink.bundle")
         ->check(CLI::ExistingDirectory);
     app.add_option("--captures", arguments.strCaptures,
