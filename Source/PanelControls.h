@@ -10,8 +10,8 @@
 @interface TavarinProLink_PanelView : NSView
 @end
 
-/// A button whose cell looks pressed as long as its state is on. It shows when it has the keyboard
-/// focus.
+/// A button from a nib, with a QXButtonCell, that looks pressed, with its lamp lit, as long as its
+/// state is on. It shows when it has the keyboard focus.
 @interface TavarinProLink_ToggleButton : NSButton
 @end
 

@@ -3,12 +3,15 @@
 #import "Source/PanelDrawing.h"
 #include "colours/ComponentCodes.h"
 #import "controls/GraphicUtils.h"
+#import "controls/QXButtonCell.h"
 
 namespace {
 
 constexpr CGFloat kHeaderHeight = 40;
-constexpr CGFloat kFocusInset = 2.5;
-constexpr CGFloat kFocusRadius = 4;
+constexpr CGFloat kFocusInset = 1.5;
+constexpr CGFloat kFocusRadius = 4.5;
+constexpr CGFloat kLampSize = 10;
+constexpr CGFloat kLampInset = 1.5;
 constexpr std::int32_t kTopToBottom = 1;
 
 void Fill(NSRect rect, CComponentCode code) {
@@ -20,6 +23,19 @@ void Fill(NSRect rect, CComponentCode code) {
                       Rect:rect
              FillDirection:kTopToBottom
                    Flipped:NO];
+}
+
+NSImage* MakeLamp(bool fLit) {
+    const NSRect area = NSMakeRect(0, 0, kLampSize, kLampSize);
+    NSImage* lamp = [[[NSImage alloc] initWithSize:area.size] autorelease];
+    NSBezierPath* circle =
+        [NSBezierPath bezierPathWithOvalInRect:NSInsetRect(area, kLampInset, kLampInset)];
+    [lamp lockFocus];
+    [PanelColour(fLit ? ccSelectedRegionSelectedAudio : ccSeparatorLine) set];
+    if (fLit) [circle fill];
+    [circle stroke];
+    [lamp unlockFocus];
+    return lamp;
 }
 
 // A second edge inside the first one, in the window that is in front.
@@ -57,13 +73,27 @@ void DrawFocus(NSView* view) {
 
 @implementation TavarinProLink_ToggleButton
 
+// Not in the nib, whose images are not in the colours of the scheme.
+- (void)awakeFromNib {
+    [self setImage:MakeLamp(false)];
+    [self setAlternateImage:MakeLamp(true)];
+    // What belongs to the state that is on includes a title.
+    [self setAlternateTitle:[self title]];
+}
+
 - (void)drawRect:(NSRect)dirty {
-    const BOOL fPressed = [[self cell] isHighlighted];
+    QXButtonCell* cell = [self cell];
     // The focus is shown here, for the cell does not know how.
-    [[self cell] setShowsFirstResponder:NO];
-    [[self cell] setHighlighted:fPressed || [self state] != 0];
+    [cell setShowsFirstResponder:NO];
+    const CComponentCode faceUp = cell->m_nFaceUp;
+    const CComponentCode borderUp = cell->m_nBorderUp;
+    if ([self state] != 0) {
+        cell->m_nFaceUp = cell->m_nFaceDown;
+        cell->m_nBorderUp = cell->m_nBorderDown;
+    }
     [super drawRect:dirty];
-    [[self cell] setHighlighted:fPressed];
+    cell->m_nFaceUp = faceUp;
+    cell->m_nBorderUp = borderUp;
     DrawFocus(self);
 }
 

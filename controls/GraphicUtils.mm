@@ -87,6 +87,7 @@ void FillPlain(CGContextRef context, CGColorRef color, NSRect rect) {
 
 void FillBackground(CGContextRef context, CComponentCode background, NSRect rect) {
     if (background == CComponentCode()) return;
+    const CSavedState state(context);
     FillPlain(context, gAppColours.FindCGColorRef(background), rect);
 }
 
@@ -157,8 +158,8 @@ void AddHole(CGContextRef context, NSRect hole) {
                   Flipped:fFlipped];
         return;
     }
-    const CSavedState state(context);
     FillBackground(context, background, rect);
+    const CSavedState state(context);
     CGContextBeginPath(context);
     AddRoundRect(context, rect, radius);
     CGContextClip(context);
@@ -186,7 +187,6 @@ void AddHole(CGContextRef context, NSRect hole) {
                   Flipped:fFlipped];
         return;
     }
-    const CSavedState state(context);
     FillBackground(context, background, rect);
     if (gAppColours.IsGradient(color)) {
         // Without a clip, so that it covers everything, hole included: that is how it has to look.
@@ -196,6 +196,7 @@ void AddHole(CGContextRef context, NSRect hole) {
     }
     const CGColorRef plain = gAppColours.FindCGColorRef(color);
     if (plain == nullptr) return;
+    const CSavedState state(context);
     CGContextSetFillColorWithColor(context, plain);
     CGContextBeginPath(context);
     AddRoundRect(context, rect, radius);

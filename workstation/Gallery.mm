@@ -17,9 +17,9 @@ constexpr CGFloat kGap = 12;
 constexpr CGFloat kMargin = 16;
 constexpr CGFloat kHeaderHeight = 34;
 constexpr CGFloat kCaptionHeight = 22;
-constexpr CGFloat kRowHeight = 30;
-constexpr CGFloat kRowLabelWidth = 64;
-constexpr CGFloat kSampleWidth = 104;
+constexpr CGFloat kRowHeight = 28;
+constexpr CGFloat kRowLabelWidth = 60;
+constexpr CGFloat kSampleWidth = 116;
 constexpr CGFloat kSampleGap = 8;
 constexpr CGFloat kCaptionSize = 11;
 constexpr CGFloat kTitleSize = 14;
@@ -52,9 +52,9 @@ struct CSize {
 };
 
 const CSize kSizes[] = {
-    {@"Regular", NSRegularControlSize, 24, 18},
-    {@"Small", NSSmallControlSize, 20, 18},
-    {@"Mini", NSMiniControlSize, 16, 13},
+    {@"Regular", NSRegularControlSize, 20, 18},
+    {@"Small", NSSmallControlSize, 18, 18},
+    {@"Mini", NSMiniControlSize, 15, 13},
 };
 
 /// One column of samples.

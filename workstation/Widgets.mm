@@ -88,9 +88,8 @@ NSView* MakePanel(NSString* title, NSSize size) {
     const NSRect frame = NSMakeRect(0, 0, size.width, size.height);
     NSView* panel =
         [[[NSClassFromString(@"TavarinProLink_PanelView") alloc] initWithFrame:frame] autorelease];
-    const NSRect strip =
-        NSMakeRect(kMargin - 2, size.height - (kHeaderHeight + kTitleHeight) / 2 + 1,
-                   size.width - 2 * kMargin, kTitleHeight);
+    const NSRect strip = NSMakeRect(kMargin, size.height - (kHeaderHeight + kTitleHeight) / 2 - 2,
+                                    size.width - 2 * kMargin, kTitleHeight);
     NSTextField* label = MakeLabel(title, strip, kTitleSize);
     [label setTextColor:PanelColour(ccControlOnText)];
     [panel addSubview:label];

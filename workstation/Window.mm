@@ -16,10 +16,10 @@ constexpr CGFloat kPanelHeight = 232;
 constexpr CGFloat kGap = 12;
 constexpr CGFloat kLogHeight = 190;
 constexpr CGFloat kMargin = 20;
-constexpr CGFloat kControlHeight = 28;
-constexpr CGFloat kPositionRow = 140;
-constexpr CGFloat kCaptureRow = 80;
-constexpr CGFloat kHostRow = 20;
+constexpr CGFloat kControlHeight = 20;
+constexpr CGFloat kPositionRow = 142;
+constexpr CGFloat kCaptureRow = 84;
+constexpr CGFloat kHostRow = 26;
 constexpr CGFloat kCaptionHeight = 16;
 constexpr CGFloat kCaptionSize = 11;
 constexpr CGFloat kLogSize = 11;
@@ -225,8 +225,8 @@ double ToPosition(NSTextField* field) {
             x -= width;
             NSButton* button =
                 MakeButton(TitleOf(m_session->PlugIns()[nPlugIn]->Kind()),
-                           NSMakeRect(x, kPanelHeight - 33, width, 26), self, @selector(OnChoose:),
-                           @"What follows goes to this plug-in");
+                           NSMakeRect(x, kPanelHeight - 30, width, kControlHeight), self,
+                           @selector(OnChoose:), @"What follows goes to this plug-in");
             x -= 6;
             [m_chooseButtons insertObject:button atIndex:0];
             [panel addSubview:button];
@@ -266,7 +266,7 @@ double ToPosition(NSTextField* field) {
                                         kPanelWidth - 2 * kMargin, kCaptionHeight);
         [panel addSubview:MakeLabel(caption.title, frame, kCaptionSize)];
     }
-    m_textPosition = MakeField(@"48000", place(0, kPositionRow + 2, kControlHeight - 4));
+    m_textPosition = MakeField(@"48000", place(0, kPositionRow, kControlHeight));
     [panel addSubview:m_textPosition];
     return panel;
 }

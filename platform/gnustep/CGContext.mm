@@ -50,23 +50,42 @@ NSRect Bounded(NSRect rect) {
                       std::abs(b.y - a.y));
 }
 
-/// The stops that a gradient can be drawn with: AppKit's stops the program when there are fewer
-/// than two.
-std::vector<GradientStop> DrawableStops(std::span<const GradientStop> stops) {
+GradientStop StopAt(CGFloat location, GradientStop stop, bool clear = false) {
+    stop.location = location;
+    if (clear) stop.rgba.back() = 0;
+    return stop;
+}
+
+/// Stops for AppKit's gradients, which extend at both ends whatever they are told, and which stop
+/// the program when there are fewer than two. An end that must not extend turns clear. Clipping
+/// would not do: AppKit loses a clip that is no rectangle when a state is saved inside it.
+std::vector<GradientStop> DrawableStops(std::span<const GradientStop> stops, bool before,
+                                        bool after) {
     std::vector<GradientStop> drawable;
-    drawable.reserve(stops.size() + 1);
-    for (GradientStop stop : stops) {
+    drawable.reserve(stops.size() + 4);
+    for (GradientStop const& stop : stops) {
         if (std::isnan(stop.location)) continue;
-        stop.location = std::clamp<CGFloat>(stop.location, 0, 1);
-        drawable.push_back(stop);
+        const GradientStop valid = StopAt(std::clamp<CGFloat>(stop.location, 0, 1), stop);
+        if (drawable.empty() && !before) {
+            drawable.push_back(StopAt(0, valid, true));
+            drawable.push_back(StopAt(0, valid));
+        }
+        drawable.push_back(valid);
+    }
+    if (!drawable.empty() && !after) {
+        drawable.push_back(StopAt(1, drawable.back()));
+        drawable.push_back(StopAt(1, drawable.back(), true));
     }
     if (drawable.size() == 1) drawable.push_back(drawable.front());
     return drawable;
 }
 
-void PaintStops(std::span<const GradientStop> stops, NSPoint start, NSPoint end) {
-    const std::vector<GradientStop> drawable = DrawableStops(stops);
-    if (drawable.empty()) return;
+void Paint(NSGraphicsContext* native, std::span<const GradientStop> stops, NSPoint start,
+           NSPoint end, bool before, bool after) {
+    start = Bounded(start);
+    end = Bounded(end);
+    const std::vector<GradientStop> drawable = DrawableStops(stops, before, after);
+    if (native == nil || drawable.empty() || NSEqualPoints(start, end)) return;
     // Whoever draws in a loop need not have a pool in it.
     NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
     NSMutableArray* colors = [NSMutableArray arrayWithCapacity:drawable.size()];
@@ -82,46 +101,9 @@ void PaintStops(std::span<const GradientStop> stops, NSPoint start, NSPoint end)
     NSGradient* gradient = [[NSGradient alloc] initWithColors:colors
                                                   atLocations:locations.data()
                                                    colorSpace:[NSColorSpace deviceRGBColorSpace]];
-    [gradient drawFromPoint:start toPoint:end options:0];
+    [native drawGradient:gradient fromPoint:start toPoint:end options:0];
     [gradient release];
     [pool drain];
-}
-
-/// Clips to what lies between the lines through two points at right angles to their connection.
-void ClipBetween(NSGraphicsContext* native, NSPoint start, NSPoint end, bool before, bool after) {
-    const CGFloat length = std::hypot(end.x - start.x, end.y - start.y);
-    const NSPoint along = NSMakePoint((end.x - start.x) / length, (end.y - start.y) / length);
-    const CGFloat from = before ? -kFarthest : 0;
-    const CGFloat to = after ? kFarthest : length;
-    const auto corner = [=](CGFloat forward, CGFloat aside) {
-        return Bounded(NSMakePoint(start.x + along.x * forward - along.y * aside,
-                                   start.y + along.y * forward + along.x * aside));
-    };
-    const NSPoint first = corner(from, -kFarthest);
-    DPSnewpath(native);
-    DPSmoveto(native, first.x, first.y);
-    for (const NSPoint point :
-         {corner(from, kFarthest), corner(to, kFarthest), corner(to, -kFarthest)}) {
-        DPSlineto(native, point.x, point.y);
-    }
-    DPSclosepath(native);
-    DPSclip(native);
-}
-
-/// AppKit's gradients extend at both ends, whatever they are told.
-void PaintBetween(NSGraphicsContext* native, std::span<const GradientStop> stops, NSPoint start,
-                  NSPoint end, bool before, bool after) {
-    start = Bounded(start);
-    end = Bounded(end);
-    if (native == nil || NSEqualPoints(start, end)) return;
-    if (before && after) {
-        PaintStops(stops, start, end);
-        return;
-    }
-    DPSgsave(native);
-    ClipBetween(native, start, end, before, after);
-    PaintStops(stops, start, end);
-    DPSgrestore(native);
 }
 
 }  // namespace
@@ -198,16 +180,15 @@ void CGContextSetFillColorWithColor(CGContextRef context, CGColorRef color) {
 
 void CGContextDrawLinearGradient(CGContextRef context, CGGradientRef gradient, CGPoint startPoint,
                                  CGPoint endPoint, CGGradientDrawingOptions options) {
-    PaintBetween(Native(context), StopsOf(gradient), startPoint, endPoint,
-                 (options & kCGGradientDrawsBeforeStartLocation) != 0,
-                 (options & kCGGradientDrawsAfterEndLocation) != 0);
+    Paint(Native(context), StopsOf(gradient), startPoint, endPoint,
+          (options & kCGGradientDrawsBeforeStartLocation) != 0,
+          (options & kCGGradientDrawsAfterEndLocation) != 0);
 }
 
 void CGContextDrawShading(CGContextRef context, CGShadingRef shading) {
     if (shading == nullptr) return;
     const AxialShading axial = AxialShadingOf(shading);
-    PaintBetween(Native(context), axial.stops, axial.start, axial.end, axial.extendStart,
-                 axial.extendEnd);
+    Paint(Native(context), axial.stops, axial.start, axial.end, axial.extendStart, axial.extendEnd);
 }
 
 CGRect CGRectInset(CGRect rect, CGFloat dx, CGFloat dy) {

@@ -27,7 +27,7 @@ static_assert(std::is_standard_layout_v<CGShading>,
 
 namespace {
 
-constexpr int kSteps = 256;
+constexpr int kSteps = 64;
 constexpr std::size_t kChannels = 3;
 
 GradientStop StopAt(CGFunctionRef function, CGFloat position) {

@@ -117,7 +117,8 @@ void CGShadingRelease(CGShadingRef shading);
 /// @{
 
 /// Saved states nest. A state is the clip, the fill colour, the transformation and, other than in
-/// the framework, the path.
+/// the framework, the path. A clip that is no rectangle does not hold in a state that is saved
+/// inside it, and is there again when that state is restored: what has such a clip does not save.
 void CGContextSaveGState(CGContextRef context);
 void CGContextRestoreGState(CGContextRef context);
 
