@@ -12,6 +12,8 @@ find_package(PkgConfig QUIET)
 if(PkgConfig_FOUND)
     pkg_check_modules(LUA QUIET IMPORTED_TARGET lua5.4)
     pkg_check_modules(SNDFILE QUIET IMPORTED_TARGET sndfile)
+    pkg_check_modules(LV2 QUIET IMPORTED_TARGET lv2)
+    pkg_check_modules(JACK QUIET IMPORTED_TARGET jack)
 endif()
 
 # tavarin_require(<what> <result> <variable>=<name>...): sets <result> to whether every variable is
