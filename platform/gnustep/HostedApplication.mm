@@ -4,7 +4,9 @@
 #import <GNUstepGUI/GSDisplayServer.h>
 #include <dlfcn.h>
 
+#include <array>
 #include <clocale>
+#include <csignal>
 
 #include "platform/Application.h"
 
@@ -31,6 +33,9 @@ XSetErrorHandlerFunction FindSetErrorHandler() {
 class CHostSettings {
 public:
     CHostSettings() : m_strLocale(std::setlocale(LC_ALL, nullptr)) {
+        for (int nSignal = 1; nSignal < kSignals; ++nSignal) {
+            sigaction(nSignal, nullptr, &m_Signals[nSignal]);
+        }
         const XSetErrorHandlerFunction set = FindSetErrorHandler();
         if (set == nullptr) return;
         m_pHandler = set(nullptr);
@@ -39,6 +44,11 @@ public:
 
     void GiveBack() const {
         std::setlocale(LC_ALL, m_strLocale.c_str());
+        for (int nSignal = 1; nSignal < kSignals; ++nSignal) {
+            // What was left to the system before, AppKit may have.
+            const bool fHandled = m_Signals[nSignal].sa_handler != SIG_DFL;
+            if (fHandled) sigaction(nSignal, &m_Signals[nSignal], nullptr);
+        }
         const XSetErrorHandlerFunction set = FindSetErrorHandler();
         // A process that showed no windows before has nothing to be given back.
         if (set == nullptr || m_pHandler == nullptr) return;
@@ -48,7 +58,10 @@ public:
     }
 
 private:
+    static constexpr int kSignals = 32;
+
     std::string m_strLocale;
+    std::array<struct sigaction, kSignals> m_Signals{};
     XErrorHandler m_pHandler = nullptr;
 };
 
