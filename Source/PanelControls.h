@@ -3,18 +3,19 @@
 #import <AppKit/AppKit.h>
 
 /// \file
-/// How the nibs' views look: drawn in the colours of the process-wide scheme. A colour that the
-/// scheme lacks is not drawn.
+/// What the nibs' views are made of besides AppKit's own and the cells of `controls/`.
 
-/// The background of a plug-in view, with a strip along its top edge for the view's name.
+/// The background of a plug-in view, with a strip along its top edge for the view's name. In the
+/// colours of the process-wide scheme.
 @interface TavarinProLink_PanelView : NSView
 @end
 
-/// A push button that stays in when its state is on and then has its lamp lit.
-@interface TavarinProLink_ButtonCell : NSButtonCell
+/// A button from a nib, with a QXButtonCell, that looks pressed, with its lamp lit, as long as its
+/// state is on. It shows when it has the keyboard focus.
+@interface TavarinProLink_ToggleButton : NSButton
 @end
 
-/// A pop-up button. Unlike AppKit's own it keeps entries of equal titles apart, so that positions
-/// in the menu are positions in the list behind it.
-@interface TavarinProLink_PopUpCell : NSPopUpButtonCell
+/// A pop-up that keeps entries of equal titles apart, unlike AppKit's own, so that positions in the
+/// menu are positions in the list behind it. It shows when it has the keyboard focus.
+@interface TavarinProLink_TrackPopUp : NSPopUpButton
 @end

@@ -2,40 +2,54 @@
 
 #import "Source/PanelDrawing.h"
 #include "colours/ComponentCodes.h"
+#import "controls/GraphicUtils.h"
+#import "controls/QXButtonCell.h"
 
 namespace {
 
-constexpr CGFloat kLampSize = 8;
-constexpr CGFloat kLampInset = 14;
-constexpr CGFloat kArrowWidth = 9;
-constexpr CGFloat kArrowHeight = 5;
-constexpr CGFloat kSideMargin = 12;
+constexpr CGFloat kHeaderHeight = 40;
+constexpr CGFloat kFocusInset = 1.5;
+constexpr CGFloat kFocusRadius = 4.5;
+constexpr CGFloat kLampSize = 10;
+constexpr CGFloat kLampInset = 1.5;
+constexpr std::int32_t kTopToBottom = 1;
 
-void DrawLamp(NSRect frame, bool fLit) {
-    const NSRect lamp = NSMakeRect(frame.origin.x + kLampInset, NSMidY(frame) - kLampSize / 2,
-                                   kLampSize, kLampSize);
-    NSBezierPath* circle = [NSBezierPath bezierPathWithOvalInRect:lamp];
-    [PanelColour(fLit ? ccSelectedRegionSelectedAudio : ccSeparatorLine) set];
-    if (fLit) {
-        [circle fill];
-    } else {
-        [circle stroke];
-    }
+void Fill(NSRect rect, CComponentCode code) {
+    const auto context =
+        static_cast<CGContextRef>([[NSGraphicsContext currentContext] graphicsPort]);
+    [GraphicUtils FillRect:context
+                     Color:code
+                Background:CComponentCode()
+                      Rect:rect
+             FillDirection:kTopToBottom
+                   Flipped:NO];
 }
 
-// Two small triangles, up and down, at the right end.
-void DrawArrows(NSRect frame) {
-    [PanelColour(ccControlText) set];
-    const CGFloat centre = NSMaxX(frame) - kSideMargin - kArrowWidth / 2;
-    for (const CGFloat direction : {-1.0, 1.0}) {
-        const CGFloat base = NSMidY(frame) + 2 * direction;
-        NSBezierPath* arrow = [NSBezierPath bezierPath];
-        [arrow moveToPoint:NSMakePoint(centre - kArrowWidth / 2, base)];
-        [arrow lineToPoint:NSMakePoint(centre + kArrowWidth / 2, base)];
-        [arrow lineToPoint:NSMakePoint(centre, base + direction * kArrowHeight)];
-        [arrow closePath];
-        [arrow fill];
-    }
+NSImage* MakeLamp(bool fLit) {
+    const NSRect area = NSMakeRect(0, 0, kLampSize, kLampSize);
+    NSImage* lamp = [[[NSImage alloc] initWithSize:area.size] autorelease];
+    NSBezierPath* circle =
+        [NSBezierPath bezierPathWithOvalInRect:NSInsetRect(area, kLampInset, kLampInset)];
+    [lamp lockFocus];
+    [PanelColour(fLit ? ccSelectedRegionSelectedAudio : ccSeparatorLine) set];
+    if (fLit) [circle fill];
+    [circle stroke];
+    [lamp unlockFocus];
+    return lamp;
+}
+
+// A second edge inside the first one, in the window that is in front.
+void DrawFocus(NSView* view) {
+    if (![[view window] isKeyWindow] || [[view window] firstResponder] != view) return;
+    NSColor* colour = PanelColour(ccButtonBorderActive);
+    if (colour == nil) return;
+    [colour set];
+    NSBezierPath* edge =
+        [NSBezierPath bezierPathWithRoundedRect:NSInsetRect([view bounds], kFocusInset, kFocusInset)
+                                        xRadius:kFocusRadius
+                                        yRadius:kFocusRadius];
+    [edge setLineWidth:1];
+    [edge stroke];
 }
 
 }  // namespace
@@ -43,7 +57,12 @@ void DrawArrows(NSRect frame) {
 @implementation TavarinProLink_PanelView
 
 - (void)drawRect:(NSRect)dirty {
-    DrawPanel([self bounds]);
+    const NSRect bounds = [self bounds];
+    Fill(bounds, ccWindowBackground);
+    const NSRect header = NSMakeRect(bounds.origin.x, NSMaxY(bounds) - kHeaderHeight,
+                                     bounds.size.width, kHeaderHeight);
+    Fill(header, ccTrackInfoBackground);
+    Fill(NSMakeRect(header.origin.x, header.origin.y, header.size.width, 1), ccTrackBackground);
 }
 
 - (BOOL)isOpaque {
@@ -52,33 +71,39 @@ void DrawArrows(NSRect frame) {
 
 @end
 
-@implementation TavarinProLink_ButtonCell
+@implementation TavarinProLink_ToggleButton
 
-- (void)drawWithFrame:(NSRect)frame inView:(NSView*)view {
-    const bool fOn = [self state] != 0;
-    DrawFace(frame, fOn || [self isHighlighted], HasFocus(view));
-    DrawLamp(frame, fOn);
-    CComponentCode text = fOn ? ccControlOnText : ccControlText;
-    if (![self isEnabled]) text = ccControlTextDisabled;
-    const CGFloat lampSpace = kLampInset + kLampSize;
-    frame.origin.x += lampSpace;
-    frame.size.width -= lampSpace + kSideMargin;
-    DrawLine([self title], [self font], text, frame, NSCenterTextAlignment);
+// Not in the nib, whose images are not in the colours of the scheme.
+- (void)awakeFromNib {
+    [self setImage:MakeLamp(false)];
+    [self setAlternateImage:MakeLamp(true)];
+    // What belongs to the state that is on includes a title.
+    [self setAlternateTitle:[self title]];
+}
+
+- (void)drawRect:(NSRect)dirty {
+    QXButtonCell* cell = [self cell];
+    // The focus is shown here, for the cell does not know how.
+    [cell setShowsFirstResponder:NO];
+    const CComponentCode faceUp = cell->m_nFaceUp;
+    const CComponentCode borderUp = cell->m_nBorderUp;
+    if ([self state] != 0) {
+        cell->m_nFaceUp = cell->m_nFaceDown;
+        cell->m_nBorderUp = cell->m_nBorderDown;
+    }
+    [super drawRect:dirty];
+    cell->m_nFaceUp = faceUp;
+    cell->m_nBorderUp = borderUp;
+    DrawFocus(self);
 }
 
 @end
 
-@implementation TavarinProLink_PopUpCell
+@implementation TavarinProLink_TrackPopUp
 
-- (void)drawWithFrame:(NSRect)frame inView:(NSView*)view {
-    // A choice is sent by way of the view that drew the cell last.
-    [self setControlView:view];
-    DrawFace(frame, [self isHighlighted], HasFocus(view));
-    DrawArrows(frame);
-    frame.origin.x += kSideMargin;
-    frame.size.width -= 3 * kSideMargin + kArrowWidth;
-    DrawLine([self titleOfSelectedItem], [self font],
-             [self isEnabled] ? ccControlText : ccControlTextDisabled, frame, NSLeftTextAlignment);
+- (void)drawRect:(NSRect)dirty {
+    [super drawRect:dirty];
+    DrawFocus(self);
 }
 
 // AppKit removes a present item with the title of a new one. So an item goes in under a title that

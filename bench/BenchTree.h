@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 /// A tree of named values that every contender builds in its own form.
@@ -33,3 +34,12 @@ std::size_t CountNodes(CBenchNode const& root);
 /// The same tree for forms in which a name may stand once in a block: neighbours of one name become
 /// a list under it; where names return in turn, the block becomes a list of blocks of one entry.
 CBenchNode WithoutRepeatedNames(CBenchNode const& root);
+
+/// A tree in both forms.
+struct CBenchTree {
+    explicit CBenchTree(CBenchNode root)
+        : repeating(std::move(root)), listed(WithoutRepeatedNames(repeating)) {}
+
+    CBenchNode repeating;
+    CBenchNode listed;
+};

@@ -17,15 +17,14 @@ public:
 
     virtual const char* Name() const = 0;
 
-    /// `root` outlives the contender. Builds the tree that Save, Copy, Find and Equal work on, and
-    /// a second one equal to it.
-    virtual void Build(CBenchNode const& root) = 0;
+    /// Builds the tree that Save, Copy, Find and Equal work on, anew if there is one.
+    virtual void Build(CBenchTree const& tree) = 0;
+
+    /// Makes a second tree equal to it.
+    virtual void BuildTwin() = 0;
 
     /// Saves the tree to memory anew and returns the image's length.
     virtual std::size_t Save() = 0;
-
-    /// Puts the tree back to what it was before its first save, where saving leaves traces on it.
-    virtual void ForgetSave() {}
 
     /// The bytes that Save made last.
     virtual std::string_view Image() const = 0;

@@ -47,10 +47,9 @@ class CNlohmannContender : public CContender {
 public:
     const char* Name() const override { return Format::name; }
 
-    void Build(CBenchNode const& root) override {
-        m_tree = Make(WithoutRepeatedNames(root));
-        m_twin = m_tree;
-    }
+    void Build(CBenchTree const& tree) override { m_tree = Make(tree.listed); }
+
+    void BuildTwin() override { m_twin = m_tree; }
 
     std::size_t Save() override {
         m_image = Format::Save(m_tree);

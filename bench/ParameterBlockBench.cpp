@@ -127,7 +127,7 @@ int PrintPeakMemory(std::size_t contender, std::size_t subject, std::size_t imag
     if (shared == MAP_FAILED) return 1;
     const pid_t maker = fork();
     if (maker == 0) {
-        tested.Build(subjects[subject].make());
+        tested.Build(CBenchTree(subjects[subject].make()));
         tested.Save();
         std::memcpy(shared, tested.Image().data(), std::min(imageSize, tested.Image().size()));
         _exit(0);
@@ -158,8 +158,8 @@ std::string PeakMemory(std::size_t contender, std::size_t subject, std::size_t i
 void Compare(std::size_t number, std::vector<std::string> const& names, int rounds) {
     CSubject const& subject = subjects[number];
     const bool compare = subject.fCompare;
-    const CBenchNode tree = subject.make();
-    const std::size_t nodes = CountNodes(tree);
+    const CBenchTree tree(subject.make());
+    const std::size_t nodes = CountNodes(tree.repeating);
     Contenders contenders = MakeContenders();
     std::printf("\n### %s: %zu nodes\n\n", subject.title, nodes);
     std::printf(
@@ -167,6 +167,7 @@ void Compare(std::size_t number, std::vector<std::string> const& names, int roun
     for (std::size_t i = 0; i < contenders.size(); ++i) {
         CContender& contender = *contenders[i];
         contender.Build(tree);
+        if (compare) contender.BuildTwin();
         const std::size_t size = contender.Save();
         const std::string image(contender.Image());
         contender.Load(image);
@@ -183,7 +184,7 @@ void Compare(std::size_t number, std::vector<std::string> const& names, int roun
 
     std::vector<COperation> operations;
     operations.push_back({"save", nullptr, [](CContender& c) { c.Save(); }});
-    operations.push_back({"save a tree never saved", [](CContender& c) { c.ForgetSave(); },
+    operations.push_back({"save a tree just built", [&tree](CContender& c) { c.Build(tree); },
                           [](CContender& c) { c.Save(); }});
     operations.push_back({"load and free", nullptr, [](CContender& c) {
                               c.Load(c.Image());

@@ -42,25 +42,18 @@ public:
 
     const char* Name() const override { return "parameter block"; }
 
-    void Build(CBenchNode const& root) override {
-        m_pSource = &root;
+    void Build(CBenchTree const& tree) override {
         m_tree.Clear();
-        Fill(m_tree, root);
-        m_twin.Clear();
-        Fill(m_twin, root);
+        Fill(m_tree, tree.repeating);
     }
+
+    void BuildTwin() override { m_twin = m_tree; }
 
     std::size_t Save() override {
         DropImage();
         m_image = CFDataCreateMutable(kCFAllocatorDefault, 0);
         m_nLength = m_tree.SaveBinarySessionToMemory("bench", m_image);
         return m_nLength;
-    }
-
-    // Saving leaves tokens, which help the next save.
-    void ForgetSave() override {
-        m_tree.Clear();
-        Fill(m_tree, *m_pSource);
     }
 
     std::string_view Image() const override {
@@ -112,7 +105,6 @@ private:
         m_image = nullptr;
     }
 
-    CBenchNode const* m_pSource = nullptr;
     CParameterBlock m_tree, m_twin;
     std::unique_ptr<CParameterBlock> m_pLoaded;
     CFMutableDataRef m_image = nullptr;

@@ -43,18 +43,16 @@ class CProtobufContender : public CContender {
 public:
     const char* Name() const override { return "protobuf Struct"; }
 
-    void Build(CBenchNode const& root) override {
+    void Build(CBenchTree const& tree) override {
+        m_tree = Struct();
+        if (tree.listed.kind != CBenchNode::list) return Fill(m_tree, tree.listed);
         // The topmost form of this library is a block; a list stands in one.
-        CBenchNode source = WithoutRepeatedNames(root);
-        if (source.kind == CBenchNode::list) {
-            CBenchNode outer;
-            outer.children.push_back(std::move(source));
-            source = std::move(outer);
-        }
-        m_tree.Clear();
-        Fill(m_tree, source);
-        m_twin = m_tree;
+        CBenchNode outer;
+        outer.children.push_back(tree.listed);
+        Fill(m_tree, outer);
     }
+
+    void BuildTwin() override { m_twin = m_tree; }
 
     std::size_t Save() override {
         m_strImage = std::string();

@@ -46,13 +46,15 @@ class CRapidJsonContender : public CContender {
 public:
     const char* Name() const override { return "RapidJSON"; }
 
-    void Build(CBenchNode const& root) override {
-        const CBenchNode source = WithoutRepeatedNames(root);
-        for (Document* document : {&m_tree, &m_twin}) {
-            Document().Swap(*document);
-            Value made = Make(source, document->GetAllocator());
-            document->Value::Swap(made);
-        }
+    void Build(CBenchTree const& tree) override {
+        Document().Swap(m_tree);
+        Value made = Make(tree.listed, m_tree.GetAllocator());
+        m_tree.Value::Swap(made);
+    }
+
+    void BuildTwin() override {
+        Document().Swap(m_twin);
+        m_twin.CopyFrom(m_tree, m_twin.GetAllocator());
     }
 
     std::size_t Save() override {

@@ -110,18 +110,21 @@ if(TARGET tavarin_controls)
         REQUIRES tavarin-colours LIBS ${pc_keep_classes} -ltavarin_controls ${pc_drawing})
 endif()
 
-# The bundle. On macOS CMake installs the whole directory; elsewhere it knows of the module alone.
-if(TARGET TavarinProLink)
-    if(APPLE)
-        install(TARGETS TavarinProLink LIBRARY DESTINATION "${TAVARIN_BUNDLE_DIR}" COMPONENT Views)
-    else()
-        get_target_property(bundle TavarinProLink TAVARIN_BUNDLE)
-        install(TARGETS TavarinProLink
-            LIBRARY DESTINATION "${TAVARIN_BUNDLE_DIR}/TavarinProLink.bundle" COMPONENT Views)
-        install(DIRECTORY "${bundle}/Resources"
-            DESTINATION "${TAVARIN_BUNDLE_DIR}/TavarinProLink.bundle" COMPONENT Views)
+# The bundles. On macOS CMake installs the whole directory; elsewhere it knows of the module alone.
+foreach(module IN ITEMS TavarinProLink TavarinGallery)
+    if(NOT TARGET ${module})
+        continue()
     endif()
-endif()
+    if(APPLE)
+        install(TARGETS ${module} LIBRARY DESTINATION "${TAVARIN_BUNDLE_DIR}" COMPONENT Views)
+    else()
+        get_target_property(bundle ${module} TAVARIN_BUNDLE)
+        install(TARGETS ${module}
+            LIBRARY DESTINATION "${TAVARIN_BUNDLE_DIR}/${module}.bundle" COMPONENT Views)
+        install(DIRECTORY "${bundle}/Resources"
+            DESTINATION "${TAVARIN_BUNDLE_DIR}/${module}.bundle" COMPONENT Views)
+    endif()
+endforeach()
 
 # Programs, each with its page of the manual and its completions.
 file(READ "${PROJECT_SOURCE_DIR}/completions/help.awk" TAVARIN_HELP_PARSER)

@@ -57,21 +57,30 @@ function(tavarin_add_test name)
     gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60 ${properties})
 endfunction()
 
-# tavarin_add_fuzz_target(<name> [LIBS <target>...] [SOURCES <file>...]): <name>.cpp holds a libFuzzer
-# entry. With TAVARIN_FUZZ it becomes the fuzzer <name>; with tests it is also run over the files of
-# corpus/<name>, by any compiler.
+# tavarin_add_fuzz_target(<name> [SHARED_MEMORY] [LIBS <target>...] [SOURCES <file>...]): <name>.cpp, or
+# <name>.mm where there is one, holds a libFuzzer entry. With TAVARIN_FUZZ it becomes the fuzzer
+# <name>; with tests it is also run over the files of corpus/<name>, by any compiler. SHARED_MEMORY as
+# for tests.
 function(tavarin_add_fuzz_target name)
-    cmake_parse_arguments(ARG "" "" "LIBS;SOURCES" ${ARGN})
+    cmake_parse_arguments(ARG "SHARED_MEMORY" "" "LIBS;SOURCES" ${ARGN})
+    set(source ${name}.cpp)
+    if(EXISTS "${CMAKE_CURRENT_SOURCE_DIR}/${name}.mm")
+        set(source ${name}.mm)
+    endif()
     if(TAVARIN_FUZZ)
-        add_executable(${name} ${name}.cpp ${ARG_SOURCES})
+        add_executable(${name} ${source} ${ARG_SOURCES})
         target_compile_options(${name} PRIVATE -fsanitize=fuzzer)
         target_link_options(${name} PRIVATE -fsanitize=fuzzer)
         target_link_libraries(${name} PRIVATE ${ARG_LIBS} tavarin_warnings)
     endif()
     if(TAVARIN_TESTS)
-        add_executable(${name}Replay ${name}.cpp ReplayMain.cpp ${ARG_SOURCES})
+        add_executable(${name}Replay ${source} ReplayMain.cpp ${ARG_SOURCES})
         target_link_libraries(${name}Replay PRIVATE ${ARG_LIBS} tavarin_warnings)
         add_test(NAME ${name}Replay
                  COMMAND ${name}Replay "${CMAKE_CURRENT_SOURCE_DIR}/corpus/${name}")
+        set_tests_properties(${name}Replay PROPERTIES TIMEOUT 300)
+        if(ARG_SHARED_MEMORY)
+            set_tests_properties(${name}Replay PROPERTIES RESOURCE_LOCK tavarin_shared_memory)
+        endif()
     endif()
 endfunction()

@@ -3,16 +3,26 @@
 #include <sys/file.h>
 
 #include <boost/interprocess/exceptions.hpp>
+#include <cerrno>
+#include <utility>
 
 #include "link/LinkClock.h"
 #include "link/MappedSegment.h"
+#include "platform/SegmentUsers.h"
 
 namespace {
 
 using namespace boost::interprocess;
 
-std::string MessageSegmentName(int nId) {
-    return szHostSegmentPrefix + std::to_string(nId);
+std::string MessageSegmentName(int nId, SegmentName name) {
+    const std::string strName = szHostSegmentPrefix + std::to_string(nId);
+    return name == SegmentName::Spare ? strName + ".spare" : strName;
+}
+
+// Removes what a crash may have left under the name.
+std::string FreeName(std::string strName) {
+    shared_memory_object::remove(strName.c_str());
+    return strName;
 }
 
 shared_memory_object CreateObject(std::string const& name, std::size_t nSize) {
@@ -59,6 +69,12 @@ void RefuseLiveHost() {
     }
 }
 
+// The directory's name, free for this process.
+std::string ClaimDirectory() {
+    RefuseLiveHost();
+    return FreeName(szDirectorySegment);
+}
+
 }  // namespace
 
 COwnedSegment::COwnedSegment(std::string name, std::size_t nSize)
@@ -67,27 +83,30 @@ COwnedSegment::COwnedSegment(std::string name, std::size_t nSize)
       m_region(m_object, read_write) {}
 
 COwnedSegment::~COwnedSegment() {
-    shared_memory_object::remove(m_strName.c_str());
+    if (!m_strName.empty()) shared_memory_object::remove(m_strName.c_str());
 }
 
-CHostSegments::CHostSegments(int nId) {
-    RefuseLiveHost();
-    shared_memory_object::remove(szDirectorySegment);
-    shared_memory_object::remove(MessageSegmentName(nId).c_str());
-
-    m_pDirectory = std::make_unique<COwnedSegment>(szDirectorySegment, sizeof(DirectoryRecord));
-    flock(m_pDirectory->Descriptor(), LOCK_EX | LOCK_NB);
-    m_pMessage =
-        std::make_unique<COwnedSegment>(MessageSegmentName(nId), MessageLayout::kSegmentSize);
-    Message()->nRequestCapacity = MessageLayout::kRequestCapacity;
-    Message()->nBufferOffset = MessageLayout::kBufferOffset;
-    Message()->nErrorOffset = MessageLayout::kErrorOffset;
+bool COwnedSegment::TakeNameOf(COwnedSegment& other) noexcept {
+    if (!RenameSharedMemory(m_strName.c_str(), other.m_strName.c_str())) return false;
+    m_strName = std::exchange(other.m_strName, {});
+    return true;
 }
 
-char* CHostSegments::Buffer() const noexcept {
-    return reinterpret_cast<char*>(m_pMessage->Bytes() + MessageLayout::kBufferOffset);
+CHostDirectory::CHostDirectory() : m_segment(ClaimDirectory(), sizeof(DirectoryRecord)) {
+    flock(m_segment.Descriptor(), LOCK_EX | LOCK_NB);
 }
 
-char* CHostSegments::ErrorText() const noexcept {
-    return reinterpret_cast<char*>(m_pMessage->Bytes() + MessageLayout::kErrorOffset);
+CHostMessageSegment::CHostMessageSegment(int nId, SegmentName name)
+    : m_segment(FreeName(MessageSegmentName(nId, name)), MessageLayout::kSegmentSize) {
+    Record()->nRequestCapacity = MessageLayout::kRequestCapacity;
+    Record()->nBufferOffset = MessageLayout::kBufferOffset;
+    Record()->nErrorOffset = MessageLayout::kErrorOffset;
+}
+
+char* CHostMessageSegment::Buffer() const noexcept {
+    return reinterpret_cast<char*>(m_segment.Bytes() + MessageLayout::kBufferOffset);
+}
+
+char* CHostMessageSegment::ErrorText() const noexcept {
+    return reinterpret_cast<char*>(m_segment.Bytes() + MessageLayout::kErrorOffset);
 }

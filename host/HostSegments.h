@@ -3,7 +3,6 @@
 #include <boost/interprocess/mapped_region.hpp>
 #include <boost/interprocess/shared_memory_object.hpp>
 #include <cstddef>
-#include <memory>
 #include <stdexcept>
 #include <string>
 
@@ -41,33 +40,58 @@ public:
     }
     int Descriptor() const { return m_object.get_mapping_handle().handle; }
 
+    /// Takes another segment's name, under which newcomers find this one from now on. The other
+    /// stays mapped wherever it is. False when the platform cannot do that.
+    bool TakeNameOf(COwnedSegment& other) noexcept;
+
 private:
-    std::string m_strName;
+    std::string m_strName;  ///< empty once another segment has it
     boost::interprocess::shared_memory_object m_object;
     boost::interprocess::mapped_region m_region;
 };
 
-/// The directory and the message segment of one host, from creation to removal.
+/// The directory segment of this process, held for as long as the process lives.
 ///
-/// A pair that a crashed host left behind is taken over; a live one is refused. The locking inside
-/// is the link's word protocol; this class only owns the memory.
-class CHostSegments {
+/// What a crashed host left behind is taken over; a live one is refused.
+class CHostDirectory {
 public:
-    /// Creates both segments for host `nId`. Throws `CHostSegmentError` when a live host has them.
-    explicit CHostSegments(int nId);
+    /// Throws `CHostSegmentError` when a live host has the directory.
+    CHostDirectory();
 
-    DirectoryRecord* Directory() const noexcept {
-        return reinterpret_cast<DirectoryRecord*>(m_pDirectory->Bytes());
+    DirectoryRecord* Record() const noexcept {
+        return reinterpret_cast<DirectoryRecord*>(m_segment.Bytes());
     }
-    MessageRecord* Message() const noexcept {
-        return reinterpret_cast<MessageRecord*>(m_pMessage->Bytes());
+
+private:
+    COwnedSegment m_segment;
+};
+
+/// The name that a new message segment gets.
+enum class SegmentName {
+    OfTheHost,  ///< where clients look; one that is there already is replaced
+    Spare       ///< a name beside it, to be exchanged for the host's
+};
+
+/// A message segment of this process, laid out and empty. The locking inside is the link's word
+/// protocol; this class only owns the memory.
+class CHostMessageSegment {
+public:
+    /// A segment of host `nId`, whose directory this process has.
+    CHostMessageSegment(int nId, SegmentName name);
+
+    bool TakeNameOf(CHostMessageSegment& other) noexcept {
+        return m_segment.TakeNameOf(other.m_segment);
+    }
+
+    MessageRecord* Record() const noexcept {
+        return reinterpret_cast<MessageRecord*>(m_segment.Bytes());
     }
     /// The request and reply buffer, `MessageLayout::kReplySize` bytes.
     char* Buffer() const noexcept;
     /// The error text buffer, `MessageLayout::kErrorSize` bytes.
     char* ErrorText() const noexcept;
+    int Descriptor() const { return m_segment.Descriptor(); }
 
 private:
-    std::unique_ptr<COwnedSegment> m_pDirectory;
-    std::unique_ptr<COwnedSegment> m_pMessage;
+    COwnedSegment m_segment;
 };

@@ -2,19 +2,13 @@
 
 #include <condition_variable>
 #include <cstdint>
-#include <functional>
+#include <list>
 #include <mutex>
 #include <string>
 #include <thread>
 
 #include "host/HostSegments.h"
-
-/// What a host has to say to one request.
-struct CServerReply {
-    std::string strReply;  ///< what the script printed; ends at its first NUL for the client
-    std::string strError;  ///< empty when the script raised no error
-    std::uint32_t nUpdateCount = 0;  ///< the directory's update counter from now on
-};
+#include "host/MessageChannel.h"
 
 /// The host's side of the link: announces itself in the directory and answers one request after
 /// the other.
@@ -23,12 +17,17 @@ struct CServerReply {
 /// that a long script does not make the host look dead. The public operations are safe on any
 /// thread. A request that its client gave up waiting for is run to its end, and its reply is
 /// dropped when another client's request has taken its place meanwhile.
+///
+/// A client that dies in the middle of an exchange costs the others about a second at most. One
+/// that is only halted, by a signal or a debugger, keeps its segment until it goes on or dies, and
+/// so do those that were already waiting behind it; everybody else gets a fresh one.
 class CLinkServer {
 public:
-    using Handler = std::function<CServerReply(std::string const& request)>;
+    using Handler = CMessageChannel::Handler;
 
-    /// Creates the segments and starts answering with `handler`, which is called on the answering
-    /// thread only. Throws `CHostSegmentError` when the segments cannot be had.
+    /// Creates the segments and starts answering with `handler`, which is called for one request at
+    /// a time, but not always on the same thread. Throws `CHostSegmentError` when the segments
+    /// cannot be had.
     CLinkServer(int nId, bool fSessionSelected, Handler handler);
     /// Closes the segments to new requests, answers the one under way and removes the segments.
     ~CLinkServer();
@@ -41,21 +40,21 @@ public:
     void SetUpdateCount(std::uint32_t nUpdateCount) noexcept;
 
 private:
-    void ServeRequests();
-    bool HasNewRequest() const noexcept;
-    bool IsClientWaiting() const noexcept;
-    void AnswerRequest();
-    void WriteReply(CServerReply const& reply);
-    void KeepHeartbeat();
+    CServerReply Answer(std::string const& request);
+    void KeepUp();
     void RefreshDirectory() noexcept;
+    void LookAfterChannels();
 
     const int m_nId;
     const Handler m_handler;
-    CHostSegments m_segments;
+    std::mutex m_handlerMutex;
+    CHostDirectory m_directory;
+    std::mutex m_channelsMutex;
+    std::list<CMessageChannel>
+        m_channels;  ///< the last one is where clients look; empty at the end
     std::mutex m_mutex;
     std::condition_variable m_wake;
     bool m_fSessionSelected;
     bool m_fStop = false;
-    std::thread m_serveThread;
-    std::thread m_heartbeatThread;
+    std::thread m_keeper;
 };

@@ -5,7 +5,7 @@
 #include <set>
 #include <utility>
 
-#include "host/Utf8.h"
+#include "platform/Utf8.h"
 
 namespace {
 

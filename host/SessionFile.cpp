@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "host/AtomicFile.h"
-#include "host/Utf8.h"
+#include "platform/Utf8.h"
 
 using nlohmann::json;
 

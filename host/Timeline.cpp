@@ -9,7 +9,7 @@
 
 #include "host/AtomicFile.h"
 #include "host/TimeScale.h"
-#include "host/Utf8.h"
+#include "host/XmlText.h"
 
 namespace {
 

@@ -3,6 +3,7 @@
 
 #include "FileIO/FileName.h"
 #include "link/CommandTexts.h"
+#include "link/SampleRateWarning.h"
 #include "link/ScriptWriter.h"
 #include "link/TANClientInterProcess.h"
 #include "platform/NumberText.h"
@@ -139,8 +140,7 @@ bool CTANClientInterProcess::RenderSelectedRegion(bool fAudioSuite, int sessionR
     }
     if (values.size() == 1) ReportReason(values[0]);
     if (sessionRate != -1 && sessionRate != nHostRate) {
-        m_strLastError = "Warning - Session Sample Rate is: " + std::to_string(sessionRate) +
-                         " Tavarin Pro Sample rate is: " + std::to_string(nHostRate);
+        m_strLastError = SampleRateWarning(sessionRate, nHostRate);
     }
     return fRendered;
 }
@@ -150,6 +150,11 @@ void CTANClientInterProcess::ReportReason(std::string const& code) {
     if (nReason >= 0 && nReason < static_cast<std::int32_t>(std::size(kReasons))) {
         m_strLastError = kReasons[nReason];
     }
+}
+
+std::string SampleRateWarning(int sessionRate, int hostRate) {
+    return "Warning - Session Sample Rate is: " + std::to_string(sessionRate) +
+           " Tavarin Pro Sample rate is: " + std::to_string(hostRate);
 }
 
 std::string EscapeBackstroke(std::string const& text) {

@@ -3,7 +3,6 @@
 #include <sched.h>
 #include <unistd.h>
 
-#include "link/LinkClock.h"
 #include "link/WaitPacer.h"
 
 namespace {
@@ -22,18 +21,35 @@ std::uint32_t SwapWord(std::uint32_t* pWord, std::uint32_t nExpected,
     return nExpected;
 }
 
+std::int64_t TimeOf(const WaitLimit* pLimit) noexcept {
+    return pLimit ? pLimit->lTime : kNoDeadline;
+}
+
+bool HasPassed(std::int64_t lTime) noexcept {
+    return lTime != kNoDeadline && LinkTimeNow() >= lTime;
+}
+
 // Takes the enter lock and keeps it when there is a waiter.
-bool EnterAsNotifier(ConditionWords* pCondition) noexcept {
-    AcquireWord(&pCondition->nEnterLock, kNoDeadline);
+bool EnterAsNotifier(ConditionWords* pCondition, WaitLimit* pLimit) noexcept {
+    if (!AcquireWord(&pCondition->nEnterLock, TimeOf(pLimit))) {
+        pLimit->fReached = true;
+        return false;
+    }
     if (ReadWord(&pCondition->nWaiterCount) > 0) return true;
     ReleaseWord(&pCondition->nEnterLock);
     return false;
 }
 
-void CommandOneWaiter(ConditionWords* pCondition) noexcept {
+bool CommandOneWaiter(ConditionWords* pCondition, WaitLimit* pLimit) noexcept {
     while (SwapWord(&pCondition->nCommand, kCommandSleep, kCommandNotifyOne) != kCommandSleep) {
+        if (HasPassed(TimeOf(pLimit))) {
+            pLimit->fReached = true;
+            ReleaseWord(&pCondition->nEnterLock);
+            return false;
+        }
         sched_yield();
     }
+    return true;
 }
 
 bool EnterAsWaiter(ConditionWords* pCondition, std::uint32_t* pMutex,
@@ -70,9 +86,10 @@ bool LeaveOnTimeout(ConditionWords* pCondition) noexcept {
     return true;
 }
 
-// True when notified, false when the deadline came first.
-bool AwaitCommand(ConditionWords* pCondition, std::int64_t lDeadline,
-                  WaitPace const& pace) noexcept {
+// True when notified, false when the deadline came first. A notifier that keeps the enter lock
+// beyond the limit is not waited for.
+bool AwaitCommand(ConditionWords* pCondition, std::int64_t lDeadline, WaitPace const& pace,
+                  std::int64_t lLimit) noexcept {
     CWaitPacer pacer(&pCondition->nCommand, pace.nSpinCount, pace.nLongestSleepUs);
     for (;;) {
         if (ReadWord(&pCondition->nCommand) != kCommandSleep) {
@@ -82,6 +99,10 @@ bool AwaitCommand(ConditionWords* pCondition, std::int64_t lDeadline,
         if (lDeadline != kNoDeadline) {
             lLeftUs = lDeadline - LinkTimeNow();
             if (lLeftUs <= 0 && LeaveOnTimeout(pCondition)) return false;
+            if (lLeftUs <= 0 && HasPassed(lLimit)) {
+                __atomic_sub_fetch(&pCondition->nWaiterCount, 1, __ATOMIC_SEQ_CST);
+                return false;
+            }
         }
         pacer.Pause(kCommandSleep, lLeftUs);
     }
@@ -101,37 +122,37 @@ bool AcquireWord(std::uint32_t* pWord, std::int64_t lDeadline) noexcept {
     return true;
 }
 
-void AcquireWordEagerly(std::uint32_t* pWord) noexcept {
+bool AcquireWordEagerly(std::uint32_t* pWord, std::int64_t lDeadline) noexcept {
     CWaitPacer pacer(pWord, kHostPace.nSpinCount, kHostPace.nLongestSleepUs);
-    while (!TryAcquireWord(pWord)) pacer.Pause(1, kNoDeadline);
+    while (!TryAcquireWord(pWord)) {
+        if (HasPassed(lDeadline)) return false;
+        pacer.Pause(1, kNoDeadline);
+    }
+    return true;
 }
 
 void ReleaseWord(std::uint32_t* pWord) noexcept {
     SwapWord(pWord, 1, 0);
 }
 
-bool NotifyOne(ConditionWords* pCondition) noexcept {
-    if (!EnterAsNotifier(pCondition)) return false;
-    CommandOneWaiter(pCondition);
-    return true;
+bool NotifyOne(ConditionWords* pCondition, WaitLimit* pLimit) noexcept {
+    return EnterAsNotifier(pCondition, pLimit) && CommandOneWaiter(pCondition, pLimit);
 }
 
-bool NotifyOneAndRelease(ConditionWords* pCondition, std::uint32_t* pMutex) noexcept {
-    const bool fHasWaiter = EnterAsNotifier(pCondition);
+bool NotifyOneAndRelease(ConditionWords* pCondition, std::uint32_t* pMutex,
+                         WaitLimit* pLimit) noexcept {
+    const bool fHasWaiter = EnterAsNotifier(pCondition, pLimit);
     ReleaseWord(pMutex);
-    if (fHasWaiter) CommandOneWaiter(pCondition);
-    return fHasWaiter;
+    return fHasWaiter && CommandOneWaiter(pCondition, pLimit);
 }
 
 bool WaitOnCondition(ConditionWords* pCondition, std::uint32_t* pMutex, std::int64_t lDeadline,
-                     WaitPace const& pace) noexcept {
-    if (lDeadline != kNoDeadline && LinkTimeNow() >= lDeadline) return false;
+                     WaitPace const& pace, WaitLimit* pLimit) noexcept {
+    if (HasPassed(lDeadline)) return false;
     if (!EnterAsWaiter(pCondition, pMutex, lDeadline)) return false;
-    const bool fNotified = AwaitCommand(pCondition, lDeadline, pace);
-    if (pace.fEagerMutex) {
-        AcquireWordEagerly(pMutex);
-    } else {
-        AcquireWord(pMutex, kNoDeadline);
-    }
+    const bool fNotified = AwaitCommand(pCondition, lDeadline, pace, TimeOf(pLimit));
+    const bool fMutexHeld = pace.fEagerMutex ? AcquireWordEagerly(pMutex, TimeOf(pLimit))
+                                             : AcquireWord(pMutex, TimeOf(pLimit));
+    if (!fMutexHeld) pLimit->fReached = true;
     return fNotified;
 }

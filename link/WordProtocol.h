@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "link/LinkClock.h"
 #include "link/SharedSegments.h"
 
 /// \file
@@ -18,24 +19,34 @@ bool TryAcquireWord(std::uint32_t* pWord) noexcept;
 /// deadline has come (false: not held). With `kNoDeadline` it waits for ever.
 bool AcquireWord(std::uint32_t* pWord, std::int64_t lDeadline) noexcept;
 
-/// Takes the word however long that lasts, looking much more often than every 2 milliseconds. For
-/// the host's side, which must not make a client wait for its own naps.
-void AcquireWordEagerly(std::uint32_t* pWord) noexcept;
+/// The same, looking much more often than every 2 milliseconds. For the host's side, which must not
+/// make a client wait for its own naps.
+bool AcquireWordEagerly(std::uint32_t* pWord, std::int64_t lDeadline = kNoDeadline) noexcept;
 
 /// Frees a held lock word; a word that is already free stays so.
 void ReleaseWord(std::uint32_t* pWord) noexcept;
 
+/// Bounds the steps to which the protocol gives no deadline: taking an enter lock in order to
+/// notify, placing the command, taking the mutex back. In good health each lasts microseconds, but
+/// when the other side died in the middle of one it would last for ever.
+struct WaitLimit {
+    std::int64_t lTime = kNoDeadline;  ///< link time at which such a step is given up
+    bool fReached = false;             ///< set when one was
+};
+
 /// Wakes one waiter of a condition, if there is one.
 ///
 /// When there was a waiter the enter lock stays held on return, and the woken waiter frees it; the
-/// result then is true. Waits without limit for the enter lock and for an earlier notification to
-/// be taken.
-bool NotifyOne(ConditionWords* pCondition) noexcept;
+/// result then is true. Waits for the enter lock and for an earlier notification to be taken,
+/// without limit unless there is one; a notification that was given up leaves the words as they
+/// were.
+bool NotifyOne(ConditionWords* pCondition, WaitLimit* pLimit = nullptr) noexcept;
 
 /// Does the same with `*pMutex` held and frees the mutex on the way, before the waiter can wake:
 /// the waiter then finds it free. Nobody can join or leave the waiters in between, because the
-/// enter lock is held.
-bool NotifyOneAndRelease(ConditionWords* pCondition, std::uint32_t* pMutex) noexcept;
+/// enter lock is held. The mutex is freed in every case.
+bool NotifyOneAndRelease(ConditionWords* pCondition, std::uint32_t* pMutex,
+                         WaitLimit* pLimit = nullptr) noexcept;
 
 /// How a waiter spends its time between two looks at the command word, and how it takes the mutex
 /// back. The other side sees nothing of it.
@@ -52,12 +63,13 @@ inline constexpr WaitPace kClientPace{1000, 1000, false};
 inline constexpr WaitPace kHostPace{2000, 5000, true};
 
 /// Waits on a condition with `*pMutex` held: frees the mutex while waiting and holds it again on
-/// return, however long that takes. True when notified, false when the deadline came first.
+/// return, however long that takes. True when notified, false when the deadline came first. When a
+/// limit was reached the mutex is not held.
 ///
 /// The waiter polls the command word, spinning at first and then sleeping on the word in growing
 /// steps, so that a long wait costs next to nothing.
 bool WaitOnCondition(ConditionWords* pCondition, std::uint32_t* pMutex, std::int64_t lDeadline,
-                     WaitPace const& pace = kClientPace) noexcept;
+                     WaitPace const& pace = kClientPace, WaitLimit* pLimit = nullptr) noexcept;
 
 /// Holds a lock word for a scope.
 class CWordLock {
@@ -75,6 +87,8 @@ public:
 
     /// Whether the word is held.
     bool IsHeld() const noexcept { return m_pWord != nullptr; }
+    /// Leaves the word to whoever has it: it was freed, and could not be taken back.
+    void Forget() noexcept { m_pWord = nullptr; }
 
 private:
     std::uint32_t* m_pWord;

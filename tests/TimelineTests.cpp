@@ -6,7 +6,8 @@
 #include <filesystem>
 
 #include "host/TimeScale.h"
-#include "host/Utf8.h"
+#include "host/XmlText.h"
+#include "platform/Utf8.h"
 #include "tests/HostFixture.h"
 #include "tests/LinkScripts.h"
 #include "tests/TestAudio.h"

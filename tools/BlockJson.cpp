@@ -10,6 +10,7 @@
 #include <ostream>
 #include <stdexcept>
 
+#include "platform/Utf8.h"
 #include "tools/InputOutput.h"
 #include "utils/ParameterTree.h"
 

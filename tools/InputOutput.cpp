@@ -2,7 +2,6 @@
 
 #include <CLI/CLI.hpp>
 #include <cerrno>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -12,31 +11,9 @@
 #include <iterator>
 #include <memory>
 
-namespace {
+#include "platform/Utf8.h"
 
-// The length of the UTF-8 character that begins at `at`; 0 when there is none.
-std::size_t CharacterLength(std::string const& text, std::size_t at) {
-    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-    struct CForm {
-        unsigned char mask, lead;
-        std::uint32_t smallest;
-    };
-    static constexpr CForm forms[] = {
-        {0x80, 0x00, 0}, {0xE0, 0xC0, 0x80}, {0xF0, 0xE0, 0x800}, {0xF8, 0xF0, 0x10000}};
-    for (std::size_t length = 1; length <= 4; ++length) {
-        CForm const& form = forms[length - 1];
-        if ((byte(at) & form.mask) != form.lead) continue;
-        if (text.size() - at < length) return 0;
-        std::uint32_t code = byte(at) & static_cast<unsigned char>(~form.mask);
-        for (std::size_t i = 1; i < length; ++i) {
-            if ((byte(at + i) & 0xC0) != 0x80) return 0;
-            code = code << 6 | (byte(at + i) & 0x3F);
-        }
-        const bool surrogate = code >= 0xD800 && code <= 0xDFFF;
-        return code < form.smallest || code > 0x10FFFF || surrogate ? 0 : length;
-    }
-    return 0;
-}
+namespace {
 
 bool IsControl(std::string const& text, std::size_t at, std::size_t length) {
     const auto first = static_cast<unsigned char>(text[at]);
@@ -140,7 +117,7 @@ void WriteOutput(std::string const& path, std::string const& bytes) {
 std::string Quoted(std::string const& text) {
     std::string quoted = "\"";
     for (std::size_t at = 0; at < text.size();) {
-        const std::size_t length = CharacterLength(text, at);
+        const std::size_t length = Utf8CharacterLength(std::string_view(text).substr(at));
         if (length == 0 || IsControl(text, at, length))
             AppendEscaped(quoted, text, at, std::max<std::size_t>(length, 1));
         else if (text[at] == '"' || text[at] == '\\')
@@ -150,13 +127,4 @@ std::string Quoted(std::string const& text) {
         at += std::max<std::size_t>(length, 1);
     }
     return quoted + '"';
-}
-
-bool IsUtf8(std::string const& text) {
-    for (std::size_t at = 0; at < text.size();) {
-        const std::size_t length = CharacterLength(text, at);
-        if (length == 0) return false;
-        at += length;
-    }
-    return true;
 }

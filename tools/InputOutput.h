@@ -24,6 +24,3 @@ void WriteOutput(std::string const& path, std::string const& bytes);
 /// The text in double quotes, safe for a terminal: control characters and bytes that are no UTF-8
 /// stand as \xNN.
 std::string Quoted(std::string const& text);
-
-/// Whether the bytes are well-formed UTF-8.
-bool IsUtf8(std::string const& text);

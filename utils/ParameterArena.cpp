@@ -10,18 +10,15 @@ constexpr std::size_t smallestChunk = 0;
 constexpr std::size_t largestChunk = 0;
 #else
 constexpr std::size_t smallestChunk = 256;
-constexpr std::size_t largestChunk = 64 * 1024 - sizeof(CParameterChunk);
+constexpr std::size_t largestChunk = 32 * 1024 - sizeof(CParameterChunk);
 #endif
 
 // On the heap the room in front is rounded up so that the alignment stays.
 constexpr std::size_t heapPrefix = alignof(std::max_align_t);
-static_assert(heapPrefix >= sizeof(CParameterChunk*));
-static_assert((sizeof(CParameterChunk) + sizeof(CParameterChunk*)) % heapPrefix == 0);
+static_assert(heapPrefix >= sizeof(CParameterOrigin));
+static_assert((sizeof(CParameterChunk) + sizeof(CParameterOrigin)) % heapPrefix == 0);
 
 }  // namespace
-
-thread_local CReleaseBatch* CReleaseBatch::s_pCurrent = nullptr;
-thread_local CParameterArena* CParameterArena::s_pCurrent = nullptr;
 
 CParameterChunk* CParameterChunk::Make(std::size_t capacity) {
     return ::new (::operator new(sizeof(CParameterChunk) + capacity)) CParameterChunk;
@@ -47,7 +44,7 @@ bool CParameterArena::StartChunk(std::size_t slotSize) {
     RetireChunk();
     m_pChunk = chunk;
     m_pNext = chunk->Memory();
-    m_nLeft = capacity;
+    m_pEnd = m_pNext + capacity;
     m_nSlots = 0;
     m_nChunkSize = std::min(m_nChunkSize * 2, largestChunk);
     return true;
@@ -61,13 +58,13 @@ void* AllocateParameterMemory(std::size_t size) {
     if (CParameterArena* arena = CParameterArena::Current())
         if (void* memory = arena->Allocate(size)) return memory;
     auto* memory = static_cast<unsigned char*>(::operator new(heapPrefix + size)) + heapPrefix;
-    ::new (memory - sizeof(CParameterChunk*)) CParameterChunk*(nullptr);
+    ::new (memory - sizeof(CParameterOrigin)) CParameterOrigin(nullptr, false);
     return memory;
 }
 
 void ReleaseParameterMemory(void* memory) noexcept {
     if (memory == nullptr) return;
-    CParameterChunk* const chunk = ChunkOf(memory);
+    CParameterChunk* const chunk = CParameterOrigin::Of(memory).Chunk();
     if (chunk == nullptr)
         ::operator delete(static_cast<unsigned char*>(memory) - heapPrefix);
     else if (CReleaseBatch* batch = CReleaseBatch::Current())

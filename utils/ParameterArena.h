@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <new>
 #include <utility>
 
@@ -9,10 +10,27 @@
 
 class CParameterChunk;
 
-/// In front of everything from here stands the chunk it is in, or null for what is from the heap.
-inline CParameterChunk* ChunkOf(void* memory) {
-    return static_cast<CParameterChunk**>(memory)[-1];
-}
+/// Stands in front of everything from here: the chunk it is in, or none for what is from the heap,
+/// and whether it is known to be a parameter of exactly the class that its type tells.
+class CParameterOrigin {
+public:
+    CParameterOrigin(CParameterChunk* chunk, bool exact)
+        : m_lWord(reinterpret_cast<std::uintptr_t>(chunk) | (exact ? exactBit : 0)) {}
+
+    static CParameterOrigin Of(void const* memory) {
+        return static_cast<CParameterOrigin const*>(memory)[-1];
+    }
+
+    CParameterChunk* Chunk() const {
+        return reinterpret_cast<CParameterChunk*>(m_lWord & ~exactBit);
+    }
+    bool IsExact() const { return (m_lWord & exactBit) != 0; }
+
+private:
+    static constexpr std::uintptr_t exactBit = 1;
+
+    std::uintptr_t m_lWord;
+};
 
 /// A piece of memory that many parameters stand in. It goes when the arena that fills it and the
 /// last parameter in it are gone; parameters may go in any order and on any thread.
@@ -62,7 +80,7 @@ private:
         if (m_pChunk != nullptr) m_pChunk->Release(m_nReleases);
     }
 
-    static thread_local CReleaseBatch* s_pCurrent;
+    static inline constinit thread_local CReleaseBatch* s_pCurrent = nullptr;
 
     CReleaseBatch* m_pOuter;
     CParameterChunk* m_pChunk = nullptr;
@@ -82,22 +100,22 @@ public:
     static CParameterArena* Current() { return s_pCurrent; }
 
     /// Memory aligned for anything; null for more than should stand in a chunk.
-    void* Allocate(std::size_t size) {
+    void* Allocate(std::size_t size, bool exact = false) {
         const std::size_t slotSize = SlotSize(size);
-        if (m_nLeft < slotSize && !StartChunk(slotSize)) return nullptr;
+        if (static_cast<std::size_t>(m_pEnd - m_pNext) < slotSize && !StartChunk(slotSize))
+            return nullptr;
         unsigned char* const slot = m_pNext;
-        ::new (slot) CParameterChunk*(m_pChunk);
+        ::new (slot) CParameterOrigin(m_pChunk, exact);
         m_pNext += slotSize;
-        m_nLeft -= slotSize;
         ++m_nSlots;
-        return slot + sizeof(CParameterChunk*);
+        return slot + sizeof(CParameterOrigin);
     }
 
     /// A parameter to be destroyed with `delete`.
     template <typename Parameter, typename... Arguments>
     Parameter* Make(Arguments&&... arguments) {
         static_assert(sizeof(Parameter) <= largestPiece);
-        void* const memory = Allocate(sizeof(Parameter));
+        void* const memory = Allocate(sizeof(Parameter), true);
         try {
             return ::new (memory) Parameter(std::forward<Arguments>(arguments)...);
         } catch (...) {
@@ -113,18 +131,18 @@ private:
     // hold stands their chunk.
     static constexpr std::size_t SlotSize(std::size_t size) {
         constexpr std::size_t unit = alignof(std::max_align_t);
-        return (size + sizeof(CParameterChunk*) + unit - 1) / unit * unit;
+        return (size + sizeof(CParameterOrigin) + unit - 1) / unit * unit;
     }
 
     bool StartChunk(std::size_t slotSize);
     void RetireChunk() noexcept;
 
-    static thread_local CParameterArena* s_pCurrent;
+    static inline constinit thread_local CParameterArena* s_pCurrent = nullptr;
 
     CParameterArena* m_pOuter;
     CParameterChunk* m_pChunk = nullptr;
     unsigned char* m_pNext = nullptr;
-    std::size_t m_nLeft = 0;
+    unsigned char* m_pEnd = nullptr;
     std::size_t m_nSlots = 0;
     std::size_t m_nChunkSize;
 };

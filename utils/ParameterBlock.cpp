@@ -1,9 +1,7 @@
 #include "utils/ParameterBlock.h"
 
-#include <array>
 #include <memory>
 #include <string_view>
-#include <typeinfo>
 
 #include "platform/Assertion.h"
 #include "utils/ParameterArena.h"
@@ -11,39 +9,44 @@
 
 namespace {
 
-// The classes whose only memory is that of their texts, by tag.
-constexpr std::array<std::type_info const*, tagBinaryBlock> plainClasses{
-    nullptr,
-    &typeid(CStringParameter),
-    &typeid(CIntParameter),
-    &typeid(CDoubleParameter),
-    &typeid(CUInt64Parameter),
-    &typeid(CFileIdTypeParameter),
-    nullptr,
-    &typeid(CBoolParameter),
-    &typeid(CFloatParameter),
-    &typeid(CSInt64Parameter)};
-
 void FreeText(std::string& text) {
     // An empty string's capacity is what a string holds within itself.
     if (text.capacity() > std::string().capacity()) std::string().swap(text);
 }
 
 // Like `delete`, but spares the parameters of a load or a copy, which come by the thousand, their
-// destructors: those would do nothing but free texts.
+// destructors: those would do nothing but free texts and an empty list.
 void DestroyParameter(CParameter* parameter, CReleaseBatch& batch) {
     if (parameter == nullptr) return;
-    if (parameter->type < plainClasses.size() &&
-        &typeid(*parameter) == plainClasses[parameter->type]) {
-        if (CParameterChunk* const chunk = ChunkOf(parameter)) {
-            FreeText(parameter->name);
-            if (parameter->type == tagString)
-                FreeText(static_cast<CStringParameter*>(parameter)->value);
-            batch.Release(chunk);
-            return;
-        }
+    const CParameterOrigin origin = CParameterOrigin::Of(parameter);
+    if (!origin.IsExact() || parameter->type == tagBinaryBlock) {
+        delete parameter;
+        return;
     }
-    delete parameter;
+    FreeText(parameter->name);
+    if (parameter->type == tagString)
+        FreeText(static_cast<CStringParameter*>(parameter)->value);
+    else if (parameter->type == tagBlock)
+        CParameterList().swap(static_cast<CParameterBlock*>(parameter)->parameters);
+    batch.Release(origin.Chunk());
+}
+
+// Destroys a block's parameters from the end of its list on until one is a block that still holds
+// some: answers that one, which stays the last, or null when the list is empty.
+CParameterBlock* DestroyToNested(CParameterBlock& block, CReleaseBatch& batch) {
+    CParameterList& list = block.parameters;
+    CParameter** const first = list.data();
+    CParameter** end = first + list.size();
+    CParameterBlock* nested = nullptr;
+    while (end != first) {
+        if (end - first > prefetchDistance) PrefetchParameter(end[-1 - prefetchDistance]);
+        nested = AsBlock(end[-1]);
+        if (nested != nullptr && !nested->parameters.empty()) break;
+        nested = nullptr;
+        DestroyParameter(*--end, batch);
+    }
+    list.resize(static_cast<std::size_t>(end - first));
+    return nested;
 }
 
 // Destroys the tree below `root` from the ends of its lists, without recursion and without asking
@@ -53,25 +56,17 @@ void DestroyParameters(CParameterBlock& root) noexcept {
     CParameterBlock* current = &root;
     CParameterBlock* parent = nullptr;
     for (;;) {
-        CParameterList& list = current->parameters;
-        if (list.empty()) {
-            if (parent == nullptr) return;
-            delete current;
-            current = parent;
-            parent = static_cast<CParameterBlock*>(current->parameters.back());
-            current->parameters.pop_back();
+        if (CParameterBlock* const nested = DestroyToNested(*current, batch)) {
+            current->parameters.back() = parent;
+            parent = current;
+            current = nested;
             continue;
         }
-        CParameter* const last = list.back();
-        CParameterBlock* const block = AsBlock(last);
-        if (block != nullptr && !block->parameters.empty()) {
-            list.back() = parent;
-            parent = current;
-            current = block;
-        } else {
-            list.pop_back();
-            DestroyParameter(last, batch);
-        }
+        if (parent == nullptr) return;
+        DestroyParameter(current, batch);
+        current = parent;
+        parent = static_cast<CParameterBlock*>(current->parameters.back());
+        current->parameters.pop_back();
     }
 }
 
@@ -209,8 +204,6 @@ void Append(CParameterBlock& block, std::unique_ptr<CParameter> parameter) {
 }
 
 }  // namespace
-
-CParameterBlock::CParameterBlock(CLoadedName const& loaded) : CParameter(tag, loaded) {}
 
 CParameterBlock::CParameterBlock() : CParameterBlock(CLoadedName()) {}
 

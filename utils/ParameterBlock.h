@@ -65,7 +65,8 @@ public:
     CParameterBlock();
 
     /// An empty block under a name from an image.
-    explicit CParameterBlock(CLoadedName const& loaded);
+    explicit CParameterBlock(CLoadedName const& loaded) : CParameter(tag, loaded) {}
+    explicit CParameterBlock(CShortName const& loaded) : CParameter(tag, loaded) {}
 
     /// The same, watched by `observer` while it loads.
     CParameterBlock(CProgress* observer, unsigned long total);
@@ -227,10 +228,10 @@ public:
     /// Makes a session image of this tree in `data`, which becomes 32 zero bytes longer than the
     /// image, and returns the image's length.
     ///
-    /// The most frequent names get the lowest tokens, equally frequent ones in byte order; the
+    /// The most frequent names get the lowest tokens, equally frequent ones in any order; the
     /// tokens stay on the tree. Returns 0 and leaves everything as it was when no parameter has a
-    /// name, or when the image could not be read back: a name holds a zero byte, or it would exceed
-    /// 4 GiB.
+    /// name or one holds a zero byte, with which it could not be read back. Returns 0 and leaves
+    /// `data` as it was when the image would exceed 4 GiB.
     unsigned long SaveBinarySessionToMemory(const char* id, CFMutableDataRef data);
 
     /// Replaces name and parameters by those of a session image. Returns a SessionStatus; nothing

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <string_view>
 
 #include "utils/ParameterArena.h"
@@ -13,39 +14,36 @@ constexpr std::size_t nameBytesPerImageByte = 16;
 // An entry takes six bytes at least, a parameter made from it rarely more than eleven times that.
 constexpr std::size_t memoryPerImageByte = 11;
 
-// Room made for the entries that a block claims: in the outermost one as many as its bytes may
-// hold, in nested ones a few, for they add up.
-constexpr std::size_t smallestUsualEntry = 16;
-constexpr std::size_t usualEntries = 8;
+// Room made for the entries that a block claims, for counts may lie: all lists together get room
+// for as many as the image may hold, and then only as many more as were read.
+constexpr std::size_t smallestUsualEntry = 5;
+constexpr std::size_t fewEntries = 8;
 
-// The names of one-byte tokens, which most entries have, ready to be copied quickly.
+// The short names of one-byte tokens, which most entries have, ready to be copied quickly.
 class CFrequentNames {
 public:
     explicit CFrequentNames(std::vector<std::string> const* names) {
         if (names == nullptr) return;
-        m_names.resize(std::min<std::size_t>(names->size(), codec::largestShortToken + 1));
-        for (std::uint32_t token = 0; token < m_names.size(); ++token) {
+        const std::size_t count =
+            std::min<std::size_t>(names->size(), codec::largestShortToken + 1);
+        for (std::uint32_t token = 0; token < count; ++token) {
             std::string const& name = (*names)[token];
-            CFrequentName& frequent = m_names[token];
-            frequent.said = {token, name};
-            if (name.size() > CLoadedName::shortLength) continue;
-            std::copy(name.begin(), name.end(), frequent.text);
-            frequent.said = {token, {frequent.text, name.size()}, true};
+            if (name.size() > CShortName::longest) continue;
+            std::copy(name.begin(), name.end(), m_names[token].text);
+            m_names[token].length = static_cast<std::uint32_t>(name.size());
+            m_names[token].token = token;
         }
     }
 
-    /// The name that a token's byte says; null for bytes that say more or nothing.
-    CLoadedName const* Find(unsigned char byte) const {
-        return byte < m_names.size() ? &m_names[byte].said : nullptr;
+    /// The name that a token's byte says; null when it is not a short one or the byte is no token.
+    CShortName const* Find(unsigned char byte) const {
+        CShortName const& name = m_names[byte];
+        return name.token != noToken ? &name : nullptr;
     }
 
 private:
-    struct CFrequentName {
-        CLoadedName said;
-        char text[CLoadedName::shortLength + 1] = {};
-    };
-
-    std::vector<CFrequentName> m_names;
+    // The last one stays unset: that byte begins a longer token.
+    std::array<CShortName, codec::largestShortToken + 2> m_names;
 };
 
 // Reads the image of one block and of all blocks in it. The blocks being read stand on a stack of
@@ -58,7 +56,8 @@ public:
           m_pNames(names),
           m_frequent(names),
           m_pNext(data),
-          m_nRest(size),
+          m_pEnd(data + size),
+          m_nRoomLeft(size / smallestUsualEntry),
           m_nNameBytesLeft(freeNameBytes + nameBytesPerImageByte * size),
           m_arena(memoryPerImageByte * size) {}
     CBlockLoader(CBlockLoader const&) = delete;
@@ -66,120 +65,136 @@ public:
 
     // An unfinished block goes with all that was read for it.
     ~CBlockLoader() {
-        if (m_open.size() > 1) DropLast(m_top);
+        TrimList();
+        if (m_open.size() == 1) return;
+        m_pLevel = &m_open.front();
+        delete *--m_pLevel->pNext;
+        TrimList();
     }
 
     // Whether the whole block was read.
     bool Load() {
-        Open(m_top, m_nRest / smallestUsualEntry);
+        Open(m_top);
         for (;;) {
-            while (m_open.back().nEntriesLeft == 0) {
-                if (m_open.size() == 1) return true;
-                if (!CloseNested()) return false;
-            }
-            --m_open.back().nEntriesLeft;
-            if (m_nRest < codec::tagSize || !LoadEntry(TakeNumber())) return false;
+            while (m_pLevel->pNext != m_pLevel->pEnd)
+                if (Rest() < codec::tagSize || !LoadEntry(TakeNumber())) return false;
+            if (m_pLevel->nWithoutRoom > 0)
+                GrowList(m_pLevel->pBlock->parameters.size() + fewEntries);
+            else if (m_open.size() == 1)
+                return true;
+            else if (!CloseNested())
+                return false;
         }
     }
 
-    unsigned long Rest() const { return m_nRest; }
+    std::size_t Rest() const { return static_cast<std::size_t>(m_pEnd - m_pNext); }
 
 private:
-    struct COpenBlock {
-        CParameterBlock* pBlock;
-        std::uint32_t nEntriesLeft;
+    // A block being read. Its list has null entries where more are to come, and so many more may
+    // come after them.
+    struct CLevel {
+        CParameterBlock* pBlock = nullptr;
+        CParameter** pNext = nullptr;
+        CParameter** pEnd = nullptr;
+        std::size_t nWithoutRoom = 0;
     };
 
     std::uint32_t TakeNumber() {
         const auto number = LoadLittleEndian<std::uint32_t>(m_pNext);
-        Advance(sizeof number);
+        m_pNext += sizeof number;
         return number;
     }
 
-    void Advance(std::size_t bytes) {
-        m_pNext += bytes;
-        m_nRest -= bytes;
-    }
-
-    // Reads the count and makes room for as many entries, within the given bound: counts may lie.
-    void Open(CParameterBlock& block, std::size_t mostRoom) {
-        m_open.push_back({&block, 0});
-        if (m_nRest < codec::countSize) return;
+    // Reads the count and makes room for the entries.
+    void Open(CParameterBlock& block) {
+        m_pLevel = &m_open.emplace_back();
+        m_pLevel->pBlock = &block;
+        m_pLevel->pNext = m_pLevel->pEnd = block.parameters.data();
+        if (Rest() < codec::countSize) return;
         const auto count = static_cast<std::int32_t>(TakeNumber());
         if (count <= 0) return;
-        m_open.back().nEntriesLeft = static_cast<std::uint32_t>(count);
-        block.parameters.reserve(std::min<std::size_t>(m_open.back().nEntriesLeft, mostRoom));
+        m_pLevel->nWithoutRoom = static_cast<std::size_t>(count);
+        const std::size_t room = std::min(m_pLevel->nWithoutRoom, m_nRoomLeft);
+        m_nRoomLeft -= room;
+        if (room > 0) GrowList(room);
+    }
+
+    // Makes room for at most so many of the entries that are still to come.
+    void GrowList(std::size_t mostRoom) {
+        const std::size_t room = std::min(m_pLevel->nWithoutRoom, mostRoom);
+        CParameterList& list = m_pLevel->pBlock->parameters;
+        const std::size_t used = list.size();
+        list.resize(used + room);
+        m_pLevel->nWithoutRoom -= room;
+        m_pLevel->pNext = list.data() + used;
+        m_pLevel->pEnd = list.data() + list.size();
+    }
+
+    void TrimList() {
+        CParameterList& list = m_pLevel->pBlock->parameters;
+        list.resize(static_cast<std::size_t>(m_pLevel->pNext - list.data()));
     }
 
     bool LoadEntry(std::uint32_t tag) {
+        if (tag < tagString || tag >= tagBinaryBlock) {
+            if (tag == tagBinaryBlock) return false;
+            ++m_pLevel->pNext;
+            return true;
+        }
+        if (m_pNext != m_pEnd)
+            if (CShortName const* name = m_frequent.Find(*m_pNext)) {
+                ++m_pNext;
+                return LoadNamed(tag, *name);
+            }
+        return LoadOther(tag);
+    }
+
+    // Apart from the rest, which is short this way.
+    [[gnu::noinline]] bool LoadOther(std::uint32_t tag) {
+        const codec::CNameBytes name = codec::ReadName(m_pNames, noToken, Rest(), m_pNext);
+        m_pNext += name.nConsumed;
+        return AllowName(name.said.text) && LoadNamed(tag, name.said);
+    }
+
+    template <typename Name>
+    bool LoadNamed(std::uint32_t tag, Name const& name) {
         switch (tag) {
             case tagString:
-                return LoadValue<CStringParameter>();
+                return LoadValue<CStringParameter>(name);
             case tagInt:
-                return LoadValue<CIntParameter>();
+                return LoadValue<CIntParameter>(name);
             case tagDouble:
-                return LoadValue<CDoubleParameter>();
+                return LoadValue<CDoubleParameter>(name);
             case tagUInt64:
-                return LoadValue<CUInt64Parameter>();
+                return LoadValue<CUInt64Parameter>(name);
             case tagFileId:
-                return LoadValue<CFileIdTypeParameter>();
-            case tagBlock:
-                return OpenNested();
+                return LoadValue<CFileIdTypeParameter>(name);
             case tagBool:
-                return LoadValue<CBoolParameter>();
+                return LoadValue<CBoolParameter>(name);
             case tagFloat:
-                return LoadValue<CFloatParameter>();
+                return LoadValue<CFloatParameter>(name);
             case tagSInt64:
-                return LoadValue<CSInt64Parameter>();
-            case tagBinaryBlock:
-                return false;
+                return LoadValue<CSInt64Parameter>(name);
             default:
-                m_open.back().pBlock->parameters.push_back(nullptr);
-                return true;
+                return OpenNested(name);
         }
     }
 
-    // Makes the next entry, of which the name comes first. Null when the name asks for too much.
-    template <typename Class>
-    Class* Append() {
-        if (m_nRest > 0)
-            if (CLoadedName const* name = m_frequent.Find(*m_pNext)) return Append<Class>(*name, 1);
-        const codec::CNameBytes name = codec::ReadName(m_pNames, noToken, m_nRest, m_pNext);
-        return Append<Class>(name.said, name.nConsumed);
-    }
-
-    // Room in the list comes first, so that nothing is lost when memory runs out.
-    template <typename Class>
-    Class* Append(CLoadedName const& name, std::size_t nameBytes) {
-        if (!AllowName(name.text)) return nullptr;
-        CParameterList& list = m_open.back().pBlock->parameters;
-        if (list.size() == list.capacity()) list.reserve(list.size() * 2 + usualEntries);
-        Class* const made = m_arena.Make<Class>(name);
-        CParameter* const entry = made;
-        list.push_back(entry);
-        Advance(nameBytes);
-        return made;
-    }
-
-    static void DropLast(CParameterBlock& block) {
-        delete block.parameters.back();
-        block.parameters.pop_back();
-    }
-
-    template <typename Class>
-    bool LoadValue() {
-        auto* parameter = Append<Class>();
-        if (parameter == nullptr) return false;
-        Advance(codec::LoadValue(*parameter, m_nRest, m_pNext));
+    template <typename Class, typename Name>
+    bool LoadValue(Name const& name) {
+        auto* const parameter = m_arena.Make<Class>(name);
+        *m_pLevel->pNext++ = parameter;
+        m_pNext += codec::LoadValue(*parameter, Rest(), m_pNext);
         return true;
     }
 
-    bool OpenNested() {
-        auto* block = Append<CParameterBlock>();
-        if (block == nullptr) return false;
+    template <typename Name>
+    bool OpenNested(Name const& name) {
+        auto* const block = m_arena.Make<CParameterBlock>(name);
+        *m_pLevel->pNext++ = block;
         block->progress = m_top.progress;
         block->progressTotal = m_top.progressTotal;
-        Open(*block, usualEntries);
+        Open(*block);
         return true;
     }
 
@@ -193,9 +208,10 @@ private:
     // Completes the innermost block, unless the observer stops the load.
     bool CloseNested() {
         if (m_top.progress != nullptr && m_top.progressTotal != 0 &&
-            m_top.progress->Progress(m_top.progressTotal - m_nRest))
+            m_top.progress->Progress(m_top.progressTotal - Rest()))
             return false;
         m_open.pop_back();
+        m_pLevel = &m_open.back();
         return true;
     }
 
@@ -203,10 +219,13 @@ private:
     std::vector<std::string> const* m_pNames;
     CFrequentNames m_frequent;
     unsigned char const* m_pNext;
-    unsigned long m_nRest;
+    unsigned char const* m_pEnd;
+    std::size_t m_nRoomLeft;
     std::size_t m_nNameBytesLeft;
     CParameterArena m_arena;
-    std::vector<COpenBlock> m_open;
+    // The blocks being read, and the innermost of them.
+    std::vector<CLevel> m_open;
+    CLevel* m_pLevel = nullptr;
 };
 
 }  // namespace

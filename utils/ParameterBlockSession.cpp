@@ -1,11 +1,12 @@
 #include <algorithm>
 #include <limits>
+#include <numeric>
 #include <string_view>
 #include <utility>
 
-#include "utils/NameTable.h"
 #include "utils/ParameterBlockCodec.h"
 #include "utils/ParameterTree.h"
+#include "utils/SessionBody.h"
 
 namespace {
 
@@ -70,125 +71,6 @@ std::size_t LoadNames(std::string_view table, std::uint32_t count,
     return read == count ? consumed : 0;
 }
 
-// The image of a whole tree. One walk measures it and counts the names; a second pass along the
-// list that the walk made gives out the tokens and writes.
-class CSessionImage {
-public:
-    CSessionImage(const char* id, CParameterBlock& top) : m_pId(id) {
-        m_entries.reserve(top.parameters.size() + 1);
-        Note(top);
-        VisitTree(top, [this](CParameter& parameter) { Note(parameter); });
-    }
-
-    bool CanBeSaved() const {
-        auto const& names = m_table.Names();
-        if (names.empty()) return false;
-        return std::none_of(names.begin(), names.end(), [](CNameTable::CName const& name) {
-            return name.text.find('\0') != std::string_view::npos;
-        });
-    }
-
-    // Gives the tokens and returns the image's length.
-    std::size_t Measure() {
-        std::vector<CNameTable::CName>& names = m_table.Names();
-        OrderByCount();
-        std::size_t tokenBytes = m_nEmptyNames * codec::TokenSize(0);
-        for (std::uint32_t position = 0; position < m_order.size(); ++position) {
-            CNameTable::CName& name = names[m_order[position]];
-            name.nToken = position + 1;
-            tokenBytes += name.nCount * codec::TokenSize(name.nToken);
-            m_nSizeOfNames += name.text.size() + 1;
-        }
-        return OrEmpty(m_pId).size() + 1 + numbersInHeader + m_nSizeOfNames + tokenBytes +
-               m_nValueBytes;
-    }
-
-    void Save(unsigned char* out) const {
-        std::vector<CNameTable::CName> const& names = m_table.Names();
-        out = StoreHeaderStart(m_pId, m_nSizeOfNames, names.size(), out);
-        for (std::uint32_t index : m_order) out = StoreTerminated(names[index].text, out);
-        for (CEntry const& entry : m_entries) {
-            CParameter& parameter = *entry.pParameter;
-            parameter.token = entry.nName == emptyName ? 0 : names[entry.nName].nToken;
-            if (&entry != &m_entries.front()) {
-                StoreLittleEndian(parameter.type, out);
-                out += codec::tagSize;
-            }
-            if (CParameterBlock* block = AsBlock(&parameter)) {
-                out = codec::StoreToken(parameter.token, out);
-                StoreLittleEndian(codec::CountOf(*block), out);
-                out += codec::countSize;
-            } else if (!codec::VisitValue(parameter, [&](auto const& value) {
-                           out = codec::StoreValue(value, codec::StoreToken(value.token, out));
-                       })) {
-                out += parameter.Save(0, out);
-            }
-        }
-    }
-
-private:
-    static constexpr std::uint32_t emptyName = 0xFFFFFFFF;
-    static constexpr std::uint32_t unknownName = 0xFFFFFFFF;
-
-    struct CEntry {
-        CParameter* pParameter;
-        std::uint32_t nName;
-    };
-
-    void Note(CParameter& parameter) {
-        if (!m_entries.empty()) m_nValueBytes += codec::tagSize;
-        m_nValueBytes += ValueSize(parameter);
-        const bool named = !parameter.name.empty();
-        if (!named) ++m_nEmptyNames;
-        m_entries.push_back({&parameter, named ? NameIndex(parameter) : emptyName});
-    }
-
-    // A token from an earlier save or load often still tells the name, and spares the search.
-    std::uint32_t NameIndex(CParameter const& parameter) {
-        if (parameter.token >= m_byOldToken.size()) return m_table.Add(parameter.name);
-        std::uint32_t& index = m_byOldToken[parameter.token];
-        if (index == unknownName || !m_table.AddAgain(index, parameter.name))
-            index = m_table.Add(parameter.name);
-        return index;
-    }
-
-    // The most frequent names first, equally frequent ones as they came: counted, not compared, for
-    // there may be as many names as parameters.
-    void OrderByCount() {
-        std::vector<CNameTable::CName> const& names = m_table.Names();
-        std::uint32_t highest = 0;
-        for (CNameTable::CName const& name : names) highest = std::max(highest, name.nCount);
-        std::vector<std::uint32_t> place(highest + std::size_t{1});
-        for (CNameTable::CName const& name : names) ++place[highest - name.nCount];
-        std::uint32_t before = 0;
-        for (std::uint32_t& start : place) before += std::exchange(start, before);
-        m_order.resize(names.size());
-        for (std::uint32_t i = 0; i < names.size(); ++i)
-            m_order[place[highest - names[i].nCount]++] = i;
-    }
-
-    static std::size_t ValueSize(CParameter const& parameter) {
-        std::size_t size = codec::countSize;
-        if (parameter.type == tagBlock) return size;
-        if (codec::VisitValue(parameter,
-                              [&](auto const& value) { size = codec::ValueSize(value); }))
-            return size;
-        // It cannot be saved, which is for the writing pass to say: there may be nothing to save.
-        if (parameter.type == tagBinaryBlock) return 0;
-        return parameter.GetSize() - codec::NameSize(parameter);
-    }
-
-    const char* m_pId;
-    CNameTable m_table;
-    std::vector<std::uint32_t> m_byOldToken =
-        std::vector<std::uint32_t>(codec::largestShortToken + 1, unknownName);
-    std::vector<CEntry> m_entries;
-    std::vector<std::uint32_t> m_order;
-    std::size_t m_nEmptyNames = 0;
-    std::size_t m_nValueBytes = 0;
-    std::size_t m_nSizeOfNames = 0;
-};
-
 }  // namespace
 
 bool IntCmp(std::pair<std::string, int> const& a, std::pair<std::string, int> const& b) {
@@ -236,14 +118,22 @@ unsigned int CParameterBlock::LoadHeader(std::vector<const char*> const* ids, un
 }
 
 unsigned long CParameterBlock::SaveBinarySessionToMemory(const char* id, CFMutableDataRef data) {
-    CSessionImage image(id, *this);
-    if (!image.CanBeSaved()) return 0;
-    const std::size_t length = image.Measure();
+    CSessionBody body;
+    if (!body.Write(*this)) return 0;
+    auto const& names = body.Names();
+    const std::size_t sizeOfNames =
+        std::accumulate(names.begin(), names.end(), names.size(),
+                        [](std::size_t sum, std::string_view name) { return sum + name.size(); });
+    const auto bytes = body.Bytes();
+    const std::size_t length =
+        OrEmpty(id).size() + 1 + numbersInHeader + sizeOfNames + bytes.size();
     if (length > std::numeric_limits<std::uint32_t>::max()) return 0;
     CFDataSetLength(data, static_cast<CFIndex>(length + spareBytes));
-    unsigned char* const out = CFDataGetMutableBytePtr(data);
-    image.Save(out);
-    std::memset(out + length, 0, spareBytes);
+    unsigned char* out = CFDataGetMutableBytePtr(data);
+    out = StoreHeaderStart(id, sizeOfNames, names.size(), out);
+    for (std::string_view name : names) out = StoreTerminated(name, out);
+    std::memcpy(out, bytes.data(), bytes.size());
+    std::memset(out + bytes.size(), 0, spareBytes);
     return length;
 }
 

@@ -56,13 +56,17 @@ inline constexpr std::uint32_t noToken = 0xFFFFFFFF;
 
 /// What a name's bytes in an image say.
 struct CLoadedName {
-    /// A text of at most this length may stand at the start of as many bytes, all readable: copying
-    /// a fixed number of them is quicker.
-    static constexpr std::size_t shortLength = 15;
-
     std::uint32_t token = noToken;  ///< The name's token, or noToken for one that stands inline.
     std::string_view text;          ///< The name; it stays in the image or in its table.
-    bool fPadded = false;           ///< Whether `text` stands at the start of `shortLength` bytes.
+};
+
+/// The same for a name so short that copying a fixed number of bytes is quicker.
+struct CShortName {
+    static constexpr std::size_t longest = 15;  ///< How long such a name can be, in bytes.
+
+    char text[longest + 1] = {};    ///< The name; what stands behind it does not matter.
+    std::uint32_t length = 0;       ///< Its length in bytes.
+    std::uint32_t token = noToken;  ///< As in CLoadedName.
 };
 
 /// A named value of one of ten types.
@@ -130,12 +134,12 @@ protected:
         : type(parameterType), name(parameterName) {}
 
     /// A parameter with the name that an image gives it.
-    [[gnu::always_inline]] CParameter(std::uint32_t parameterType, CLoadedName const& loaded)
-        : type(parameterType),
-          token(loaded.token),
-          name(loaded.fPadded ? std::string(loaded.text.data(), CLoadedName::shortLength)
-                              : std::string(loaded.text)) {
-        if (loaded.fPadded) name.erase(loaded.text.size());
+    CParameter(std::uint32_t parameterType, CLoadedName const& loaded)
+        : type(parameterType), token(loaded.token), name(loaded.text) {}
+    /// The same for a short one.
+    CParameter(std::uint32_t parameterType, CShortName const& loaded)
+        : type(parameterType), token(loaded.token), name(loaded.text, CShortName::longest) {
+        name.erase(loaded.length);
     }
 };
 
@@ -160,6 +164,7 @@ public:
 
     /// The default value under a name from an image.
     explicit CValueParameter(CLoadedName const& loaded) : CParameter(Tag, loaded) {}
+    explicit CValueParameter(CShortName const& loaded) : CParameter(Tag, loaded) {}
 
     /// A null name leaves the name empty.
     CValueParameter(const char* parameterName, Value parameterValue);
@@ -263,6 +268,7 @@ public:
 
     /// The empty string under a name from an image.
     explicit CStringParameter(CLoadedName const& loaded) : CParameter(tag, loaded) {}
+    explicit CStringParameter(CShortName const& loaded) : CParameter(tag, loaded) {}
 
     /// A null name or value is an empty one.
     CStringParameter(const char* parameterName, const char* parameterValue);

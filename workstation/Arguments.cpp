@@ -77,15 +77,15 @@ std::vector<CStep> ReadSteps(CLI::App const& app,
     return steps;
 }
 
-// The bundle that was built with this program, or installed with it.
-std::string OwnBundle(const char* szProgram) {
+// A bundle that was built with this program, or installed with it.
+std::string OwnBundle(const char* szProgram, const char* szBundle) {
     namespace fs = std::filesystem;
     const std::string strProgram = FileSystem::ProgramPath();
     const fs::path directory = fs::path(strProgram.empty() ? szProgram : strProgram).parent_path();
-    const fs::path built = directory.parent_path() / "TavarinProLink.bundle";
+    const fs::path built = directory.parent_path() / szBundle;
     std::error_code ignored;
     if (fs::is_directory(built, ignored)) return built.string();
-    return (directory / TAVARIN_INSTALLED_BUNDLE).lexically_normal().string();
+    return (directory / TAVARIN_INSTALLED_BUNDLES / szBundle).lexically_normal().string();
 }
 
 }  // namespace
@@ -97,11 +97,14 @@ std::optional<CArguments> ReadArguments(int argc, char** argv, int* pnStatus) {
         "stays."};
     app.name("tavarin-workstation");
     CArguments arguments;
-    arguments.strBundle = OwnBundle(argv[0]);
+    arguments.strBundle = OwnBundle(argv[0], "TavarinProLink.bundle");
+    arguments.strGallery = OwnBundle(argv[0], "TavarinGallery.bundle");
     app.set_version_flag("--version", TAVARIN_VERSION);
     app.add_option("--view", arguments.strView, "the plug-in to show, or all three")
         ->check(CLI::IsMember({"link", "apt", "doubler", "all"}))
         ->capture_default_str();
+    app.add_flag("--gallery", arguments.fGallery,
+                 "show every control in every state instead of a plug-in");
     app.add_option("--bundle", arguments.strBundle, "path of TavarinProLink.bundle")
         ->check(CLI::ExistingDirectory);
     app.add_option("--captures", arguments.strCaptures,

@@ -30,7 +30,9 @@ struct CStep {
 
 struct CArguments {
     std::string strView = "apt";  ///< "link", "apt", "doubler" or "all"
+    bool fGallery = false;        ///< show all controls instead of a plug-in
     std::string strBundle;        ///< path of the bundle
+    std::string strGallery;       ///< path of the bundle with the gallery
     std::string strCaptures;      ///< directory for captured files; empty: one that is removed
     std::vector<CStep> steps;     ///< in the order of the command line
 };

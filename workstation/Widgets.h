@@ -7,31 +7,29 @@
 #include "workstation/AudioClip.h"
 
 /// \file
-/// What the workstation's window is made of. Functions named Make… return objects that the caller
-/// does not own.
+/// What the workstation's window is made of. Panels and buttons are the plug-in bundle's own, so it
+/// has to be loaded. Functions named Make… return objects that the caller does not own.
 
-/// A panel with a title in its strip.
-@interface TavarinWorkstation_Panel : NSView {
-    NSString* m_title;
-}
-- (id)initWithFrame:(NSRect)frame title:(NSString*)title;
-@end
-
-/// A panel that shows a sound file: its name, its length and its waveform.
-@interface TavarinWorkstation_WaveformPanel : TavarinWorkstation_Panel {
+/// Shows a sound file: its name, its length and its waveform.
+@interface TavarinWorkstation_Waveform : NSView {
     CAudioClip m_clip;
     BOOL m_fBright;
 }
-/// Shows a clip; an empty one shows the text instead.
+/// Shows a clip; an empty one shows a text instead.
 - (void)Show:(CAudioClip const&)clip;
 /// Chooses the colour of what came back from the host.
 - (void)SetBright:(BOOL)fBright;
 @end
 
-@interface TavarinWorkstation_ButtonCell : NSButtonCell
-@end
-
 NSString* Text(std::string const& strText);
+
+/// A panel with a title in its strip.
+NSView* MakePanel(NSString* title, NSSize size);
+/// What is left of a panel below the strip, within margins.
+NSRect PanelContent(NSView* panel);
 NSTextField* MakeLabel(NSString* text, NSRect frame, CGFloat size);
 NSTextField* MakeField(NSString* text, NSRect frame);
 NSButton* MakeButton(NSString* title, NSRect frame, id target, SEL action, NSString* toolTip);
+
+/// Makes a button from MakeButton look pressed, or not.
+void ShowChosen(NSButton* button, bool fChosen);

@@ -4,6 +4,7 @@
 
 #import "Source/PanelDrawing.h"
 #include "colours/ComponentCodes.h"
+#import "controls/QXButtonCell.h"
 
 namespace {
 
@@ -11,6 +12,9 @@ constexpr CGFloat kMargin = 20;
 constexpr CGFloat kHeaderHeight = 40;
 constexpr CGFloat kTitleSize = 15;
 constexpr CGFloat kTextSize = 12;
+constexpr CGFloat kLineHeight = 18;
+constexpr CGFloat kTitleHeight = 22;
+constexpr CGFloat kGap = 8;
 
 NSString* LengthText(CAudioClip const& clip) {
     return [NSString stringWithFormat:@"%lld samples at %d Hz  (%.2f s)",
@@ -33,37 +37,22 @@ void DrawWaveform(CAudioClip const& clip, NSRect area, NSColor* colour) {
     }
 }
 
+void DrawLine(NSString* text, CComponentCode colour, NSRect line) {
+    NSColor* textColour = PanelColour(colour);
+    if (textColour == nil) return;
+    NSDictionary* attributes = [NSDictionary
+        dictionaryWithObjectsAndKeys:[NSFont systemFontOfSize:kTextSize], NSFontAttributeName,
+                                     textColour, NSForegroundColorAttributeName, nil];
+    [text drawInRect:line withAttributes:attributes];
+}
+
 }  // namespace
 
-@implementation TavarinWorkstation_Panel
-
-- (id)initWithFrame:(NSRect)frame title:(NSString*)title {
-    self = [super initWithFrame:frame];
-    if (self != nil) m_title = [title copy];
-    return self;
-}
-
-- (void)dealloc {
-    [m_title release];
-    [super dealloc];
-}
-
-- (void)drawRect:(NSRect)dirty {
-    DrawPanel([self bounds]);
-    const NSRect bounds = [self bounds];
-    const NSRect header = NSMakeRect(kMargin, NSMaxY(bounds) - kHeaderHeight,
-                                     bounds.size.width - 2 * kMargin, kHeaderHeight);
-    DrawLine(m_title, [NSFont systemFontOfSize:kTitleSize], ccControlOnText, header,
-             NSLeftTextAlignment);
-}
-
-@end
-
-@implementation TavarinWorkstation_WaveformPanel
+@implementation TavarinWorkstation_Waveform
 
 - (void)Show:(CAudioClip const&)clip {
     m_clip = clip;
-    [self setNeedsDisplay:YES];
+    [[self superview] setNeedsDisplay:YES];
 }
 
 - (void)SetBright:(BOOL)fBright {
@@ -71,20 +60,16 @@ void DrawWaveform(CAudioClip const& clip, NSRect area, NSColor* colour) {
 }
 
 - (void)drawRect:(NSRect)dirty {
-    [super drawRect:dirty];
-    NSRect area = NSInsetRect([self bounds], kMargin, kMargin);
-    area.size.height -= kHeaderHeight;
+    NSRect area = [self bounds];
     const bool fEmpty = m_clip.strPath.empty();
-    NSFont* font = [NSFont systemFontOfSize:kTextSize];
     NSRect line = area;
-    line.size.height = 18;
+    line.size.height = kLineHeight;
     line.origin.y = NSMaxY(area) - line.size.height;
-    DrawLine(fEmpty ? @"Nothing yet" : NameText(m_clip), font, ccControlText, line,
-             NSLeftTextAlignment);
+    DrawLine(fEmpty ? @"Nothing yet" : NameText(m_clip), ccControlText, line);
     if (fEmpty) return;
     line.origin.y -= line.size.height;
-    DrawLine(LengthText(m_clip), font, ccAudioLabel, line, NSLeftTextAlignment);
-    area.size.height = line.origin.y - area.origin.y - 8;
+    DrawLine(LengthText(m_clip), ccAudioLabel, line);
+    area.size.height = line.origin.y - area.origin.y - kGap;
     [PanelColour(ccTrackBackground) set];
     NSRectFill(area);
     DrawWaveform(
@@ -94,20 +79,27 @@ void DrawWaveform(CAudioClip const& clip, NSRect area, NSColor* colour) {
 
 @end
 
-@implementation TavarinWorkstation_ButtonCell
-
-- (void)drawWithFrame:(NSRect)frame inView:(NSView*)view {
-    const bool fOn = [self state] != 0;
-    DrawFace(frame, fOn || [self isHighlighted], HasFocus(view));
-    DrawLine([self title], [self font], fOn ? ccControlOnText : ccControlText, frame,
-             NSCenterTextAlignment);
-}
-
-@end
-
 NSString* Text(std::string const& strText) {
     NSString* text = [NSString stringWithUTF8String:strText.c_str()];
     return text == nil ? @"(not UTF-8)" : text;
+}
+
+NSView* MakePanel(NSString* title, NSSize size) {
+    const NSRect frame = NSMakeRect(0, 0, size.width, size.height);
+    NSView* panel =
+        [[[NSClassFromString(@"TavarinProLink_PanelView") alloc] initWithFrame:frame] autorelease];
+    const NSRect strip = NSMakeRect(kMargin, size.height - (kHeaderHeight + kTitleHeight) / 2 - 2,
+                                    size.width - 2 * kMargin, kTitleHeight);
+    NSTextField* label = MakeLabel(title, strip, kTitleSize);
+    [label setTextColor:PanelColour(ccControlOnText)];
+    [panel addSubview:label];
+    return panel;
+}
+
+NSRect PanelContent(NSView* panel) {
+    NSRect area = NSInsetRect([panel bounds], kMargin, kMargin);
+    area.size.height -= kHeaderHeight;
+    return area;
 }
 
 NSTextField* MakeLabel(NSString* text, NSRect frame, CGFloat size) {
@@ -135,13 +127,20 @@ NSTextField* MakeField(NSString* text, NSRect frame) {
 
 NSButton* MakeButton(NSString* title, NSRect frame, id target, SEL action, NSString* toolTip) {
     NSButton* button = [[[NSButton alloc] initWithFrame:frame] autorelease];
-    TavarinWorkstation_ButtonCell* cell =
-        [[[TavarinWorkstation_ButtonCell alloc] initTextCell:title] autorelease];
-    [button setCell:cell];
+    [button setCell:[[[NSClassFromString(@"QXButtonCell") alloc] init] autorelease]];
+    [button setTitle:title];
     [button setButtonType:NSMomentaryPushInButton];
-    [button setFont:[NSFont systemFontOfSize:kTextSize + 1]];
     [button setTarget:target];
     [button setAction:action];
     [button setToolTip:toolTip];
     return button;
+}
+
+void ShowChosen(NSButton* button, bool fChosen) {
+    [(QXButtonCell*)[button cell]
+        SetButtonControlsFaceUp:fChosen ? ccButtonFaceActive : ccButtonFace
+                       BorderUp:fChosen ? ccButtonBorderActive : ccButtonBorder
+                       FaceDown:ccButtonFaceActive
+                     BorderDown:ccButtonBorderActive];
+    [button setNeedsDisplay:YES];
 }

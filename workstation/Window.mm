@@ -16,15 +16,14 @@ constexpr CGFloat kPanelHeight = 232;
 constexpr CGFloat kGap = 12;
 constexpr CGFloat kLogHeight = 190;
 constexpr CGFloat kMargin = 20;
-constexpr CGFloat kControlHeight = 28;
-constexpr CGFloat kPositionRow = 140;
-constexpr CGFloat kCaptureRow = 80;
-constexpr CGFloat kHostRow = 20;
+constexpr CGFloat kControlHeight = 20;
+constexpr CGFloat kPositionRow = 142;
+constexpr CGFloat kCaptureRow = 84;
+constexpr CGFloat kHostRow = 26;
 constexpr CGFloat kCaptionHeight = 16;
 constexpr CGFloat kCaptionSize = 11;
 constexpr CGFloat kLogSize = 11;
 constexpr NSTimeInterval kCheckHostsEvery = 0.5;
-constexpr NSTimeInterval kStepsEvery = 0.15;
 
 struct CKindName {
     const char* szKind;
@@ -72,23 +71,22 @@ double ToPosition(NSTextField* field) {
 @interface TavarinWorkstation_Window (Private)
 - (void)MakeWindow;
 - (NSView*)MakeTransport;
+- (TavarinWorkstation_Waveform*)AddWaveform:(NSString*)title to:(NSMutableArray*)panels;
 - (NSView*)MakeLog:(NSRect)frame;
 - (void)Log:(std::string const&)strLine;
 - (void)ShowChosen;
-- (BOOL)Take:(CStep const&)step;
 @end
 
 @implementation TavarinWorkstation_Window
 
 - (id)initWithArguments:(CArguments const&)arguments {
-    self = [super init];
+    self = [super initWithSteps:arguments.steps];
     if (self == nil) return nil;
-    m_arguments = arguments;
     TavarinWorkstation_Window* window = self;
     CWorkSession::CDisplay display;
     display.log = [window](std::string const& strLine) { [window Log:strLine]; };
-    display.showTake = [window](CAudioClip const& clip) { [window->m_takePanel Show:clip]; };
-    display.showResult = [window](CAudioClip const& clip) { [window->m_resultPanel Show:clip]; };
+    display.showTake = [window](CAudioClip const& clip) { [window->m_take Show:clip]; };
+    display.showResult = [window](CAudioClip const& clip) { [window->m_result Show:clip]; };
     display.showChosen = [window](CPlugIn const&) { [window ShowChosen]; };
     m_session = std::make_unique<CWorkSession>(arguments, display);
     [self MakeWindow];
@@ -109,36 +107,20 @@ double ToPosition(NSTextField* field) {
                                                   selector:@selector(CheckHosts:)
                                                   userInfo:nil
                                                    repeats:YES];
-    [self performSelector:@selector(NextStep:) withObject:nil afterDelay:kStepsEvery];
+    [super Start];
 }
 
 - (void)Finish {
     [m_timerHosts invalidate];
     m_timerHosts = nil;
-    [NSObject cancelPreviousPerformRequestsWithTarget:self];
+    [super Finish];
     [m_window orderOut:nil];
     [m_window setContentView:[[[NSView alloc] initWithFrame:NSZeroRect] autorelease]];
     m_session.reset();
 }
 
-- (BOOL)HasFailed {
-    return m_fFailed;
-}
-
 - (void)CheckHosts:(NSTimer*)timer {
     m_session->CheckHosts();
-}
-
-- (void)NextStep:(id)unused {
-    if (m_nNextStep >= m_arguments.steps.size()) return;
-    CStep const step = m_arguments.steps[m_nNextStep++];
-    if (step.kind == StepKind::Quit) {
-        [NSApp terminate:nil];
-        return;
-    }
-    if (![self Take:step]) m_fFailed = YES;
-    const NSTimeInterval delay = step.kind == StepKind::Wait ? step.dNumber : kStepsEvery;
-    [self performSelector:@selector(NextStep:) withObject:nil afterDelay:delay];
 }
 
 - (BOOL)Take:(CStep const&)step {
@@ -209,15 +191,9 @@ double ToPosition(NSTextField* field) {
     NSMutableArray* panels = [NSMutableArray array];
     for (auto const& plugIn : m_session->PlugIns()) [panels addObject:plugIn->View()];
     [panels addObject:[self MakeTransport]];
-    const NSRect frame = NSMakeRect(0, 0, kPanelWidth, kPanelHeight);
-    m_takePanel = [[[TavarinWorkstation_WaveformPanel alloc] initWithFrame:frame
-                                                                     title:@"Take"] autorelease];
-    m_resultPanel =
-        [[[TavarinWorkstation_WaveformPanel alloc] initWithFrame:frame
-                                                           title:@"From the host"] autorelease];
-    [m_resultPanel SetBright:YES];
-    [panels addObject:m_takePanel];
-    [panels addObject:m_resultPanel];
+    m_take = [self AddWaveform:@"Take" to:panels];
+    m_result = [self AddWaveform:@"From the host" to:panels];
+    [m_result SetBright:YES];
     for (NSUInteger nPanel = 0; nPanel < [panels count]; ++nPanel) {
         NSView* panel = [panels objectAtIndex:nPanel];
         [panel setFrame:PanelFrame(nPanel, nColumns, nRows)];
@@ -226,10 +202,17 @@ double ToPosition(NSTextField* field) {
     [desk addSubview:[self MakeLog:NSMakeRect(kGap, kGap, width - 2 * kGap, kLogHeight)]];
 }
 
+- (TavarinWorkstation_Waveform*)AddWaveform:(NSString*)title to:(NSMutableArray*)panels {
+    NSView* panel = MakePanel(title, NSMakeSize(kPanelWidth, kPanelHeight));
+    TavarinWorkstation_Waveform* waveform =
+        [[[TavarinWorkstation_Waveform alloc] initWithFrame:PanelContent(panel)] autorelease];
+    [panel addSubview:waveform];
+    [panels addObject:panel];
+    return waveform;
+}
+
 - (NSView*)MakeTransport {
-    NSView* panel =
-        [[[TavarinWorkstation_Panel alloc] initWithFrame:NSMakeRect(0, 0, kPanelWidth, kPanelHeight)
-                                                   title:@"Workstation"] autorelease];
+    NSView* panel = MakePanel(@"Workstation", NSMakeSize(kPanelWidth, kPanelHeight));
     const CGFloat third = (kPanelWidth - 2 * kMargin - 2 * 8) / 3;
     const auto place = [third](int nColumn, CGFloat y, CGFloat height) {
         return NSMakeRect(kMargin + nColumn * (third + 8), y, third, height);
@@ -242,8 +225,8 @@ double ToPosition(NSTextField* field) {
             x -= width;
             NSButton* button =
                 MakeButton(TitleOf(m_session->PlugIns()[nPlugIn]->Kind()),
-                           NSMakeRect(x, kPanelHeight - 33, width, 26), self, @selector(OnChoose:),
-                           @"What follows goes to this plug-in");
+                           NSMakeRect(x, kPanelHeight - 30, width, kControlHeight), self,
+                           @selector(OnChoose:), @"What follows goes to this plug-in");
             x -= 6;
             [m_chooseButtons insertObject:button atIndex:0];
             [panel addSubview:button];
@@ -283,7 +266,7 @@ double ToPosition(NSTextField* field) {
                                         kPanelWidth - 2 * kMargin, kCaptionHeight);
         [panel addSubview:MakeLabel(caption.title, frame, kCaptionSize)];
     }
-    m_textPosition = MakeField(@"48000", place(0, kPositionRow + 2, kControlHeight - 4));
+    m_textPosition = MakeField(@"48000", place(0, kPositionRow, kControlHeight));
     [panel addSubview:m_textPosition];
     return panel;
 }
@@ -327,7 +310,7 @@ double ToPosition(NSTextField* field) {
 - (void)ShowChosen {
     for (NSUInteger nPlugIn = 0; nPlugIn < [m_chooseButtons count]; ++nPlugIn) {
         const bool fChosen = m_session->PlugIns()[nPlugIn].get() == &m_session->Chosen();
-        [[m_chooseButtons objectAtIndex:nPlugIn] setState:fChosen ? 1 : 0];
+        ShowChosen([m_chooseButtons objectAtIndex:nPlugIn], fChosen);
     }
 }
 

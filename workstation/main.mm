@@ -8,6 +8,7 @@
 #include "colours/DefaultColours.h"
 #include "platform/Application.h"
 #include "workstation/Arguments.h"
+#import "workstation/GalleryWindow.h"
 #import "workstation/Window.h"
 
 namespace {
@@ -20,7 +21,7 @@ constexpr int kExitFailed = 1;
 /// Ends the program with its last window, and says how it went.
 @interface TavarinWorkstation_Delegate : NSObject {
 @public
-    TavarinWorkstation_Window* m_window;
+    TavarinWorkstation_StepTaker* m_window;
 }
 @end
 
@@ -49,6 +50,18 @@ constexpr int kExitFailed = 1;
 
 @end
 
+namespace {
+
+// The caller owns it. Throws when what it needs does not load.
+TavarinWorkstation_StepTaker* MakeWindow(CArguments const& arguments) {
+    if (arguments.fGallery) {
+        return [[TavarinWorkstation_GalleryWindow alloc] initWithArguments:arguments];
+    }
+    return [[TavarinWorkstation_Window alloc] initWithArguments:arguments];
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
     int nStatus = kExitDone;
     const std::optional<CArguments> arguments = ReadArguments(argc, argv, &nStatus);
@@ -61,7 +74,7 @@ int main(int argc, char** argv) {
     AppCreateDefaultColoursDesigner(&gAppColours);
     TavarinWorkstation_Delegate* delegate = [[TavarinWorkstation_Delegate alloc] init];
     try {
-        delegate->m_window = [[TavarinWorkstation_Window alloc] initWithArguments:*arguments];
+        delegate->m_window = MakeWindow(*arguments);
     } catch (std::runtime_error const& failure) {
         std::fprintf(stderr, "tavarin-workstation: %s\n", failure.what());
         return kExitFailed;

@@ -3,6 +3,7 @@
 #include <CoreFoundation/CoreFoundation.h>
 
 #include <cstddef>
+#include <cstdint>
 
 /// \file
 /// The few Core Graphics calls that this system makes, for machines that have AppKit without the
@@ -12,7 +13,7 @@
 /// against either. Every object is a Core Foundation object too: CFRetain, CFRelease, CFEqual and
 /// the Core Foundation containers take it. What a function "creates" belongs to the caller. The
 /// typed retain and release calls accept null and then do nothing. Objects never change once they
-/// are made, so any thread may use them.
+/// are made, so any thread may use them; contexts belong to the thread that draws.
 
 typedef double CGFloat;
 
@@ -24,6 +25,35 @@ typedef struct _NSRect CGRect;
 typedef struct CGColorSpace* CGColorSpaceRef;
 typedef struct CGColor* CGColorRef;
 typedef struct CGGradient* CGGradientRef;
+typedef struct CGFunction* CGFunctionRef;
+typedef struct CGShading* CGShadingRef;
+
+/// AppKit's graphics context under its Core Graphics name: what `-graphicsPort` answers.
+typedef struct CGContext* CGContextRef;
+
+/// Which sides of a gradient take the colour of its first or last stop; otherwise they stay as they
+/// are.
+enum CGGradientDrawingOptions : std::uint32_t {
+    kCGGradientDrawsBeforeStartLocation = 1,
+    kCGGradientDrawsAfterEndLocation = 2
+};
+
+constexpr CGGradientDrawingOptions operator|(CGGradientDrawingOptions a,
+                                             CGGradientDrawingOptions b) {
+    return static_cast<CGGradientDrawingOptions>(static_cast<std::uint32_t>(a) |
+                                                 static_cast<std::uint32_t>(b));
+}
+
+/// Computes the outputs of a function from its inputs.
+typedef void (*CGFunctionEvaluateCallback)(void* info, const CGFloat* in, CGFloat* out);
+typedef void (*CGFunctionReleaseInfoCallback)(void* info);
+
+/// `version` is 0. `releaseInfo` is called once when the function goes; it may be null.
+struct CGFunctionCallbacks {
+    unsigned int version;
+    CGFunctionEvaluateCallback evaluate;
+    CGFunctionReleaseInfoCallback releaseInfo;
+};
 
 extern "C" {
 
@@ -63,4 +93,67 @@ CGGradientRef CGGradientCreateWithColors(CGColorSpaceRef space, CFArrayRef color
                                          const CGFloat* locations);
 CGGradientRef CGGradientRetain(CGGradientRef gradient);
 void CGGradientRelease(CGGradientRef gradient);
+
+/// A function of `domainDimension` inputs and `rangeDimension` outputs. `domain` and `range` hold a
+/// lower and an upper limit for each and are copied; inputs and outputs are cut at them, or not at
+/// all when the table is null. Null when there is nothing to call.
+CGFunctionRef CGFunctionCreate(void* info, std::size_t domainDimension, const CGFloat* domain,
+                               std::size_t rangeDimension, const CGFloat* range,
+                               const CGFunctionCallbacks* callbacks);
+CGFunctionRef CGFunctionRetain(CGFunctionRef function);
+void CGFunctionRelease(CGFunctionRef function);
+
+/// Colours along the line from `start` to `end`: `function` gives channels and alpha for an input
+/// from 0 to 1. Beyond an end, what is there stays, or takes the colour of that end when it
+/// extends. Keeps the function. Null when there is none.
+CGShadingRef CGShadingCreateAxial(CGColorSpaceRef space, CGPoint start, CGPoint end,
+                                  CGFunctionRef function, bool extendStart, bool extendEnd);
+CGShadingRef CGShadingRetain(CGShadingRef shading);
+void CGShadingRelease(CGShadingRef shading);
+
+/// \name Drawing
+/// All of it does nothing in a null context. Coordinates are those of the view that draws; what is
+/// beyond a million points counts as a million, and NaN as 0.
+/// @{
+
+/// Saved states nest. A state is the clip, the fill colour, the transformation and, other than in
+/// the framework, the path. A clip that is no rectangle does not hold in a state that is saved
+/// inside it, and is there again when that state is restored: what has such a clip does not save.
+void CGContextSaveGState(CGContextRef context);
+void CGContextRestoreGState(CGContextRef context);
+
+/// A path is built of subpaths; each begins with a point or is a whole rectangle.
+void CGContextBeginPath(CGContextRef context);
+void CGContextMoveToPoint(CGContextRef context, CGFloat x, CGFloat y);
+void CGContextAddLineToPoint(CGContextRef context, CGFloat x, CGFloat y);
+void CGContextClosePath(CGContextRef context);
+void CGContextAddRect(CGContextRef context, CGRect rect);
+
+/// An arc that touches the line from the current point to (x1, y1) and the one from there to (x2,
+/// y2), and a line to where it begins.
+void CGContextAddArcToPoint(CGContextRef context, CGFloat x1, CGFloat y1, CGFloat x2, CGFloat y2,
+                            CGFloat radius);
+
+/// These use up the path. After clipping, nothing outside the path is painted; what a path encloses
+/// is told by the winding number or by the even-odd rule.
+void CGContextClip(CGContextRef context);
+void CGContextFillPath(CGContextRef context);
+void CGContextEOFillPath(CGContextRef context);
+
+/// Uses up the path, without having it filled.
+void CGContextFillRect(CGContextRef context, CGRect rect);
+
+/// A null colour leaves the one that is set. Lines take the same colour here.
+void CGContextSetFillColorWithColor(CGContextRef context, CGColorRef color);
+
+/// Both paint the whole clip, apart from what they do not extend to; nothing when start and end are
+/// one point. They leave the path.
+void CGContextDrawLinearGradient(CGContextRef context, CGGradientRef gradient, CGPoint startPoint,
+                                 CGPoint endPoint, CGGradientDrawingOptions options);
+void CGContextDrawShading(CGContextRef context, CGShadingRef shading);
+/// @}
+
+/// The rectangle without `dx` at its left and right and `dy` above and below, or with more for
+/// negative distances. Infinitely far away and empty when nothing would be left.
+CGRect CGRectInset(CGRect rect, CGFloat dx, CGFloat dy);
 }

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+/// What the operating system knows about who else uses a shared-memory object of this process.
+
+/// Whether anybody but the caller has the object open or mapped.
+enum class OtherUsers {
+    None,    ///< certainly nobody
+    Some,    ///< somebody
+    Unknown  ///< the platform does not tell
+};
+
+/// Tries to have an object of this process's user to itself for a scope: while there are no others,
+/// whoever opens the object waits for the end of the scope, which should be a matter of
+/// microseconds.
+class CExclusiveUse {
+public:
+    /// `nDescriptor` was opened for writing; mappings made through the same open description are
+    /// the caller's own.
+    explicit CExclusiveUse(int nDescriptor) noexcept;
+    ~CExclusiveUse();
+    CExclusiveUse(CExclusiveUse const&) = delete;
+    CExclusiveUse& operator=(CExclusiveUse const&) = delete;
+
+    OtherUsers Others() const noexcept { return m_others; }
+
+private:
+    int m_nDescriptor;
+    OtherUsers m_others;
+};
+
+/// What a thread is doing.
+enum class ThreadState {
+    Running,  ///< on a processor or waiting for one
+    Waiting,  ///< asleep in a system call
+    Halted    ///< stopped by a signal or a debugger, or waiting for a device
+};
+
+/// One thread of a process that has the object mapped.
+struct MappingThread {
+    int nProcess;
+    int nThread;
+    ThreadState nState;
+    std::uint64_t lTurns;  ///< how often it has been given a processor so far
+};
+
+/// Every thread of every process of this user that has the object mapped, in the order of process
+/// and thread ids. This process counts only when it has mapped the object more than once. No value
+/// when the platform does not tell.
+std::optional<std::vector<MappingThread>> ThreadsThatMap(int nDescriptor);
+
+/// Gives a shared-memory object the name of another, which loses it; what is mapped of either
+/// stays. Names without a leading slash. False when that did not work or the platform cannot do it.
+bool RenameSharedMemory(const char* szFrom, const char* szTo) noexcept;

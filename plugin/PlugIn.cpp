@@ -1,0 +1,295 @@
+#include "plugin/PlugIn.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
+
+namespace {
+
+constexpr int kRingSeconds = 8;
+constexpr std::chrono::milliseconds kDiskTurn{10};
+constexpr std::chrono::milliseconds kFreewheelWait{1};
+constexpr std::int64_t kViewPatience = 3000;
+constexpr std::int64_t kRetryEvery = 1000;
+
+std::int64_t Milliseconds() {
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
+}
+
+std::string Seconds(CTake const& take, int nSampleRate) {
+    char szText[32];
+    std::snprintf(szText, sizeof(szText), "%lld.%01lld s",
+                  static_cast<long long>(take.lFrames / nSampleRate),
+                  static_cast<long long>(take.lFrames % nSampleRate * 10 / nSampleRate));
+    return szText;
+}
+
+}  // namespace
+
+CPlugIn::CPlugIn(PlugInKind kind, int nChannels, int nSampleRate)
+    : m_Kind(kind),
+      m_nChannels(nChannels),
+      m_nSampleRate(nSampleRate),
+      m_Ring(nChannels, static_cast<std::size_t>(nSampleRate) * kRingSeconds),
+      m_Player(nSampleRate),
+      m_lViewTurned(Milliseconds()),
+      m_Book(static_cast<std::int32_t>(kind)),
+      m_Writer(m_Ring, m_Directory, nSampleRate),
+      m_DiskThread([this] { ServeDisk(); }) {}
+
+CPlugIn::~CPlugIn() {
+    Stop();
+    m_fQuit = true;
+    m_DiskThread.join();
+}
+
+void CPlugIn::Begin(CPlugInControls const& controls) {
+    // A workstation that opens a session with Return on wants the file of that session, not
+    // another.
+    const bool fWasOn = m_fControlsKnown ? m_Controls.fReturn : m_fHasReturned.load();
+    if (controls.fReturn && !fWasOn) m_nReturnRequest = static_cast<std::int32_t>(controls.mode);
+    if (!m_fControlsKnown || controls.nTrack != m_Controls.nTrack) m_nTrackPort = controls.nTrack;
+    if (!controls.fCapture) m_fCaptureBlocked = false;
+    m_Controls = controls;
+    m_fControlsKnown = true;
+    m_fCapture.store(controls.fCapture, std::memory_order_relaxed);
+    m_fReturn.store(controls.fReturn, std::memory_order_relaxed);
+    m_Player.TakeOver();
+}
+
+void CPlugIn::SetTransport(std::int64_t lPosition, double dSpeed) {
+    m_Clock.Set(lPosition, dSpeed);
+}
+
+void CPlugIn::Run(float const* const* inputs, float* const* outputs, std::uint32_t nFrom,
+                  std::uint32_t nFrames) {
+    const bool fJumped = m_Clock.TakeJump();
+    if (fJumped) m_Player.Jump();
+    if (m_fInTake && (fJumped || !m_Controls.fCapture)) EndTake(TakeEnd::Stopped);
+    if (m_Controls.fCapture && m_Clock.IsRolling()) Capture(inputs, nFrom, nFrames);
+
+    for (int nChannel = 0; nChannel < m_nChannels; ++nChannel) {
+        if (outputs[nChannel] == inputs[nChannel]) continue;
+        std::memmove(outputs[nChannel] + nFrom, inputs[nChannel] + nFrom, nFrames * sizeof(float));
+    }
+    if (m_Clock.IsRolling()) {
+        m_Player.Play(m_Controls.fReturn, m_Clock.Position(), outputs, m_nChannels, nFrom, nFrames);
+    }
+    m_Clock.Advance(nFrames);
+}
+
+void CPlugIn::Capture(float const* const* inputs, std::uint32_t nFrom, std::uint32_t nFrames) {
+    if (m_fInTake && m_nFailedTake.load(std::memory_order_acquire) == m_Ring.Take()) {
+        EndTake(TakeEnd::DiskFailed);
+        m_fCaptureBlocked = true;
+    }
+    if (m_fCaptureBlocked || nFrames == 0) return;
+    if (!m_fInTake) {
+        m_fInTake = m_Ring.Begin(m_Clock.Position());
+        m_lTakeFrames.store(0, std::memory_order_relaxed);
+        m_fCapturing.store(m_fInTake, std::memory_order_relaxed);
+        if (!m_fInTake) return;
+    }
+    while (m_Controls.fFreewheel && m_Ring.Room() < nFrames) {
+        std::this_thread::sleep_for(kFreewheelWait);
+    }
+    const std::uint32_t nAppended = m_Ring.Append(inputs, nFrom, nFrames);
+    m_lTakeFrames.fetch_add(nAppended, std::memory_order_relaxed);
+    if (nAppended == nFrames) return;
+    EndTake(TakeEnd::Overflow);
+    m_fCaptureBlocked = true;
+}
+
+void CPlugIn::EndTake(TakeEnd end) {
+    m_Ring.End(end);
+    m_fInTake = false;
+    m_fCapturing.store(false, std::memory_order_relaxed);
+}
+
+PlugInResult CPlugIn::Result() const {
+    return m_fInTake ? PlugInResult::Capturing : m_Result.load(std::memory_order_relaxed);
+}
+
+void CPlugIn::Stop() {
+    if (m_fInTake) EndTake(TakeEnd::Stopped);
+    m_fCaptureBlocked = false;
+}
+
+CPlugInState CPlugIn::State() const {
+    CPlugInState state = m_Book.State();
+    state.strCaptureDirectory = m_Directory.Path();
+    return state;
+}
+
+void CPlugIn::Restore(CPlugInState const& state) {
+    m_Book.SetState(state);
+    m_Directory.Use(state.strCaptureDirectory);
+    m_nReturnRequest = -1;
+    if (state.strReturnedFile.empty()) {
+        m_fHasReturned = false;
+        m_Player.Give(nullptr);
+        return;
+    }
+    m_fHasReturned = true;
+    const std::lock_guard lock(m_ReturnLock);
+    m_Wanted = CReturn{state.strReturnedFile, state.lReturnedPosition, false};
+}
+
+void CPlugIn::ViewTurned() {
+    m_lViewTurned.store(Milliseconds(), std::memory_order_relaxed);
+}
+
+bool CPlugIn::HasView() const {
+    return Milliseconds() - m_lViewTurned.load(std::memory_order_relaxed) < kViewPatience;
+}
+
+std::optional<CTake> CPlugIn::LastTakeOn(std::int32_t nTrack) const {
+    return m_Book.LastOn(nTrack);
+}
+
+bool CPlugIn::PickReturnRequest(ReturnMode* mode) {
+    const std::int32_t nRequest = m_nReturnRequest.exchange(-1);
+    if (nRequest < 0) return false;
+    *mode = static_cast<ReturnMode>(nRequest);
+    return true;
+}
+
+void CPlugIn::SetReturned(std::string const& strFile, std::int64_t lPosition) {
+    const std::lock_guard lock(m_ReturnLock);
+    m_Wanted = CReturn{strFile, lPosition, true};
+}
+
+CPlugInStatus CPlugIn::Status() const {
+    const std::lock_guard lock(m_StatusLock);
+    return m_Status;
+}
+
+void CPlugIn::Report(PlugInResult result, std::string const& strText) {
+    const std::lock_guard lock(m_StatusLock);
+    m_Status.result = result;
+    m_Status.strText = strText;
+    ++m_Status.nSerial;
+    m_Result = result;
+    CPlugInMessage message;
+    message.result = result;
+    std::snprintf(message.szText, sizeof(message.szText), "%s", strText.c_str());
+    m_Messages.Put(message);
+}
+
+CPlugInActivity CPlugIn::Activity() const {
+    return {m_fCapture, m_fReturn, m_fCapturing, m_lTakeFrames, m_fHasReturned};
+}
+
+void CPlugIn::ServeDisk() {
+    while (!m_fQuit) {
+        ServeTakes();
+        ServeReturn();
+        ServeLink();
+        std::this_thread::sleep_for(kDiskTurn);
+    }
+    ServeTakes();
+}
+
+void CPlugIn::ServeTakes() {
+    std::vector<CTake> finished;
+    m_Writer.Service(finished);
+    m_nFailedTake.store(m_Writer.FailedTake(), std::memory_order_release);
+    for (CTake const& take : finished) Finished(take);
+}
+
+void CPlugIn::Finished(CTake const& take) {
+    const std::string strLength = Seconds(take, m_nSampleRate);
+    if (take.end == TakeEnd::Overflow) {
+        Report(PlugInResult::Overflow,
+               "The disk did not keep up: the take was stopped after " + strLength + ".");
+    } else if (take.end == TakeEnd::DiskFailed) {
+        Report(
+            PlugInResult::DiskFailed,
+            "The disk is full or cannot be written: the take was stopped after " + strLength + ".");
+    } else {
+        Report(PlugInResult::TakeWritten, "A take of " + strLength + " was captured.");
+    }
+    if (take.lFrames > 0) {
+        m_Book.Add(take);
+        return;
+    }
+    std::error_code ignored;
+    std::filesystem::remove(take.strFile, ignored);
+}
+
+void CPlugIn::ServeReturn() {
+    m_Player.Collect();
+    std::optional<CReturn> wanted;
+    {
+        const std::lock_guard lock(m_ReturnLock);
+        wanted = std::exchange(m_Wanted, std::nullopt);
+    }
+    if (!wanted) return;
+    try {
+        LoadReturn(*wanted);
+    } catch (std::exception const& failure) {
+        Report(PlugInResult::ReturnRefused, failure.what());
+    }
+}
+
+void CPlugIn::LoadReturn(CReturn const& wanted) {
+    auto audio = LoadReturnedAudio(wanted.strFile, wanted.lPosition, m_nChannels, m_nSampleRate);
+    std::string strFile = wanted.strFile;
+    if (wanted.fCopy) {
+        // The host's file belongs to the host: it replaces and removes it as it likes.
+        strFile = m_Directory.NewFile("Return");
+        if (strFile.empty()) throw std::runtime_error("The capture directory cannot be written.");
+        std::filesystem::copy_file(wanted.strFile, strFile,
+                                   std::filesystem::copy_options::overwrite_existing);
+    }
+    m_Book.SetReturned(strFile, wanted.lPosition);
+    m_fHasReturned = true;
+    m_Player.Give(std::move(audio));
+    Report(PlugInResult::Returned,
+           "The host's region plays from " + std::to_string(wanted.lPosition) + " on.");
+}
+
+void CPlugIn::ServeLink() {
+    // The control is the workstation's; what the user picks in the window arrives by it too.
+    const std::int32_t nTrack = m_nTrackPort.exchange(-1);
+    if (nTrack >= 0) m_Book.SetTrack(nTrack);
+    if (const std::optional<CLinkOutcome> outcome = m_Sender.TakeOutcome()) Apply(*outcome);
+    if (!m_Sender.IsIdle() || HasView() || Milliseconds() < m_lNextTry) return;
+
+    CLinkJob job;
+    job.kind = m_Kind;
+    job.nSampleRate = m_nSampleRate;
+    job.nTrack = m_Book.Track();
+    job.take = m_Book.Pick();
+    m_fSendingTake = job.take.has_value();
+    if (m_fSendingTake) {
+        job.guide = m_Book.LastOn(0);
+    } else {
+        if (!PickReturnRequest(&job.mode)) return;
+        const std::optional<CTake> last = m_Book.Last();
+        job.lPosition = last ? last->lPosition : 0;
+    }
+    m_Sender.Start(job);
+}
+
+void CPlugIn::Apply(CLinkOutcome const& outcome) {
+    if (outcome.result == PlugInResult::Returned) {
+        SetReturned(outcome.strFile, outcome.lPosition);
+        return;
+    }
+    if (m_fSendingTake && outcome.result == PlugInResult::NoHost) {
+        m_Book.PutBack();
+        m_lNextTry = Milliseconds() + kRetryEvery;
+        if (Status().strText == outcome.strText) return;
+    } else if (m_fSendingTake) {
+        m_Book.Handled(outcome.nTrack);
+    }
+    const bool fDone = outcome.result == PlugInResult::HandedOver && outcome.strText.empty();
+    Report(outcome.result, fDone ? "The host has the take." : outcome.strText);
+}

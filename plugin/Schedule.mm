@@ -1,0 +1,145 @@
+#include "plugin/Schedule.h"
+
+#include <sys/stat.h>
+
+#import "plugin/PlugInView.h"
+
+namespace {
+
+constexpr std::chrono::milliseconds kCheckHostEvery{500};
+
+bool IsThere(std::string const& strFile) {
+    struct stat status {};
+    return stat(strFile.c_str(), &status) == 0;
+}
+
+}  // namespace
+
+CSchedule::CSchedule(CPlugInAccess& plugIn, CPlugInView& view,
+                     std::function<void(std::int32_t)> trackChosen)
+    : m_PlugIn(plugIn),
+      m_View(view),
+      m_TrackChosen(std::move(trackChosen)),
+      m_NextCheck(Clock::now()),
+      m_nWantedTrack(plugIn.Track()),
+      m_nSeenReport(plugIn.Status().nSerial) {
+    m_View.Remember(plugIn.LastTakeOn(0), plugIn.LastTakeOn(1));
+    m_View.ChooseTrack(m_nWantedTrack);
+    if (const std::optional<std::int32_t> nTrack = m_View.Track()) m_nSeenTrack = *nTrack;
+    m_pSeenList = m_View.TrackList();
+}
+
+void CSchedule::Turn() {
+    m_PlugIn.ViewTurned();
+    FollowTrack();
+    if (!CheckHost() && !HandOverTake()) Fetch();
+    ShowReport();
+    m_PlugIn.ViewTurned();
+}
+
+bool CSchedule::CheckHost() {
+    if (m_fListDue) {
+        m_fListDue = false;
+        m_View.FetchTracks();
+        return true;
+    }
+    if (Clock::now() < m_NextCheck) return false;
+    m_NextCheck = Clock::now() + kCheckHostEvery;
+    const std::int32_t nHost = m_View.CheckHost();
+    m_fListDue = nHost != m_nHost && nHost > 0;
+    if (nHost > 0) m_fSaidWaiting = false;
+    m_nHost = nHost;
+    return true;
+}
+
+bool CSchedule::HandOverTake() {
+    if (m_nHost < 1 && m_PlugIn.IsTakeWaiting() && !m_fSaidWaiting) {
+        m_PlugIn.Report(PlugInResult::NoHost, "A take waits for the host: " + m_View.ErrorText());
+        m_nSeenReport = m_PlugIn.Status().nSerial;
+        m_fSaidWaiting = true;
+    }
+    if (m_nHost < 1) return false;
+    const std::optional<CTake> take = m_PlugIn.PickTake();
+    if (!take) return false;
+    const std::int32_t nTrack = m_View.Track().value_or(0);
+    m_View.Capture(*take);
+    const std::string strError = m_View.ErrorText();
+    if (strError.empty()) {
+        m_PlugIn.TakeHandled(nTrack);
+        m_PlugIn.Report(PlugInResult::HandedOver, "The host has the take.");
+    } else if (!IsThere(take->strFile)) {
+        m_PlugIn.TakeHandled(-1);
+        m_PlugIn.Report(PlugInResult::Duplicate, strError);
+    } else if (m_View.CheckHost() < 1) {
+        m_PlugIn.TakePutBack();
+        m_nHost = -1;
+    } else {
+        m_PlugIn.TakeHandled(-1);
+        m_PlugIn.Report(PlugInResult::HostRefused, strError);
+    }
+    // The view shows by itself what the host said.
+    m_nSeenReport = m_PlugIn.Status().nSerial;
+    return true;
+}
+
+bool CSchedule::Fetch() {
+    if (m_fExportDue) {
+        m_fExportDue = false;
+        const std::optional<std::string> strFile = m_View.Export(m_PlugIn.SampleRate());
+        if (!strFile) {
+            RefuseFetch();
+        } else {
+            m_PlugIn.SetReturned(*strFile, m_lReturnPosition);
+        }
+        return true;
+    }
+    ReturnMode mode{};
+    if (!m_PlugIn.PickReturnRequest(&mode)) return false;
+    const std::optional<CTake> last = m_PlugIn.LastTake();
+    m_lReturnPosition = last ? last->lPosition : 0;
+    m_fExportDue = true;
+    if (mode == ReturnMode::Export) return false;
+    const std::optional<std::int64_t> lStart = m_View.Render(m_PlugIn.SampleRate());
+    m_fExportDue = lStart.has_value();
+    if (m_fExportDue) {
+        m_lReturnPosition = *lStart;
+    } else {
+        RefuseFetch();
+    }
+    return true;
+}
+
+void CSchedule::RefuseFetch() {
+    const std::string strError = m_View.ErrorText();
+    m_PlugIn.Report(PlugInResult::ReturnRefused,
+                    strError.empty() ? "The host returned nothing." : strError);
+}
+
+void CSchedule::FollowTrack() {
+    const std::int32_t nSet = m_PlugIn.Track();
+    const std::optional<std::int32_t> nShown = m_View.Track();
+    if (!nShown) return;
+    // A list that was fetched anew has a selection that nobody chose.
+    const bool fOtherList = m_View.TrackList() != m_pSeenList;
+    m_pSeenList = m_View.TrackList();
+    if (!fOtherList && *nShown != m_nSeenTrack) {
+        m_nWantedTrack = *nShown;
+        m_PlugIn.SetTrack(m_nWantedTrack);
+        m_TrackChosen(m_nWantedTrack);
+    } else if (fOtherList || nSet != m_nWantedTrack) {
+        m_nWantedTrack = nSet;
+        m_View.ChooseTrack(m_nWantedTrack);
+    }
+    m_nSeenTrack = m_View.Track().value_or(-1);
+}
+
+void CSchedule::ShowReport() {
+    const CPlugInStatus status = m_PlugIn.Status();
+    if (status.nSerial == m_nSeenReport) return;
+    m_nSeenReport = status.nSerial;
+    constexpr PlugInResult kShown[] = {PlugInResult::Overflow, PlugInResult::DiskFailed,
+                                       PlugInResult::ReturnRefused, PlugInResult::StateUnreadable};
+    for (const PlugInResult result : kShown) {
+        if (status.result == result) m_View.Show(status.strText);
+    }
+}

@@ -1,0 +1,67 @@
+#include "plugin/TakeWriter.h"
+
+namespace {
+
+constexpr std::size_t kFramesAtOnce = 16384;
+
+}  // namespace
+
+CTakeWriter::CTakeWriter(CCaptureRing& ring, CCaptureDirectory& directory, int nSampleRate)
+    : m_Ring(ring),
+      m_Directory(directory),
+      m_nSampleRate(nSampleRate),
+      m_Interleaved(kFramesAtOnce * ring.Channels()) {}
+
+void CTakeWriter::Service(std::vector<CTake>& finished) {
+    for (;;) {
+        if (const std::optional<CTakeMark> mark = m_Ring.NextMark()) {
+            if (mark->fBegin) {
+                Begin(*mark);
+            } else {
+                Finish(mark->end, finished);
+            }
+            continue;
+        }
+        const std::size_t nFrames = m_Ring.Read(m_Interleaved);
+        if (nFrames == 0) return;
+        Write(nFrames);
+    }
+}
+
+void CTakeWriter::Begin(CTakeMark const& mark) {
+    m_nTake = mark.nTake;
+    m_Take.emplace();
+    m_Take->lPosition = mark.lPosition;
+    if (!Open()) m_nFailedTake = m_nTake;
+}
+
+bool CTakeWriter::Open() {
+    m_Take->strFile = m_Directory.NewFile("Take");
+    if (m_Take->strFile.empty()) return false;
+    SF_INFO format{};
+    format.samplerate = m_nSampleRate;
+    format.channels = m_Ring.Channels();
+    format.format = SF_FORMAT_RF64 | SF_FORMAT_FLOAT;
+    m_pFile.reset(sf_open(m_Take->strFile.c_str(), SFM_WRITE, &format));
+    if (!m_pFile) return false;
+    sf_command(m_pFile.get(), SFC_RF64_AUTO_DOWNGRADE, nullptr, SF_TRUE);
+    // It carries the time of writing, which would make two equal takes differ.
+    sf_command(m_pFile.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
+    return true;
+}
+
+void CTakeWriter::Write(std::size_t nFrames) {
+    if (m_nFailedTake == m_nTake || !m_pFile) return;
+    const auto lFrames = static_cast<sf_count_t>(nFrames);
+    const sf_count_t lWritten = sf_writef_float(m_pFile.get(), m_Interleaved.data(), lFrames);
+    m_Take->lFrames += lWritten;
+    if (lWritten != lFrames) m_nFailedTake = m_nTake;
+}
+
+void CTakeWriter::Finish(TakeEnd end, std::vector<CTake>& finished) {
+    if (!m_Take) return;
+    m_pFile.reset();
+    m_Take->end = m_nFailedTake == m_nTake ? TakeEnd::DiskFailed : end;
+    finished.push_back(*m_Take);
+    m_Take.reset();
+}

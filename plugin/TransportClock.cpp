@@ -1,0 +1,18 @@
+#include "plugin/TransportClock.h"
+
+#include <utility>
+
+void CTransportClock::Set(std::int64_t lPosition, double dSpeed) {
+    const bool fRolling = dSpeed > 0;
+    if (lPosition != m_lPosition || fRolling != m_fRolling) m_fJumped = true;
+    m_lPosition = lPosition;
+    m_fRolling = fRolling;
+}
+
+void CTransportClock::Advance(std::uint32_t nFrames) {
+    if (m_fRolling) m_lPosition += nFrames;
+}
+
+bool CTransportClock::TakeJump() {
+    return std::exchange(m_fJumped, false);
+}

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+
+/// Where the timeline is, in samples. It follows what the workstation says about its transport; as
+/// long as it said nothing, it counts the samples that passed by itself and is always rolling.
+/// Belongs to the audio thread.
+class CTransportClock {
+public:
+    /// The workstation says where its transport is and how fast it moves (1: normal, 0: stopped).
+    void Set(std::int64_t lPosition, double dSpeed);
+
+    /// `nFrames` samples have passed.
+    void Advance(std::uint32_t nFrames);
+
+    std::int64_t Position() const { return m_lPosition; }
+    bool IsRolling() const { return m_fRolling; }
+
+    /// True once after each jump: the position is not the one that follows from what was before,
+    /// or the transport has just begun to roll.
+    bool TakeJump();
+
+private:
+    std::int64_t m_lPosition = 0;
+    bool m_fRolling = true;
+    bool m_fJumped = true;
+};

@@ -1,0 +1,61 @@
+#import "workstation/GalleryWindow.h"
+
+#include <cstdio>
+#include <stdexcept>
+
+#import "workstation/Screenshot.h"
+
+namespace {
+
+NSView* LoadGallery(std::string const& strPath) {
+    NSBundle* bundle = [NSBundle bundleWithPath:[NSString stringWithUTF8String:strPath.c_str()]];
+    NSView* gallery = [[[[bundle principalClass] alloc] init] autorelease];
+    if (gallery == nil) throw std::runtime_error(strPath + " is no gallery that loads");
+    return gallery;
+}
+
+}  // namespace
+
+@implementation TavarinWorkstation_GalleryWindow
+
+- (id)initWithArguments:(CArguments const&)arguments {
+    self = [super initWithSteps:arguments.steps];
+    if (self == nil) return nil;
+    NSView* gallery = LoadGallery(arguments.strGallery);
+    const NSRect frame = [gallery frame];
+    m_window = [[NSWindow alloc]
+        initWithContentRect:NSMakeRect(40, 60, frame.size.width, frame.size.height)
+                  styleMask:NSTitledWindowMask | NSClosableWindowMask | NSMiniaturizableWindowMask
+                    backing:NSBackingStoreBuffered
+                      defer:NO];
+    [m_window setReleasedWhenClosed:NO];
+    [m_window setTitle:@"Tavarin controls"];
+    [m_window setContentView:gallery];
+    return self;
+}
+
+- (void)dealloc {
+    [m_window release];
+    [super dealloc];
+}
+
+- (void)Start {
+    [m_window makeKeyAndOrderFront:nil];
+    [super Start];
+}
+
+- (void)Finish {
+    [super Finish];
+    [m_window orderOut:nil];
+}
+
+- (BOOL)Take:(CStep const&)step {
+    const bool fPicture = step.kind == StepKind::Screenshot || step.kind == StepKind::Picture;
+    if (fPicture && WriteScreenshot([m_window contentView], step.strText)) return YES;
+    std::fprintf(stderr, "failed: %s\n",
+                 fPicture ? ("cannot write " + step.strText).c_str()
+                          : "a gallery has no plug-in to take this step");
+    return NO;
+}
+
+@end
