@@ -15,6 +15,9 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${CMAKE_PROJECT_NAME} built using CMake")
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_ALL Development Tools Views)
+if(TARGET tavarin_lv2)
+    list(APPEND CPACK_COMPONENTS_ALL Plugin)
+endif()
 set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
@@ -56,5 +59,15 @@ set(CPACK_COMPONENT_VIEWS_DESCRIPTION
 The bundle from which audio plug-ins take their views, the tool for colour
 schemes, and tavarin-workstation, which loads the bundle, shows its views
 and sends them what a workstation sends.")
+
+set(CPACK_DEBIAN_PLUGIN_PACKAGE_NAME tavarin-lv2)
+set(CPACK_DEBIAN_PLUGIN_PACKAGE_SECTION sound)
+set(CPACK_DEBIAN_PLUGIN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PLUGIN_PACKAGE_DEPENDS "gnustep-back0.29-cairo | gnustep-back0.29, fonts-dejavu-core")
+set(CPACK_DEBIAN_PLUGIN_PACKAGE_SUGGESTS "tavarin-tools, lv2-host")
+set(CPACK_COMPONENT_PLUGIN_DESCRIPTION
+    "LV2 plug-ins of the Tavarin Pro link
+Audio plug-ins that capture takes in a workstation, hand them to the Tavarin
+Pro application or to the reference host, and play what comes back.")
 
 include(CPack)
