@@ -126,6 +126,12 @@ foreach(module IN ITEMS TavarinProLink TavarinGallery)
     endif()
 endforeach()
 
+# The controls' images, for bundles of others.
+if(TARGET tavarin_controls)
+    install(FILES ${TAVARIN_CONTROL_IMAGES} DESTINATION "${CMAKE_INSTALL_DATADIR}/tavarin-link"
+        COMPONENT Development)
+endif()
+
 # The LV2 plug-ins, which have a copy of the bundle beside them.
 if(TARGET tavarin_lv2)
     install(DIRECTORY "${PROJECT_BINARY_DIR}/lv2/tavarin.lv2"
