@@ -1,6 +1,6 @@
 # Run by CPack between installing and packing: what Debian wants in a package and an installation
-# elsewhere does without. Pages of the manual are compressed, and each package gets its list of changes
-# and its copyright file.
+# elsewhere does without. Pages of the manual are compressed, archives lose what no linker needs, and each
+# package gets its list of changes and its copyright file.
 
 if(NOT CPACK_GENERATOR STREQUAL "DEB")
     return()
@@ -22,6 +22,13 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
     file(GLOB pages "${root}/share/man/man*/*.1")
     foreach(page IN LISTS pages)
         compress("${page}")
+    endforeach()
+
+    file(GLOB_RECURSE archives "${root}/lib/*.a")
+    foreach(archive IN LISTS archives)
+        execute_process(COMMAND strip --strip-debug --remove-section=.comment
+                --enable-deterministic-archives "${archive}"
+            COMMAND_ERROR_IS_FATAL ANY)
     endforeach()
 
     set(documents "${root}/share/doc/${package}")

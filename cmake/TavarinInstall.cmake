@@ -1,6 +1,6 @@
-# What `cmake --install` puts where, in three components: Development (libraries, headers and what
-# finds them), Tools (the command-line tools and the reference host) and Views (the bundle and the
-# programs that draw). What was not built is not installed.
+# What `cmake --install` puts where, in four components: Development (libraries, headers and what finds
+# them), Tools (the command-line tools and the reference host), Views (the bundle and the programs that
+# draw) and Plugin (the LV2 plug-ins). What was not built is not installed.
 #
 # Every place is relative to the prefix, so that a tree may be installed, and moved, anywhere.
 
@@ -125,6 +125,18 @@ foreach(module IN ITEMS TavarinProLink TavarinGallery)
             DESTINATION "${TAVARIN_BUNDLE_DIR}/${module}.bundle" COMPONENT Views)
     endif()
 endforeach()
+
+# The controls' images, for bundles of others.
+if(TARGET tavarin_controls)
+    install(FILES ${TAVARIN_CONTROL_IMAGES} DESTINATION "${CMAKE_INSTALL_DATADIR}/tavarin-link"
+        COMPONENT Development)
+endif()
+
+# The LV2 plug-ins, which have a copy of the bundle beside them.
+if(TARGET tavarin_lv2)
+    install(DIRECTORY "${PROJECT_BINARY_DIR}/lv2/tavarin.lv2"
+        DESTINATION "${TAVARIN_LV2_DIRECTORY}" COMPONENT Plugin USE_SOURCE_PERMISSIONS)
+endif()
 
 # Programs, each with its page of the manual and its completions.
 file(READ "${PROJECT_SOURCE_DIR}/completions/help.awk" TAVARIN_HELP_PARSER)

@@ -13,8 +13,10 @@ class CComponentColour;
 /// Rectangles painted in the colours of the process-wide scheme, and what buttons are shaded with.
 /// To be used on the thread that draws, in the coordinates of the view that draws.
 
-/// Names of fonts.
+/// Name of the font of an audio label.
 extern NSString* const fontAudioLabel;
+
+/// Name of the font of the horizontal axis's labels.
 extern NSString* const fontXAxisLabel;
 
 /// Painting with components' colours. A plain colour fills; a gradient runs in a fill direction:
@@ -82,9 +84,17 @@ extern NSString* const fontXAxisLabel;
 /// alpha of 1. `info` is the number of outputs as an integer. A disabled button has one look,
 /// selected or not.
 /// @{
+
+/// Not pressed.
 void QXShaderNormalBtn(void* info, CGFloat const* pIn, CGFloat* pOut);
+
+/// Pressed.
 void QXShaderSelectedBtn(void* info, CGFloat const* pIn, CGFloat* pOut);
+
+/// Disabled.
 void QXShaderDisabledNormalBtn(void* info, CGFloat const* pIn, CGFloat* pOut);
+
+/// Disabled and pressed.
 void QXShaderDisabledSelectedBtn(void* info, CGFloat const* pIn, CGFloat* pOut);
 /// @}
 

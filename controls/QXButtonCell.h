@@ -19,8 +19,10 @@
     CComponentCode m_nBorderDown;  ///< Border when pressed; ccButtonBorderActive at first.
 }
 
-/// Both give the codes their first values, whatever an archive holds.
+/// Gives the codes their first values.
 - (id)init;
+
+/// Does the same, whatever the archive holds.
 - (id)initWithCoder:(NSCoder*)coder;
 
 /// Sets the codes. Redrawing is up to the caller.
@@ -29,6 +31,7 @@
                        FaceDown:(CComponentCode)faceDown
                      BorderDown:(CComponentCode)borderDown;
 
+/// Has DrawButton paint the bezel as the state of the cell wants it.
 - (void)drawBezelWithFrame:(NSRect)frame inView:(NSView*)view;
 
 /// Paints the bezel into `*pArea`.

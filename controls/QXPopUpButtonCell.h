@@ -16,8 +16,10 @@
     BOOL m_fReadOnly;              ///< No arrow, and a normal title also when disabled.
 }
 
-/// Both give the codes their first values, whatever an archive holds, and make it not read-only.
+/// Gives the codes their first values, and makes it not read-only.
 - (id)init;
+
+/// Does the same, whatever the archive holds.
 - (id)initWithCoder:(NSCoder*)coder;
 
 /// Sets the codes. Redrawing is up to the caller.
@@ -29,6 +31,7 @@
 /// A read-only pop-up shows its value and no arrow. Redrawing is up to the caller.
 - (void)SetReadOnly:(BOOL)fReadOnly;
 
+/// Has DrawButton paint the bezel as the state of the cell wants it.
 - (void)drawBezelWithFrame:(NSRect)frame inView:(NSView*)view;
 
 /// Paints the bezel into `*pArea`.

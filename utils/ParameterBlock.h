@@ -66,9 +66,11 @@ public:
 
     /// An empty block under a name from an image.
     explicit CParameterBlock(CLoadedName const& loaded) : CParameter(tag, loaded) {}
+
+    /// The same for a short name.
     explicit CParameterBlock(CShortName const& loaded) : CParameter(tag, loaded) {}
 
-    /// The same, watched by `observer` while it loads.
+    /// An empty block under an empty name, watched by `observer` while it loads.
     CParameterBlock(CProgress* observer, unsigned long total);
 
     /// A deep copy of a block with its name and token but no progress. Another class of parameter

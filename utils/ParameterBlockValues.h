@@ -164,6 +164,8 @@ public:
 
     /// The default value under a name from an image.
     explicit CValueParameter(CLoadedName const& loaded) : CParameter(Tag, loaded) {}
+
+    /// The same for a short name.
     explicit CValueParameter(CShortName const& loaded) : CParameter(Tag, loaded) {}
 
     /// A null name leaves the name empty.
@@ -268,6 +270,8 @@ public:
 
     /// The empty string under a name from an image.
     explicit CStringParameter(CLoadedName const& loaded) : CParameter(tag, loaded) {}
+
+    /// The same for a short name.
     explicit CStringParameter(CShortName const& loaded) : CParameter(tag, loaded) {}
 
     /// A null name or value is an empty one.
