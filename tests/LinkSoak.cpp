@@ -187,6 +187,10 @@ public:
         Clock::time_point restart = start + kHostLife, killing = start + kKillEvery, sample = start;
         while (Clock::now() < start + m_length) {
             std::this_thread::sleep_for(20ms);
+            if (Clock::now() >= sample) {
+                TakeSample(std::chrono::duration<double>(Clock::now() - start).count());
+                sample = Clock::now() + 1s;
+            }
             if (Clock::now() >= restart) {
                 RestartHost();
                 restart = Clock::now() + kHostLife;
@@ -194,10 +198,6 @@ public:
             if (Clock::now() >= killing) {
                 StartClient(m_nKilled++ % kMortalClients);
                 killing = Clock::now() + kKillEvery;
-            }
-            if (Clock::now() >= sample) {
-                TakeSample(std::chrono::duration<double>(Clock::now() - start).count());
-                sample = Clock::now() + 1s;
             }
         }
         Finish();

@@ -7,7 +7,7 @@
 namespace {
 
 constexpr double kWidth = 860, kHeight = 460;
-constexpr double kLeft = 60, kRight = 20, kTop = 50, kPanel = 150, kGap = 70;
+constexpr double kLeft = 60, kRight = 30, kTop = 50, kPanel = 150, kGap = 70;
 
 /// One line of the picture.
 struct Series {
