@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 
+#include "FileIO/FileName.h"
 #import "Source/ViewHelpers.h"
 #include "platform/Assertion.h"
 #include "tests/PeerHost.h"

@@ -12,7 +12,14 @@ namespace fs = std::filesystem;
 namespace {
 
 std::string MakePrivateDirectory() {
-    std::string strPath = (fs::temp_directory_path() / "tavarin-host-XXXXXX").string();
+    std::error_code error;
+    fs::path const parent = fs::temp_directory_path(error);
+    if (error) {
+        char const* const pszParent = std::getenv("TMPDIR");
+        throw std::system_error(error, std::string("the host has no temporary directory ") +
+                                           (pszParent ? pszParent : "/tmp") + " for its audio");
+    }
+    std::string strPath = (parent / "tavarin-host-XXXXXX").string();
     if (mkdtemp(strPath.data())) return strPath;
     throw std::system_error(errno, std::generic_category(),
                             "the host cannot make its audio directory " + strPath);

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "platform/SegmentUsers.h"
+#include "platform/SharedMemory.h"
 
 /// What is known of the client that holds a message segment's request lock.
 enum class Holder {

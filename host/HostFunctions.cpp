@@ -257,7 +257,7 @@ std::string WriteRegion(CHostContext& context, CRegion const& region, char const
     std::string const strNew =
         context.m_Directory.NewFile(pszStem + ("_" + std::to_string(region.m_idRegion)), lBytes);
     auto const known = files.find(region.m_idRegion);
-    std::string const strFile = known == files.end() ? strNew : known->second;
+    std::string strFile = known == files.end() ? strNew : known->second;
     CopyAudioRange(AudioOf(region), strFile, context.m_Checkpoint);
     files[region.m_idRegion] = strFile;
     return strFile;
@@ -366,7 +366,7 @@ bool FileInUse(CSession const& session, std::string const& strFile) {
 /// What the host made for a region goes with it. An export stays: a client may be reading it.
 CHostValue DeleteRegion(CHostContext& context, CHostArguments const& arguments) {
     CSessionId const idRegion = arguments.Integer(0);
-    std::string const strFile = RegionArgument(context, arguments).m_strFile;
+    std::string strFile = RegionArgument(context, arguments).m_strFile;
     context.m_Session.DeleteRegion(Current(context), idRegion);
     if (auto const render = context.m_Renders.extract(idRegion))
         std::remove(render.mapped().c_str());

@@ -4,11 +4,12 @@
 
 #include <boost/interprocess/exceptions.hpp>
 #include <cerrno>
+#include <system_error>
 #include <utility>
 
 #include "link/LinkClock.h"
 #include "link/MappedSegment.h"
-#include "platform/SegmentUsers.h"
+#include "platform/SharedMemory.h"
 
 namespace {
 
@@ -25,14 +26,20 @@ std::string FreeName(std::string strName) {
     return strName;
 }
 
+[[noreturn]] void RefuseToCreate(std::string const& name, std::string const& strReason) {
+    throw CHostSegmentError("cannot create the shared-memory segment " + name + ": " + strReason);
+}
+
 shared_memory_object CreateObject(std::string const& name, std::size_t nSize) {
     try {
         shared_memory_object object(create_only, name.c_str(), read_write, permissions(0600));
         object.truncate(static_cast<offset_t>(nSize));
-        return object;
+        const int nError = ReserveSharedMemory(object.get_mapping_handle().handle, nSize);
+        if (nError == 0) return object;
+        shared_memory_object::remove(name.c_str());
+        RefuseToCreate(name, std::generic_category().message(nError));
     } catch (interprocess_exception const& failure) {
-        throw CHostSegmentError("cannot create the shared-memory segment " + name + ": " +
-                                failure.what());
+        RefuseToCreate(name, failure.what());
     }
 }
 

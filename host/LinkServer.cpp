@@ -3,6 +3,7 @@
 #include <chrono>
 #include <utility>
 
+#include "host/LeftoverSegment.h"
 #include "link/LinkClock.h"
 #include "link/WordProtocol.h"
 
@@ -17,6 +18,7 @@ constexpr std::size_t kMostChannels = 8;
 
 CLinkServer::CLinkServer(int nId, bool fSessionSelected, Handler handler)
     : m_nId(nId), m_handler(std::move(handler)), m_fSessionSelected(fSessionSelected) {
+    SendAwayFromLeftover(m_nId);
     m_channels.emplace_back(m_nId, SegmentName::OfTheHost,
                             [this](std::string const& request) { return Answer(request); });
     RefreshDirectory();

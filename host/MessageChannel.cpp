@@ -63,6 +63,9 @@ CMessageChannel::~CMessageChannel() {
     }
     WakeWord(&Record()->requestCondition.nCommand);
     m_thread.join();
+    // Who waits behind a dead or halted client now finds the segment closed, and writes nothing.
+    SetWord(&Record()->nExchangeMutex, 0);
+    SetWord(&Record()->nRequestLock, 0);
 }
 
 bool CMessageChannel::Replace(CMessageChannel& old) noexcept {

@@ -5,17 +5,22 @@
 CReferenceHost::CReferenceHost(CSession session, CReferenceHostOptions options)
     : m_Options(std::move(options)),
       m_Session(std::move(session)),
-      m_Engine(m_Session, m_Options.m_Engine),
-      m_Server(m_Options.m_nId, m_Session.Selected(),
-               [this](std::string const& strScript) { return Answer(strScript); }) {
-    m_Server.SetUpdateCount(Snapshot().UpdateCount());
+      m_Engine(m_Session, m_Options.m_Engine) {
+    m_Server.emplace(m_Options.m_nId, m_Session.Selected(),
+                     [this](std::string const& strScript) { return Answer(strScript); });
+    m_Server->SetUpdateCount(Snapshot().UpdateCount());
 }
 
 void CReferenceHost::SelectSession(bool fSelected) {
     const std::lock_guard guard(m_Mutex);
     m_Session.SetSelected(fSelected);
-    m_Server.SelectSession(fSelected);
-    m_Server.SetUpdateCount(m_Session.UpdateCount());
+    if (!m_Server) return;
+    m_Server->SelectSession(fSelected);
+    m_Server->SetUpdateCount(m_Session.UpdateCount());
+}
+
+void CReferenceHost::Close() {
+    m_Server.reset();
 }
 
 CSession CReferenceHost::Snapshot() const {

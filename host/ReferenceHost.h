@@ -3,6 +3,7 @@
 #include <chrono>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <string>
 
 #include "host/LinkServer.h"
@@ -24,9 +25,11 @@ struct CReferenceHostOptions {
 };
 
 /// A host application for development and tests: a session, the script engine that works on it and
-/// the link that clients reach it by. It runs from construction to destruction.
+/// the link that clients reach it by. It runs from construction to destruction or to
+/// `Close`.
 ///
-/// The public operations are safe on any thread; they wait while a script runs.
+/// The public operations are safe on any thread, `Close` once all others are done; they wait while
+/// a script runs.
 class CReferenceHost {
 public:
     /// Throws `CHostSegmentError` when another host is running, and what the engine throws when its
@@ -35,6 +38,10 @@ public:
 
     /// Selects the session or no session, as a user of the host application would.
     void SelectSession(bool fSelected);
+
+    /// Ends the link: answers the request under way and takes no more. The session stays, and from
+    /// then on nothing changes it.
+    void Close();
 
     /// A copy of the session as it stands between two scripts.
     CSession Snapshot() const;
@@ -49,5 +56,5 @@ private:
     mutable std::mutex m_Mutex;
     CSession m_Session;
     CScriptEngine m_Engine;
-    CLinkServer m_Server;
+    std::optional<CLinkServer> m_Server;  ///< none once closed
 };

@@ -129,7 +129,7 @@ private:
 void RunHost(Arguments const& arguments) {
     std::signal(SIGINT, Stop);
     std::signal(SIGTERM, Stop);
-    const CReferenceHost host(MakeSession(arguments), MakeOptions(arguments));
+    CReferenceHost host(MakeSession(arguments), MakeOptions(arguments));
     CSessionKeeper keeper(arguments);
     keeper.Keep(host);
     Announce(arguments, host);
@@ -137,6 +137,8 @@ void RunHost(Arguments const& arguments) {
         std::this_thread::sleep_for(kSavePeriod);
         keeper.Keep(host);
     }
+    // What is still being answered belongs into the file too.
+    host.Close();
     keeper.Keep(host);
     if (!arguments.fQuiet) std::fputs(DescribeSession(host.Snapshot()).c_str(), stdout);
 }

@@ -365,6 +365,32 @@ TEST_P(CHostAtWork, CostsItsClientThreeTimeoutsAtMostAndCanBeStartedAgain) {
     StopHost();
 }
 
+TEST_P(CHostAtWork, LetsEveryPatientClientGoWhenItIsStartedAgain) {
+    StartHost(RunServer);
+    CSteppedThread thread(AnsweringThread(m_host->Id()));
+    CForkedProcess client([] { return SendOnce(strVictimRequest, -1); });
+    HaltWaiting(client);
+    for (std::size_t nStep = 0; nStep <= GetParam(); ++nStep) {
+        ExchangeStep const& step = HostSteps()[nStep];
+        ASSERT_TRUE(thread.StepUntil([&] { return step.isReached(View()); })) << step.szName;
+    }
+    LetGo();
+    CForkedProcess behind([] { return SendOnce("behind", -1); });
+    usleep(20'000);
+    m_host->Signal(SIGKILL);
+    thread.AwaitEnd();
+    EXPECT_EQ(m_host->Wait(kLong), -1);
+    client.Continue();
+    const auto end = std::chrono::steady_clock::now() + kSoon;
+    do {
+        m_host.emplace(RunServer);
+        usleep(300'000);
+    } while (SendOnce("request of another", 1000) != 0 && std::chrono::steady_clock::now() < end);
+    EXPECT_NE(client.Wait(kSoon), std::nullopt);
+    EXPECT_NE(behind.Wait(kSoon), std::nullopt);
+    StopHost();
+}
+
 INSTANTIATE_TEST_SUITE_P(AtEveryStep, CHostAtWork,
                          testing::Range<std::size_t>(0, HostSteps().size()), HostStepName);
 

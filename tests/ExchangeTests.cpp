@@ -166,6 +166,64 @@ TEST(Exchange, OneNotificationCountsAsTheAnswer) {
     EXPECT_EQ(exchange.strReply, "still pending");
 }
 
+TEST(Exchange, WordsThatADeadHostLeftCostThreeTimeoutsAtMost) {
+    constexpr int kTimeoutMs = 40;
+    constexpr std::int64_t kSlackUs = 300'000;
+    struct Leftover {
+        const char* szWhat;
+        std::vector<std::size_t> words;
+    };
+    const Leftover leftovers[] = {
+        {"request condition entered", {12}},
+        {"request condition entered, a waiter counted", {12, 20}},
+        {"notification that nobody takes", {16, 20}},
+        {"reply condition entered", {24}},
+        {"everything but the first two locks", {12, 16, 20, 24, 28, 32}},
+    };
+    for (Leftover const& leftover : leftovers) {
+        CTestMessageSegment segment(kHost);
+        for (const std::size_t nOffset : leftover.words) segment.Put<std::uint32_t>(nOffset, 1);
+        Exchange exchange;
+        const std::int64_t lStart = LinkTimeNow();
+        EXPECT_EQ(exchange.Send("x", kTimeoutMs), kTimeout) << leftover.szWhat;
+        EXPECT_LT(LinkTimeNow() - lStart, 3 * kTimeoutMs * 1000 + kSlackUs) << leftover.szWhat;
+        EXPECT_EQ(segment.RequestLock(), 0u) << leftover.szWhat;
+        EXPECT_EQ(segment.ExchangeMutex(), 0u) << leftover.szWhat;
+        EXPECT_EQ(exchange.strReply, "untouched") << leftover.szWhat;
+    }
+}
+
+// Gives a waiting client what `words` say, which then finds the mutex or the enter lock held.
+void ExpectTimeoutWhileWaiting(std::vector<std::size_t> const& words) {
+    constexpr int kTimeoutMs = 40;
+    CTestMessageSegment segment(kHost);
+    std::thread host([&] {
+        for (;;) {
+            const boost::interprocess::scoped_lock lock(segment.Mutex());
+            if (segment.ReplyWaiters() == 1) break;
+        }
+        for (const std::size_t nOffset : words) segment.Put<std::uint32_t>(nOffset, 1);
+    });
+    Exchange exchange;
+    EXPECT_EQ(exchange.Send("x", kTimeoutMs), kTimeout);
+    host.join();
+    EXPECT_EQ(segment.RequestLock(), 0u);
+    EXPECT_EQ(segment.ReplyWaiters(), 0u);
+    EXPECT_EQ(exchange.strReply, "untouched");
+}
+
+TEST(Exchange, HostThatDiesWithTheMutexDoesNotKeepItsClient) {
+    ExpectTimeoutWhileWaiting({8});
+}
+
+TEST(Exchange, HostThatDiesBetweenEnteringAndNotifyingDoesNotKeepItsClient) {
+    ExpectTimeoutWhileWaiting({24});
+}
+
+TEST(Exchange, HostThatDiesAfterNotifyingWithTheMutexDoesNotKeepItsClient) {
+    ExpectTimeoutWhileWaiting({8, 24, 28});
+}
+
 TEST(Exchange, ErrorTextOfTheScriptBecomesTheLastError) {
     CPeerHost host;
     host.AnswerWith("printed before\n", "oops");

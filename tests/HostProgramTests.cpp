@@ -139,6 +139,24 @@ TEST_F(HostProgram, StopsCleanlyOnEitherSignal) {
     }
 }
 
+TEST_F(HostProgram, EveryCaptureThatWasTakenIsSavedWhenItStops) {
+    const std::string strSession = m_directory.File("session.json");
+    for (int nRound = 0; nRound < 5; ++nRound) {
+        fs::remove(strSession);
+        StartHost({"--session", strSession});
+        CFileName guide(Guide().c_str());
+        std::size_t nTaken = 0;
+        for (int nCapture = 0; nCapture < 400; ++nCapture) {
+            if (nCapture == 20) m_host->Signal(SIGTERM);
+            if (m_client.SendFile(false, 0, &guide, nCapture, 0, kFrames, 0) != 0) break;
+            nTaken += m_client.m_strLastError.empty();
+        }
+        EXPECT_EQ(m_host->Wait(), 0);
+        const json session = json::parse(m_directory.Read("session.json"));
+        EXPECT_EQ(session["documents"]["script"]["tracks"][0]["regions"].size(), nTaken);
+    }
+}
+
 TEST_F(HostProgram, SaysAtItsEndWhatItHolds) {
     StartHost();
     ASSERT_EQ(Tool({"link", "capture", Guide(), "--track", "1", "--position", "100"}), 0);

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <vector>
 
-/// What the operating system knows about who else uses a shared-memory object of this process.
+/// Shared-memory objects of this process: what the operating system knows about who else uses them,
+/// and what it does with them beyond opening and mapping.
 
 /// Whether anybody but the caller has the object open or mapped.
 enum class OtherUsers {
@@ -51,6 +53,11 @@ struct MappingThread {
 /// and thread ids. This process counts only when it has mapped the object more than once. No value
 /// when the platform does not tell.
 std::optional<std::vector<MappingThread>> ThreadsThatMap(int nDescriptor);
+
+/// Makes sure that the first `nSize` bytes of an object, to which it has been sized, can be
+/// written: an object without memory behind it kills the process at the first write. 0 or an error
+/// number.
+int ReserveSharedMemory(int nDescriptor, std::size_t nSize) noexcept;
 
 /// Gives a shared-memory object the name of another, which loses it; what is mapped of either
 /// stays. Names without a leading slash. False when that did not work or the platform cannot do it.

@@ -1,4 +1,4 @@
-#include "platform/SegmentUsers.h"
+#include "platform/SharedMemory.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -112,6 +112,10 @@ std::optional<std::vector<MappingThread>> ThreadsThatMap(int nDescriptor) {
         }
     }
     return threads;
+}
+
+int ReserveSharedMemory(int nDescriptor, std::size_t nSize) noexcept {
+    return posix_fallocate(nDescriptor, 0, static_cast<off_t>(nSize));
 }
 
 bool RenameSharedMemory(const char* szFrom, const char* szTo) noexcept {
