@@ -10,8 +10,8 @@ namespace {
 constexpr CGFloat kHeaderHeight = 40;
 constexpr CGFloat kFocusInset = 1.5;
 constexpr CGFloat kFocusRadius = 4.5;
-constexpr CGFloat kLampSize = 10;
-constexpr CGFloat kLampInset = 1.5;
+constexpr CGFloat kLampSize = 7;
+constexpr NSSize kLampImage = {20, 10};
 constexpr std::int32_t kTopToBottom = 1;
 
 void Fill(NSRect rect, CComponentCode code) {
@@ -25,17 +25,27 @@ void Fill(NSRect rect, CComponentCode code) {
                    Flipped:NO];
 }
 
+// In the middle of an image that is wide enough to keep away from the button's edge and title. The
+// caller owns it.
 NSImage* MakeLamp(bool fLit) {
-    const NSRect area = NSMakeRect(0, 0, kLampSize, kLampSize);
-    NSImage* lamp = [[[NSImage alloc] initWithSize:area.size] autorelease];
+    NSImage* lamp = [[NSImage alloc] initWithSize:kLampImage];
     NSBezierPath* circle =
-        [NSBezierPath bezierPathWithOvalInRect:NSInsetRect(area, kLampInset, kLampInset)];
+        [NSBezierPath bezierPathWithOvalInRect:NSMakeRect((kLampImage.width - kLampSize) / 2,
+                                                          (kLampImage.height - kLampSize) / 2,
+                                                          kLampSize, kLampSize)];
     [lamp lockFocus];
     [PanelColour(fLit ? ccSelectedRegionSelectedAudio : ccSeparatorLine) set];
     if (fLit) [circle fill];
     [circle stroke];
     [lamp unlockFocus];
     return lamp;
+}
+
+/// All buttons' lamps, drawn when the first button is loaded.
+NSImage* Lamp(bool fLit) {
+    static NSImage* const unlit = MakeLamp(false);
+    static NSImage* const lit = MakeLamp(true);
+    return fLit ? lit : unlit;
 }
 
 // A second edge inside the first one, in the window that is in front.
@@ -75,8 +85,8 @@ void DrawFocus(NSView* view) {
 
 // Not in the nib, whose images are not in the colours of the scheme.
 - (void)awakeFromNib {
-    [self setImage:MakeLamp(false)];
-    [self setAlternateImage:MakeLamp(true)];
+    [self setImage:Lamp(false)];
+    [self setAlternateImage:Lamp(true)];
     // What belongs to the state that is on includes a title.
     [self setAlternateTitle:[self title]];
 }

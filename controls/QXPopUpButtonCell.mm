@@ -9,12 +9,16 @@ constexpr float kArrowGap = 4.0F;
 constexpr CGFloat kArrowOpacity = 0.9;
 constexpr CGFloat kArrowOpacityDisabled = 0.3;
 
+NSImage* LoadArrow() {
+    NSString* path =
+        [[NSBundle bundleForClass:[QXPopUpButtonCell class]] pathForResource:@"PopupArrow"
+                                                                      ofType:@"png"];
+    return path == nil ? nil : [[NSImage alloc] initWithContentsOfFile:path];
+}
+
 /// All pop-ups' arrow, loaded when it is first drawn; nil when there is none.
 NSImage* PopupArrow() {
-    static NSImage* const arrow =
-        [[NSImage alloc] initWithContentsOfFile:[[NSBundle bundleForClass:[QXPopUpButtonCell class]]
-                                                    pathForResource:@"PopupArrow"
-                                                             ofType:@"png"]];
+    static NSImage* const arrow = LoadArrow();
     return arrow;
 }
 

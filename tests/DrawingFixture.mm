@@ -105,6 +105,9 @@ void CDrawingTest::SetUp() {
 }
 
 void CDrawingTest::TearDown() {
+    // First, because cells still know the view that they were drawn in.
+    [m_pool drain];
+    m_pool = [[NSAutoreleasePool alloc] init];
     [m_window close];
     [m_window release];
     gAppColours.Clear();

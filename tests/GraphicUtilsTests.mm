@@ -273,6 +273,13 @@ TEST_F(GraphicUtilsDrawing, HoleIsLeftFree) {
     }
 }
 
+// Only the even-odd rule does not mind which way round a hole goes.
+TEST_F(GraphicUtilsDrawing, HoleOfNegativeWidthIsLeftFreeToo) {
+    const CPicture picture = FillHole(kPlain, kNone, 6, NSMakeRect(80, 20, -30, 25));
+    EXPECT_TRUE(picture.IsAll(kBackground, NSMakeRect(50, 20, 30, 25)));
+    EXPECT_TRUE(picture.IsAll(kGreen, NSMakeRect(26, 10, 24, 60)));
+}
+
 TEST_F(GraphicUtilsDrawing, PartOfTheHoleOutsideIsPainted) {
     const CPicture picture = FillHole(kPlain, kNone, 6, NSMakeRect(100, 20, 40, 25));
     EXPECT_TRUE(picture.IsAll(kBackground, NSMakeRect(100, 20, 20, 25)));
@@ -407,7 +414,7 @@ TEST(GraphicUtilsValues, ButtonCornersAndFonts) {
     EXPECT_EQ([GraphicUtils GetButtonCornerRadius], 6.0F);
     EXPECT_TRUE([fontAudioLabel isEqual:@"Trebuchet MS"]);
     EXPECT_TRUE([fontXAxisLabel isEqual:@"Arial"]);
-    EXPECT_NE([[[GraphicUtils alloc] init] autorelease], nil);
+    [[[GraphicUtils alloc] init] release];
 }
 
 struct CShading {

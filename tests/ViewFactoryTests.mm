@@ -3,6 +3,9 @@
 #import <objc/runtime.h>
 
 #import "ViewFixture.h"
+#include "colours/ComponentCodes.h"
+#import "controls/QXButtonCell.h"
+#import "controls/QXPopUpButtonCell.h"
 
 namespace {
 
@@ -142,6 +145,41 @@ TEST_F(ViewFactory, LongTextsWrapAndAreNotClipped) {
         EXPECT_TRUE(NSEqualRects(NSUnionRect(error, advice), area));
     }
     EXPECT_GT(NeededHeight(view->m_textLastError), 1.5 * oneLine) << "the last text wraps";
+}
+
+template <typename Cell>
+void ExpectDefaultCodes(Cell* cell) {
+    EXPECT_EQ(cell->m_nFaceUp, ccButtonFace);
+    EXPECT_EQ(cell->m_nBorderUp, ccButtonBorder);
+    EXPECT_EQ(cell->m_nFaceDown, ccButtonFaceActive);
+    EXPECT_EQ(cell->m_nBorderDown, ccButtonBorderActive);
+}
+
+// The classes are the bundle's; this program has none of their names.
+TEST_F(ViewFactory, CellsFromTheNibsDrawThemselvesAndHaveTheirDefaults) {
+    TavarinProAPTLink_ViewController* apt = MakeAPT();
+    for (NSButton* button : {apt->m_btnGuide, apt->m_btnDub, apt->m_btnAutoTrackSwitch}) {
+        EXPECT_STREQ([[[button cell] className] UTF8String], "QXButtonCell");
+        ExpectDefaultCodes((QXButtonCell*)[button cell]);
+        [button display];
+        ExpectDefaultCodes((QXButtonCell*)[button cell]);
+    }
+    NSPopUpButton* tracks = MakeLink()->m_popupTracks;
+    EXPECT_STREQ([[[tracks cell] className] UTF8String], "QXPopUpButtonCell");
+    ExpectDefaultCodes((QXPopUpButtonCell*)[tracks cell]);
+    EXPECT_FALSE(((QXPopUpButtonCell*)[tracks cell])->m_fReadOnly);
+}
+
+TEST_F(ViewFactory, BundleHasTheArrowInBothResolutions) {
+    for (const int nScale : {1, 2}) {
+        NSString* path = [Bundle() pathForResource:nScale == 1 ? @"PopupArrow" : @"PopupArrow@2x"
+                                            ofType:@"png"];
+        NSBitmapImageRep* arrow =
+            [NSBitmapImageRep imageRepWithData:[NSData dataWithContentsOfFile:path]];
+        ASSERT_NE(arrow, nil);
+        EXPECT_EQ([arrow pixelsWide], 7 * nScale);
+        EXPECT_EQ([arrow pixelsHigh], 10 * nScale);
+    }
 }
 
 TEST_F(ViewFactory, ImagesOfTheNibsAreFound) {

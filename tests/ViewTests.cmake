@@ -39,6 +39,9 @@ tavarin_add_view_test(LinkViewTests)
 tavarin_add_view_test(APTLinkViewTests)
 tavarin_add_view_test(DoublerLinkViewTests)
 tavarin_add_view_test(ViewFactoryTests)
+# For the constants; the classes and the scheme are the bundle's.
+target_include_directories(ViewFactoryTests PRIVATE
+    "$<TARGET_PROPERTY:tavarin_coregraphics,INTERFACE_INCLUDE_DIRECTORIES>")
 tavarin_add_view_test(ViewPointerTests SOURCES TestPointer.mm)
 if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
     tavarin_add_view_test(ViewLeakTests)

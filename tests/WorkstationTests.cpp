@@ -162,6 +162,14 @@ TEST_F(Workstation, BundleWithoutANibStopsItAndWaitsForNobody) {
         << m_directory.Read("run.err");
 }
 
+TEST_F(Workstation, GalleryIsPhotographedAndHasNoPlugIn) {
+    const std::string strPicture = m_directory.File("gallery.png");
+    EXPECT_EQ(Run({"--gallery", "--screenshot", strPicture, "--quit"}), 0);
+    EXPECT_EQ(m_directory.Read("gallery.png").substr(1, 3), "PNG");
+    EXPECT_EQ(Run({"--gallery", "--render", "--quit"}), 1);
+    EXPECT_NE(m_directory.Read("run.err").find("no plug-in"), std::string::npos);
+}
+
 TEST_F(Workstation, BadArgumentsAreExplained) {
     EXPECT_EQ(Run({"--view", "none"}), 2);
     EXPECT_EQ(Run({"--auto-switch", "maybe", "--quit"}), 2);

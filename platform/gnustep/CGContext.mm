@@ -80,12 +80,10 @@ std::vector<GradientStop> DrawableStops(std::span<const GradientStop> stops, boo
     return drawable;
 }
 
-void Paint(NSGraphicsContext* native, std::span<const GradientStop> stops, NSPoint start,
-           NSPoint end, bool before, bool after) {
-    start = Bounded(start);
-    end = Bounded(end);
+/// The caller owns it; nil for no stops.
+NSGradient* MakeGradient(std::span<const GradientStop> stops, bool before, bool after) {
     const std::vector<GradientStop> drawable = DrawableStops(stops, before, after);
-    if (native == nil || drawable.empty() || NSEqualPoints(start, end)) return;
+    if (drawable.empty()) return nil;
     // Whoever draws in a loop need not have a pool in it.
     NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
     NSMutableArray* colors = [NSMutableArray arrayWithCapacity:drawable.size()];
@@ -101,9 +99,56 @@ void Paint(NSGraphicsContext* native, std::span<const GradientStop> stops, NSPoi
     NSGradient* gradient = [[NSGradient alloc] initWithColors:colors
                                                   atLocations:locations.data()
                                                    colorSpace:[NSColorSpace deviceRGBColorSpace]];
-    [native drawGradient:gradient fromPoint:start toPoint:end options:0];
-    [gradient release];
     [pool drain];
+    return gradient;
+}
+
+void* MakeExtending(std::span<const GradientStop> stops) {
+    return MakeGradient(stops, true, true);
+}
+
+void Release(void* object) {
+    [static_cast<id>(object) release];
+}
+
+void Paint(NSGraphicsContext* native, NSGradient* gradient, NSPoint start, NSPoint end) {
+    start = Bounded(start);
+    end = Bounded(end);
+    if (gradient == nil || NSEqualPoints(start, end)) return;
+    [native drawGradient:gradient fromPoint:start toPoint:end options:0];
+}
+
+NSPoint Direction(NSPoint from, NSPoint to) {
+    const CGFloat length = std::hypot(to.x - from.x, to.y - from.y);
+    return NSMakePoint((to.x - from.x) / length, (to.y - from.y) / length);
+}
+
+NSPoint Along(NSPoint from, NSPoint direction, CGFloat distance) {
+    return NSMakePoint(from.x + direction.x * distance, from.y + direction.y * distance);
+}
+
+/// An arc of at most a right angle as one curve, which is what AppKit makes of it by a longer way.
+/// False when it is more than that, or no arc at all.
+bool AddCurve(NSGraphicsContext* native, NSPoint corner, NSPoint toward, CGFloat radius) {
+    NSPoint current;
+    DPScurrentpoint(native, &current.x, &current.y);
+    const NSPoint back = Direction(corner, current);
+    const NSPoint on = Direction(corner, toward);
+    const CGFloat cosine = back.x * on.x + back.y * on.y;
+    const CGFloat sine = std::abs(back.x * on.y - back.y * on.x);
+    if (!(radius > 0 && sine > 1e-3 && cosine < 1e-3)) return false;
+    const CGFloat sweep = std::atan2(sine, -cosine);
+    const CGFloat tangent = radius * sine / (1 - cosine);
+    const CGFloat handle = tangent - radius * std::tan(sweep / 4) * 4 / 3;
+    const NSPoint start = Along(corner, back, tangent);
+    const NSPoint end = Along(corner, on, tangent);
+    const NSPoint first = Along(corner, back, handle);
+    const NSPoint second = Along(corner, on, handle);
+    if (std::hypot(start.x - current.x, start.y - current.y) > 1e-6) {
+        DPSlineto(native, start.x, start.y);
+    }
+    DPScurveto(native, first.x, first.y, second.x, second.y, end.x, end.y);
+    return true;
 }
 
 }  // namespace
@@ -146,7 +191,10 @@ void CGContextAddRect(CGContextRef context, CGRect rect) {
 void CGContextAddArcToPoint(CGContextRef context, CGFloat x1, CGFloat y1, CGFloat x2, CGFloat y2,
                             CGFloat radius) {
     if (context == nullptr) return;
-    DPSarct(Native(context), Bounded(x1), Bounded(y1), Bounded(x2), Bounded(y2), Bounded(radius));
+    const NSPoint corner = Bounded(NSMakePoint(x1, y1));
+    const NSPoint toward = Bounded(NSMakePoint(x2, y2));
+    if (AddCurve(Native(context), corner, toward, Bounded(radius))) return;
+    DPSarct(Native(context), corner.x, corner.y, toward.x, toward.y, Bounded(radius));
 }
 
 void CGContextClip(CGContextRef context) {
@@ -180,15 +228,25 @@ void CGContextSetFillColorWithColor(CGContextRef context, CGColorRef color) {
 
 void CGContextDrawLinearGradient(CGContextRef context, CGGradientRef gradient, CGPoint startPoint,
                                  CGPoint endPoint, CGGradientDrawingOptions options) {
-    Paint(Native(context), StopsOf(gradient), startPoint, endPoint,
-          (options & kCGGradientDrawsBeforeStartLocation) != 0,
-          (options & kCGGradientDrawsAfterEndLocation) != 0);
+    if (context == nullptr || gradient == nullptr) return;
+    const bool before = (options & kCGGradientDrawsBeforeStartLocation) != 0;
+    const bool after = (options & kCGGradientDrawsAfterEndLocation) != 0;
+    if (before && after) {
+        void* kept = DrawableOf(gradient, MakeExtending, Release);
+        Paint(Native(context), static_cast<NSGradient*>(kept), startPoint, endPoint);
+        return;
+    }
+    NSGradient* native = MakeGradient(StopsOf(gradient), before, after);
+    Paint(Native(context), native, startPoint, endPoint);
+    [native release];
 }
 
 void CGContextDrawShading(CGContextRef context, CGShadingRef shading) {
-    if (shading == nullptr) return;
+    if (context == nullptr || shading == nullptr) return;
     const AxialShading axial = AxialShadingOf(shading);
-    Paint(Native(context), axial.stops, axial.start, axial.end, axial.extendStart, axial.extendEnd);
+    NSGradient* native = MakeGradient(axial.stops, axial.extendStart, axial.extendEnd);
+    Paint(Native(context), native, axial.start, axial.end);
+    [native release];
 }
 
 CGRect CGRectInset(CGRect rect, CGFloat dx, CGFloat dy) {

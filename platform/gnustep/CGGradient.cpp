@@ -1,6 +1,7 @@
 #include <CoreGraphics/CoreGraphics.h>
 
 #include <algorithm>
+#include <atomic>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -11,6 +12,12 @@
 struct CGGradient {
     CoreHeader header;
     std::vector<GradientStop> stops;
+    std::atomic<void*> drawable = nullptr;
+    std::atomic<void (*)(void*)> releaseDrawable = nullptr;
+
+    ~CGGradient() {
+        if (drawable != nullptr) releaseDrawable.load()(drawable);
+    }
 
     // Two gradients are never taken for the same one.
     bool Equals(const CGGradient&) const { return false; }
@@ -45,6 +52,17 @@ bool CollectStops(CFArrayRef colors, const CGFloat* locations, std::vector<Gradi
 std::span<const GradientStop> StopsOf(CGGradientRef gradient) {
     if (gradient == nullptr) return {};
     return gradient->stops;
+}
+
+void* DrawableOf(CGGradientRef gradient, void* (*make)(std::span<const GradientStop>),
+                 void (*release)(void*)) {
+    void* drawable = gradient->drawable;
+    if (drawable != nullptr) return drawable;
+    void* made = make(gradient->stops);
+    gradient->releaseDrawable = release;
+    if (gradient->drawable.compare_exchange_strong(drawable, made)) return made;
+    release(made);
+    return drawable;
 }
 
 extern "C" {

@@ -14,3 +14,8 @@ struct GradientStop {
 
 /// The stops in the order they were given, valid as long as the gradient; none for null.
 std::span<const GradientStop> StopsOf(CGGradientRef gradient);
+
+/// What a gradient is drawn with: made from its stops when it is first asked for, and let go with
+/// it. May be asked for on any thread, always with the same two functions.
+void* DrawableOf(CGGradientRef gradient, void* (*make)(std::span<const GradientStop>),
+                 void (*release)(void*));
