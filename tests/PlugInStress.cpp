@@ -4,7 +4,9 @@
 
 #include <jack/jack.h>
 #include <jack/transport.h>
-#include <sys/resource.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -31,6 +33,8 @@ constexpr seconds kTakeLength{3};
 constexpr seconds kWindowEvery{10};
 constexpr seconds kWindowLength{7};
 constexpr seconds kReportEvery{60};
+constexpr seconds kHostEvery{30};
+constexpr seconds kHostLife{29};
 constexpr char szWindowUri[] = "urn:tavarin:pro:window";
 constexpr char const* kUris[] = {"urn:tavarin:pro:link", "urn:tavarin:pro:apt",
                                  "urn:tavarin:pro:doubler"};
@@ -118,6 +122,41 @@ void Report(CStress const& stress, seconds elapsed) {
     std::fflush(stdout);
 }
 
+/// The reference host, which is killed without a word every half minute and comes back one second
+/// later. It is killed while nobody waits for its answer: whoever does waits without limit.
+class CMortalHost {
+public:
+    explicit CMortalHost(std::string strProgram) : m_strProgram(std::move(strProgram)) {}
+    ~CMortalHost() { Kill(); }
+
+    void Turn(seconds elapsed) {
+        if (m_strProgram.empty()) return;
+        const bool fAlive = elapsed % kHostEvery < kHostLife;
+        if (fAlive && m_nProcess == 0) Start();
+        if (!fAlive && m_nProcess != 0) Kill();
+    }
+
+private:
+    void Start() {
+        std::string strTracks = "Guide,Dub,Out";
+        std::array<char*, 5> arguments{m_strProgram.data(), const_cast<char*>("--quiet"),
+                                       const_cast<char*>("--tracks"), strTracks.data(), nullptr};
+        if (posix_spawn(&m_nProcess, m_strProgram.c_str(), nullptr, nullptr, arguments.data(),
+                        environ) != 0) {
+            m_nProcess = 0;
+        }
+    }
+    void Kill() {
+        if (m_nProcess == 0) return;
+        kill(m_nProcess, SIGKILL);
+        waitpid(m_nProcess, nullptr, 0);
+        m_nProcess = 0;
+    }
+
+    std::string m_strProgram;
+    pid_t m_nProcess = 0;
+};
+
 void TurnWindows(CStress& stress, seconds elapsed, char const* szModule) {
     const bool fOpen = elapsed % kWindowEvery < kWindowLength;
     for (CPlugInSlot& slot : stress.slots) {
@@ -160,10 +199,12 @@ int main(int argc, char** argv) {
     CLI::App app("Runs the plug-ins for a long time and measures them.");
     std::string strModules;
     double dMinutes = 30;
+    std::string strHost;
     bool fWindows = false;
     bool fNone = false;
     app.add_option("modules", strModules, "directory with the plug-ins' modules")->required();
     app.add_option("--minutes", dMinutes, "how long");
+    app.add_option("--host", strHost, "the reference host's program, to be killed and restarted");
     app.add_flag("--windows", fWindows, "open and close windows");
     app.add_flag("--none", fNone, "no plug-ins: what the machine does by itself");
     CLI11_PARSE(app, argc, argv);
@@ -189,6 +230,7 @@ int main(int argc, char** argv) {
     const auto begin = steady_clock::now();
     const auto length = duration_cast<seconds>(duration<double>(60 * dMinutes));
     seconds reported{-1};
+    CMortalHost host(strHost);
     for (;;) {
         const auto elapsed = duration_cast<seconds>(steady_clock::now() - begin);
         if (elapsed >= length) break;
@@ -196,6 +238,7 @@ int main(int argc, char** argv) {
             reported = elapsed;
             Report(stress, elapsed);
         }
+        host.Turn(elapsed);
         TurnControls(stress, elapsed);
         if (fWindows) TurnWindows(stress, elapsed, strWindows.c_str());
         std::this_thread::sleep_for(kTurn);

@@ -34,3 +34,23 @@ if(JACK_FOUND AND CLI11_FOUND)
             TIMEOUT 300 SKIP_RETURN_CODE 77 RESOURCE_LOCK tavarin_shared_memory)
     endif()
 endif()
+
+foreach(test CaptureRingTests PlugInStateTests PlugInTests TakePlayerTests TakeWriterTests)
+    tavarin_add_test(${test} LIBS tavarin_plugin)
+    target_include_directories(${test} PRIVATE "${PROJECT_SOURCE_DIR}")
+endforeach()
+
+# These load the module from its file, as workstations do.
+function(tavarin_add_module_test name)
+    tavarin_add_test(${name} LIBS tavarin_plugin PkgConfig::LV2 ${CMAKE_DL_LIBS} ${ARGN})
+    target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}")
+    target_compile_definitions(${name} PRIVATE TAVARIN_LV2_MODULE="${tavarin_lv2_module}")
+    add_dependencies(${name} tavarin_lv2)
+endfunction()
+
+tavarin_add_module_test(PlugInModuleTests)
+# The trap takes the place of calls that sanitizers take the place of, too.
+if(CMAKE_SYSTEM_NAME STREQUAL "Linux" AND NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize=")
+    tavarin_add_module_test(PlugInRealTimeTests)
+    target_sources(PlugInRealTimeTests PRIVATE RealTimeTrap.cpp)
+endif()

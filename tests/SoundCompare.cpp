@@ -31,13 +31,13 @@ std::vector<float> Read(CStretch const& stretch, std::int64_t lFrames, int* nCha
     return samples;
 }
 
-/// Three seconds of noise in 32-bit floats, the same each time.
+/// Four seconds of noise in 32-bit floats, the same each time.
 void WriteNoise(std::string const& strFile, int nChannels) {
     SF_INFO info{};
     info.channels = nChannels;
     info.samplerate = 48000;
     info.format = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
-    std::vector<float> samples(static_cast<std::size_t>(3 * info.samplerate * nChannels));
+    std::vector<float> samples(static_cast<std::size_t>(4 * info.samplerate * nChannels));
     std::uint32_t nNoise = 1;
     for (float& sample : samples) {
         nNoise = nNoise * 1664525 + 1013904223;
