@@ -54,3 +54,21 @@ if(CMAKE_SYSTEM_NAME STREQUAL "Linux" AND NOT CMAKE_CXX_FLAGS MATCHES "-fsanitiz
     tavarin_add_module_test(PlugInRealTimeTests)
     target_sources(PlugInRealTimeTests PRIVATE RealTimeTrap.cpp)
 endif()
+
+# On a display. The link's names are free, so that no host is there.
+if(TARGET tavarin_lv2_ui)
+    add_executable(PlugInWindowTests PlugInWindowTests.cpp)
+    target_include_directories(PlugInWindowTests PRIVATE "${PROJECT_SOURCE_DIR}")
+    target_link_libraries(PlugInWindowTests PRIVATE
+        tavarin_plugin tavarin_link_test_main PkgConfig::LV2 ${CMAKE_DL_LIBS} tavarin_warnings)
+    target_compile_definitions(PlugInWindowTests PRIVATE
+        TAVARIN_LV2_MODULE="${tavarin_lv2_module}")
+    add_dependencies(PlugInWindowTests tavarin_lv2 tavarin_lv2_ui)
+    tavarin_register_view_test(PlugInWindowTests)
+endif()
+
+find_program(TAVARIN_LV2_VALIDATE lv2_validate)
+if(TAVARIN_LV2_VALIDATE)
+    add_test(NAME PlugInTurtleIsValid COMMAND sh -c
+        "result=\"$('${TAVARIN_LV2_VALIDATE}' '${tavarin_lv2_module}'/*.ttl 2>&1)\"; echo \"$result\"; echo \"$result\" | grep -q 'Found 0 errors'")
+endif()
