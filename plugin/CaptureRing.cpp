@@ -14,7 +14,7 @@ bool CCaptureRing::Begin(std::int64_t lPosition) {
     // The end that belongs to this beginning must find its place too.
     if (m_Marks.Room() < 2) return false;
     CTakeMark mark;
-    mark.fBegin = true;
+    mark.change = TakeChange::Begin;
     mark.nTake = ++m_nTake;
     mark.lPosition = lPosition;
     mark.lFrame = m_lPut.load(std::memory_order_relaxed);
@@ -35,8 +35,18 @@ std::uint32_t CCaptureRing::Append(float const* const* channels, std::uint32_t n
     return nFit;
 }
 
+bool CCaptureRing::Gap(std::int64_t lGap) {
+    if (m_Marks.Room() < 2) return false;
+    CTakeMark mark;
+    mark.change = TakeChange::Gap;
+    mark.lGap = lGap;
+    mark.lFrame = m_lPut.load(std::memory_order_relaxed);
+    return m_Marks.Put(mark);
+}
+
 void CCaptureRing::End(TakeEnd end) {
     CTakeMark mark;
+    mark.change = TakeChange::End;
     mark.end = end;
     mark.lFrame = m_lPut.load(std::memory_order_relaxed);
     m_Marks.Put(mark);

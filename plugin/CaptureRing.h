@@ -15,17 +15,26 @@ enum class TakeEnd : std::int32_t {
     DiskFailed,  ///< the file could not be made or written
 };
 
-/// The beginning or the end of a take, between two frames of the ring.
+/// What happens to a take between two frames of the ring.
+enum class TakeChange : std::int32_t {
+    Begin,
+    Gap,  ///< the workstation left out some of the timeline
+    End,
+};
+
+/// A change of a take and where it is.
 struct CTakeMark {
-    bool fBegin = false;
+    TakeChange change = TakeChange::Begin;
     std::uint32_t nTake = 0;         ///< of a beginning: the take's number, from 1
     std::int64_t lPosition = 0;      ///< of a beginning: where on the timeline, in samples
+    std::int64_t lGap = 0;           ///< of a gap: how many samples are left out
     TakeEnd end = TakeEnd::Stopped;  ///< of an end
     std::uint64_t lFrame = 0;        ///< the ring's frame that it stands before
 };
 
 /// Carries takes from the audio thread to the disk thread: frames, with marks where takes begin and
-/// end. Neither side waits for the other, locks or allocates after construction.
+/// end, and where the timeline has a gap. Neither side waits for the other, locks or allocates
+/// after construction.
 class CCaptureRing {
 public:
     CCaptureRing(int nChannels, std::size_t nFrames);
@@ -44,6 +53,9 @@ public:
 
     /// Copies frames `nFrom` to `nFrom + nFrames` of each channel. Returns how many fitted.
     std::uint32_t Append(float const* const* channels, std::uint32_t nFrom, std::uint32_t nFrames);
+
+    /// The timeline goes on some samples later. False when the disk thread is too far behind.
+    bool Gap(std::int64_t lGap);
 
     /// Ends the take that was begun. There is always room for it.
     void End(TakeEnd end);

@@ -71,7 +71,7 @@ void CPlugIn::Run(float const* const* inputs, float* const* outputs, std::uint32
                   std::uint32_t nFrames) {
     const bool fJumped = m_Clock.TakeJump();
     if (fJumped) m_Player.Jump();
-    if (m_fInTake && (fJumped || !m_Controls.fCapture)) EndTake(TakeEnd::Stopped);
+    if (m_fInTake && (!m_Controls.fCapture || (fJumped && !FillGap()))) EndTake(TakeEnd::Stopped);
     if (m_Controls.fCapture && m_Clock.IsRolling()) Capture(inputs, nFrom, nFrames);
 
     for (int nChannel = 0; nChannel < m_nChannels; ++nChannel) {
@@ -104,6 +104,15 @@ void CPlugIn::Capture(float const* const* inputs, std::uint32_t nFrom, std::uint
     if (nAppended == nFrames) return;
     EndTake(TakeEnd::Overflow);
     m_fCaptureBlocked = true;
+}
+
+// A workstation that dropped out goes on a little later. The take stays one, and in its place.
+bool CPlugIn::FillGap() {
+    const std::int64_t lGap = m_Clock.Gap();
+    if (lGap <= 0 || lGap > m_nSampleRate) return false;
+    if (!m_Ring.Gap(lGap)) return false;
+    m_lTakeFrames.fetch_add(lGap, std::memory_order_relaxed);
+    return true;
 }
 
 void CPlugIn::EndTake(TakeEnd end) {

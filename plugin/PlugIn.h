@@ -37,8 +37,9 @@ struct CPlugInMessage {
 /// while Return is on a file that came back from the host takes its place.
 ///
 /// A take begins when Capture is on and the transport rolls, and ends when either is over or the
-/// transport jumps. The disk thread, one per plug-in, writes takes, loads returned files and, while
-/// there is no window, has them handed over.
+/// transport jumps. A gap of up to a second, which a workstation that dropped out leaves, does not
+/// end it: it becomes silence. The disk thread, one per plug-in, writes takes, loads returned files
+/// and, while there is no window, has them handed over.
 class CPlugIn final : public CPlugInAccess {
 public:
     CPlugIn(PlugInKind kind, int nChannels, int nSampleRate);
@@ -106,6 +107,7 @@ private:
     };
 
     void Capture(float const* const* inputs, std::uint32_t nFrom, std::uint32_t nFrames);
+    bool FillGap();
     void EndTake(TakeEnd end);
 
     void ServeDisk();

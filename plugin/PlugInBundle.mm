@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 
+#include <filesystem>
 #include <stdexcept>
 #include <string>
 
@@ -13,8 +14,9 @@ namespace {
 std::string BundlePath() {
     Dl_info module{};
     if (dladdr(reinterpret_cast<void*>(&BundlePath), &module) == 0) return {};
-    const std::string strModule = module.dli_fname;
-    return strModule.substr(0, strModule.rfind('/') + 1) + "TavarinProLink.bundle";
+    // A workstation may have named the module by a path from where it stood.
+    const auto directory = std::filesystem::absolute(module.dli_fname).parent_path();
+    return (directory / "TavarinProLink.bundle").string();
 }
 
 }  // namespace

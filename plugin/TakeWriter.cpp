@@ -1,5 +1,7 @@
 #include "plugin/TakeWriter.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr std::size_t kFramesAtOnce = 16384;
@@ -15,16 +17,36 @@ CTakeWriter::CTakeWriter(CCaptureRing& ring, CCaptureDirectory& directory, int n
 void CTakeWriter::Service(std::vector<CTake>& finished) {
     for (;;) {
         if (const std::optional<CTakeMark> mark = m_Ring.NextMark()) {
-            if (mark->fBegin) {
-                Begin(*mark);
-            } else {
-                Finish(mark->end, finished);
-            }
+            Follow(*mark, finished);
             continue;
         }
         const std::size_t nFrames = m_Ring.Read(m_Interleaved);
         if (nFrames == 0) return;
         Write(nFrames);
+    }
+}
+
+void CTakeWriter::Follow(CTakeMark const& mark, std::vector<CTake>& finished) {
+    switch (mark.change) {
+        case TakeChange::Begin:
+            Begin(mark);
+            break;
+        case TakeChange::Gap:
+            WriteSilence(mark.lGap);
+            break;
+        case TakeChange::End:
+            Finish(mark.end, finished);
+            break;
+    }
+}
+
+void CTakeWriter::WriteSilence(std::int64_t lFrames) {
+    std::fill(m_Interleaved.begin(), m_Interleaved.end(), 0.0F);
+    while (lFrames > 0) {
+        const auto nFrames =
+            static_cast<std::size_t>(std::min<std::int64_t>(lFrames, kFramesAtOnce));
+        Write(nFrames);
+        lFrames -= static_cast<std::int64_t>(nFrames);
     }
 }
 

@@ -30,6 +30,8 @@ private:
         void operator()(SNDFILE* file) const { sf_close(file); }
     };
 
+    void Follow(CTakeMark const& mark, std::vector<CTake>& finished);
+    void WriteSilence(std::int64_t lFrames);
     void Begin(CTakeMark const& mark);
     void Write(std::size_t nFrames);
     bool Open();

@@ -4,7 +4,11 @@
 
 void CTransportClock::Set(std::int64_t lPosition, double dSpeed) {
     const bool fRolling = dSpeed > 0;
-    if (lPosition != m_lPosition || fRolling != m_fRolling) m_fJumped = true;
+    if (lPosition != m_lPosition || fRolling != m_fRolling) {
+        m_fJumped = true;
+        const bool fWent = fRolling && m_fRolling && lPosition > m_lPosition;
+        m_lGap = fWent ? lPosition - m_lPosition : 0;
+    }
     m_lPosition = lPosition;
     m_fRolling = fRolling;
 }

@@ -17,11 +17,15 @@ public:
     bool IsRolling() const { return m_fRolling; }
 
     /// True once after each jump: the position is not the one that follows from what was before,
-    /// or the transport has just begun to roll.
+    /// or the transport has just begun to roll or stopped.
     bool TakeJump();
+
+    /// How many samples the last jump left out; 0 when it went back, or began or ended rolling.
+    std::int64_t Gap() const { return m_lGap; }
 
 private:
     std::int64_t m_lPosition = 0;
+    std::int64_t m_lGap = 0;
     bool m_fRolling = true;
     bool m_fJumped = true;
 };

@@ -1,7 +1,74 @@
 # Tests of the LV2 plug-ins. Those with hosts are skipped with one line where a host is missing.
 
+get_property(tavarin_lv2_path GLOBAL PROPERTY TAVARIN_LV2_PATH)
+set(tavarin_lv2_module "${tavarin_lv2_path}/tavarin.lv2")
+
+if(CLI11_FOUND)
+    add_executable(sound-compare SoundCompare.cpp)
+    target_link_libraries(sound-compare PRIVATE
+        CLI11::CLI11 PkgConfig::SNDFILE tavarin_warnings)
+    add_test(NAME PlugInApplyTests
+        COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/plugin-apply"
+                "${tavarin_lv2_path}" $<TARGET_FILE:sound-compare>)
+    set_tests_properties(PlugInApplyTests PROPERTIES TIMEOUT 300 SKIP_RETURN_CODE 77)
+endif()
+
 if(JACK_FOUND AND CLI11_FOUND)
     add_executable(jack-deck JackDeck.cpp)
     target_link_libraries(jack-deck PRIVATE
         PkgConfig::JACK PkgConfig::SNDFILE CLI11::CLI11 Threads::Threads tavarin_warnings)
+
+    add_executable(plugin-stress PlugInStress.cpp)
+    target_include_directories(plugin-stress PRIVATE "${PROJECT_SOURCE_DIR}")
+    target_link_libraries(plugin-stress PRIVATE
+        tavarin_plugin PkgConfig::LV2 PkgConfig::JACK CLI11::CLI11 ${CMAKE_DL_LIBS} tavarin_warnings)
+    add_dependencies(plugin-stress tavarin_lv2)
+
+    if(TARGET tavarin_lv2_ui AND TARGET tavarin-host)
+        add_test(NAME PlugInJackTests
+            COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/with-own-defaults"
+                    "${PROJECT_SOURCE_DIR}/scripts/with-display" --virtual
+                    "${CMAKE_CURRENT_SOURCE_DIR}/plugin-jack" "${tavarin_lv2_path}"
+                    $<TARGET_FILE_DIR:jack-deck>)
+        set_tests_properties(PlugInJackTests PROPERTIES
+            TIMEOUT 300 SKIP_RETURN_CODE 77 RESOURCE_LOCK tavarin_shared_memory)
+    endif()
+endif()
+
+foreach(test CaptureRingTests PlugInStateTests PlugInTests TakePlayerTests TakeWriterTests)
+    tavarin_add_test(${test} LIBS tavarin_plugin)
+    target_include_directories(${test} PRIVATE "${PROJECT_SOURCE_DIR}")
+endforeach()
+
+# These load the module from its file, as workstations do.
+function(tavarin_add_module_test name)
+    tavarin_add_test(${name} LIBS tavarin_plugin PkgConfig::LV2 ${CMAKE_DL_LIBS} ${ARGN})
+    target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}")
+    target_compile_definitions(${name} PRIVATE TAVARIN_LV2_MODULE="${tavarin_lv2_module}")
+    add_dependencies(${name} tavarin_lv2)
+endfunction()
+
+tavarin_add_module_test(PlugInModuleTests)
+# The trap takes the place of calls that sanitizers take the place of, too.
+if(CMAKE_SYSTEM_NAME STREQUAL "Linux" AND NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize=")
+    tavarin_add_module_test(PlugInRealTimeTests)
+    target_sources(PlugInRealTimeTests PRIVATE RealTimeTrap.cpp)
+endif()
+
+# On a display. The link's names are free, so that no host is there.
+if(TARGET tavarin_lv2_ui)
+    add_executable(PlugInWindowTests PlugInWindowTests.cpp)
+    target_include_directories(PlugInWindowTests PRIVATE "${PROJECT_SOURCE_DIR}")
+    target_link_libraries(PlugInWindowTests PRIVATE
+        tavarin_plugin tavarin_link_test_main PkgConfig::LV2 ${CMAKE_DL_LIBS} tavarin_warnings)
+    target_compile_definitions(PlugInWindowTests PRIVATE
+        TAVARIN_LV2_MODULE="${tavarin_lv2_module}")
+    add_dependencies(PlugInWindowTests tavarin_lv2 tavarin_lv2_ui)
+    tavarin_register_view_test(PlugInWindowTests)
+endif()
+
+find_program(TAVARIN_LV2_VALIDATE lv2_validate)
+if(TAVARIN_LV2_VALIDATE)
+    add_test(NAME PlugInTurtleIsValid COMMAND sh -c
+        "result=\"$('${TAVARIN_LV2_VALIDATE}' '${tavarin_lv2_module}'/*.ttl 2>&1)\"; echo \"$result\"; echo \"$result\" | grep -q 'Found 0 errors'")
 endif()

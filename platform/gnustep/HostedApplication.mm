@@ -3,6 +3,7 @@
 #import <AppKit/AppKit.h>
 #import <GNUstepGUI/GSDisplayServer.h>
 #include <dlfcn.h>
+#include <unistd.h>
 
 #include <array>
 #include <clocale>
@@ -65,11 +66,20 @@ private:
     XErrorHandler m_pHandler = nullptr;
 };
 
+// The process's arguments are not for this application: it would take settings from them, and open
+// those that name files.
+void ForgetArguments() {
+    static std::string strName = [[[NSProcessInfo processInfo] processName] UTF8String];
+    static char* arguments[] = {strName.data(), nullptr};
+    [NSProcessInfo initializeWithArguments:arguments count:1 environment:environ];
+}
+
 bool MakeApplication(std::string* strReason) {
     if (NSApp != nil) return true;
     const CHostSettings settings;
     bool fMade = false;
     @try {
+        ForgetArguments();
         PrepareApplication();
         [NSApplication sharedApplication];
         [NSApp finishLaunching];

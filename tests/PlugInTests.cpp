@@ -1,0 +1,265 @@
+#include "plugin/PlugIn.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <thread>
+
+#include "tests/SoundFile.h"
+#include "tests/TemporaryDirectory.h"
+
+namespace {
+
+struct PlugIn : testing::Test {
+    CTemporaryDirectory place;
+    std::unique_ptr<CPlugIn> plugIn;
+    CPlugInControls controls;
+    std::vector<float> input = std::vector<float>(1 << 20);
+    std::vector<float> output = std::vector<float>(1 << 20);
+
+    void SetUp() override {
+        setenv("TAVARIN_CAPTURES", place.Path().c_str(), 1);
+        for (std::size_t nFrame = 0; nFrame < input.size(); ++nFrame) {
+            input[nFrame] = static_cast<float>(nFrame % 65521) / 65521;
+        }
+        plugIn = std::make_unique<CPlugIn>(PlugInKind::Link, 1, 48000);
+        plugIn->ViewTurned();
+    }
+    void TearDown() override {
+        plugIn.reset();
+        unsetenv("TAVARIN_CAPTURES");
+    }
+
+    // Runs that stretch of the input through the plug-in in one cycle.
+    void Run(std::uint32_t nFrom, std::uint32_t nFrames) {
+        float const* in = input.data() + nFrom;
+        float* out = output.data() + nFrom;
+        plugIn->Begin(controls);
+        plugIn->Run(&in, &out, 0, nFrames);
+    }
+
+    template <typename Condition>
+    void WaitFor(Condition condition) {
+        for (int nTry = 0; nTry < 3000 && !condition(); ++nTry) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        ASSERT_TRUE(condition()) << plugIn->Status().strText;
+    }
+
+    CTake NextTake() {
+        std::optional<CTake> take;
+        WaitFor([&] { return take.has_value() || (take = plugIn->PickTake()).has_value(); });
+        plugIn->TakeHandled(0);
+        return take.value_or(CTake{});
+    }
+};
+
+TEST_F(PlugIn, CapturesWhileCaptureIsOnAndTheTransportRolls) {
+    plugIn->SetTransport(5000, 0);
+    controls.fCapture = true;
+    Run(0, 1000);
+    EXPECT_FALSE(plugIn->Activity().fCapturing);
+    plugIn->SetTransport(5000, 1);
+    Run(1000, 1000);
+    Run(2000, 500);
+    EXPECT_TRUE(plugIn->Activity().fCapturing);
+    EXPECT_EQ(plugIn->Result(), PlugInResult::Capturing);
+    controls.fCapture = false;
+    Run(2500, 500);
+    const CTake take = NextTake();
+    EXPECT_EQ(take.lPosition, 5000);
+    EXPECT_EQ(take.lFrames, 1500);
+    const std::vector<float> expected(input.begin() + 1000, input.begin() + 2500);
+    EXPECT_EQ(ReadSoundFile(take.strFile).samples, expected);
+    EXPECT_TRUE(std::equal(output.begin(), output.begin() + 3000, input.begin()));
+}
+
+TEST_F(PlugIn, CountsByItselfWhereThereIsNoTransport) {
+    Run(0, 700);
+    controls.fCapture = true;
+    Run(700, 300);
+    plugIn->Stop();
+    const CTake take = NextTake();
+    EXPECT_EQ(take.lPosition, 700);
+    EXPECT_EQ(take.lFrames, 300);
+}
+
+TEST_F(PlugIn, EndsATakeWhenTheTransportStopsOrJumps) {
+    controls.fCapture = true;
+    plugIn->SetTransport(1000, 1);
+    Run(0, 100);
+    plugIn->SetTransport(50, 1);
+    Run(100, 100);
+    plugIn->SetTransport(150, 0);
+    Run(200, 100);
+    plugIn->SetTransport(1000000, 1);
+    Run(300, 100);
+    plugIn->Stop();
+    EXPECT_EQ(NextTake().lPosition, 1000);
+    const CTake second = NextTake();
+    EXPECT_EQ(second.lPosition, 50);
+    EXPECT_EQ(second.lFrames, 100);
+    EXPECT_EQ(NextTake().lPosition, 1000000);
+}
+
+TEST_F(PlugIn, KeepsATakeWholeOverAGapOfTheWorkstation) {
+    controls.fCapture = true;
+    plugIn->SetTransport(1000, 1);
+    Run(0, 100);
+    plugIn->SetTransport(1200, 1);
+    Run(100, 100);
+    plugIn->Stop();
+    const CTake take = NextTake();
+    EXPECT_EQ(take.lPosition, 1000);
+    ASSERT_EQ(take.lFrames, 300);
+    const CSoundFile file = ReadSoundFile(take.strFile);
+    EXPECT_EQ(file.samples[99], input[99]);
+    EXPECT_EQ(file.samples[100], 0);
+    EXPECT_EQ(file.samples[200], input[100]);
+}
+
+TEST_F(PlugIn, StopsATakeThatTheDiskCannotFollowAndSaysSo) {
+    controls.fCapture = true;
+    // More than the ring holds, in one go.
+    Run(0, 1 << 19);
+    EXPECT_FALSE(plugIn->Activity().fCapturing);
+    const CTake take = NextTake();
+    EXPECT_EQ(take.end, TakeEnd::Overflow);
+    EXPECT_EQ(take.lFrames, 8 * 48000);
+    EXPECT_EQ(plugIn->Status().result, PlugInResult::Overflow);
+    EXPECT_EQ(plugIn->Status().strText,
+              "The disk did not keep up: the take was stopped after 8.0 s.");
+    // Nothing more until Capture was off.
+    Run(0, 100);
+    EXPECT_FALSE(plugIn->Activity().fCapturing);
+    controls.fCapture = false;
+    Run(0, 100);
+    controls.fCapture = true;
+    Run(0, 100);
+    EXPECT_TRUE(plugIn->Activity().fCapturing);
+}
+
+TEST_F(PlugIn, WaitsForTheDiskWhileTheWorkstationFreewheels) {
+    controls.fCapture = true;
+    controls.fFreewheel = true;
+    for (int nRound = 0; nRound < 10; ++nRound) {
+        for (std::uint32_t nFrom = 0; nFrom < 400000; nFrom += 4000) Run(nFrom, 4000);
+    }
+    plugIn->Stop();
+    const CTake take = NextTake();
+    EXPECT_EQ(take.end, TakeEnd::Stopped);
+    EXPECT_EQ(take.lFrames, 4000000);
+}
+
+TEST_F(PlugIn, SaysWhenThereIsNoPlaceForATake) {
+    setenv("TAVARIN_CAPTURES", place.Write("a file").c_str(), 1);
+    controls.fCapture = true;
+    Run(0, 100);
+    WaitFor([&] {
+        Run(0, 100);
+        return !plugIn->Activity().fCapturing;
+    });
+    WaitFor([&] { return plugIn->Status().result == PlugInResult::DiskFailed; });
+    EXPECT_FALSE(plugIn->IsTakeWaiting());
+}
+
+TEST_F(PlugIn, AsksForARegionEachTimeThatReturnIsSwitchedOn) {
+    ReturnMode mode{};
+    Run(0, 10);
+    EXPECT_FALSE(plugIn->PickReturnRequest(&mode));
+    controls.fReturn = true;
+    controls.mode = ReturnMode::Export;
+    Run(0, 10);
+    Run(0, 10);
+    ASSERT_TRUE(plugIn->PickReturnRequest(&mode));
+    EXPECT_EQ(mode, ReturnMode::Export);
+    EXPECT_FALSE(plugIn->PickReturnRequest(&mode));
+}
+
+TEST_F(PlugIn, PlaysACopyOfTheReturnedFile) {
+    CSoundFile sound;
+    sound.samples.assign(1000, 0.5F);
+    const std::string strExported = place.File("Export.wav");
+    WriteSoundFile(strExported, sound);
+    plugIn->SetReturned(strExported, 300);
+    WaitFor([&] { return plugIn->Status().result == PlugInResult::Returned; });
+    const CPlugInState state = plugIn->State();
+    EXPECT_NE(state.strReturnedFile, strExported);
+    EXPECT_EQ(state.lReturnedPosition, 300);
+    EXPECT_EQ(ReadSoundFile(state.strReturnedFile).samples, sound.samples);
+
+    controls.fReturn = true;
+    plugIn->SetTransport(0, 1);
+    Run(0, 2000);
+    EXPECT_EQ(output[299], input[299]);
+    EXPECT_EQ(output[300 + 240], 0.5F);
+    EXPECT_EQ(output[1299 - 240], 0.5F);
+    EXPECT_EQ(output[1300], input[1300]);
+}
+
+TEST_F(PlugIn, RefusesAFileOfAnotherSampleRateWithTheTextOfTheViews) {
+    CSoundFile sound;
+    sound.nSampleRate = 44100;
+    sound.samples.assign(100, 0.5F);
+    const std::string strExported = place.File("Export.wav");
+    WriteSoundFile(strExported, sound);
+    plugIn->SetReturned(strExported, 0);
+    WaitFor([&] { return plugIn->Status().result == PlugInResult::ReturnRefused; });
+    EXPECT_EQ(plugIn->Status().strText,
+              "Warning - Session Sample Rate is: 48000 Tavarin Pro Sample rate is: 44100");
+    EXPECT_FALSE(plugIn->Activity().fHasReturned);
+}
+
+TEST_F(PlugIn, RefusesAFileWithMoreChannelsOrNoneAtAll) {
+    CSoundFile sound;
+    sound.nChannels = 2;
+    sound.samples.assign(100, 0.5F);
+    const std::string strExported = place.File("Export.wav");
+    WriteSoundFile(strExported, sound);
+    plugIn->SetReturned(strExported, 0);
+    WaitFor([&] { return plugIn->Status().result == PlugInResult::ReturnRefused; });
+    const std::uint64_t nSerial = plugIn->Status().nSerial;
+    plugIn->SetReturned(place.File("missing.wav"), 0);
+    WaitFor([&] { return plugIn->Status().nSerial > nSerial; });
+    EXPECT_EQ(plugIn->Status().result, PlugInResult::ReturnRefused);
+}
+
+TEST_F(PlugIn, GoesOnWhereTheSessionWasWithoutAskingTheHost) {
+    CSoundFile sound;
+    sound.samples.assign(1000, 0.5F);
+    CPlugInState state;
+    state.strCaptureDirectory = place.MakeDirectory("earlier");
+    state.strReturnedFile = place.File("Return_0001.wav");
+    state.lReturnedPosition = 100;
+    state.nTrack = 4;
+    WriteSoundFile(state.strReturnedFile, sound);
+    plugIn->Restore(state);
+    WaitFor([&] { return plugIn->Status().result == PlugInResult::Returned; });
+    EXPECT_EQ(plugIn->State(), state);
+
+    controls.fReturn = true;
+    controls.fCapture = true;
+    plugIn->SetTransport(0, 1);
+    Run(0, 2000);
+    ReturnMode mode{};
+    EXPECT_FALSE(plugIn->PickReturnRequest(&mode));
+    EXPECT_EQ(output[600], 0.5F);
+    plugIn->Stop();
+    EXPECT_EQ(std::filesystem::path(NextTake().strFile).parent_path(), state.strCaptureDirectory);
+}
+
+TEST_F(PlugIn, ReportsEveryResultInWords) {
+    plugIn->Report(PlugInResult::HostRefused, "no");
+    CPlugInMessage const* message = plugIn->Message();
+    ASSERT_NE(message, nullptr);
+    EXPECT_EQ(message->result, PlugInResult::HostRefused);
+    EXPECT_STREQ(message->szText, "no");
+    plugIn->DropMessage();
+    EXPECT_EQ(plugIn->Message(), nullptr);
+    EXPECT_EQ(plugIn->Result(), PlugInResult::HostRefused);
+}
+
+}  // namespace
