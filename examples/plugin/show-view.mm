@@ -51,7 +51,9 @@ void Capture(TavarinProDoublerLink_ViewController* view, const char* szPath, dou
     std::strncpy(record.szFilePath, szPath, sizeof(record.szFilePath) - 1);
     record.dRegionEnd = dSamples;
     [view NotificationReceived:notifyPostAnalyze Data:&record DataSize:sizeof(record)];
-    std::printf("The view says: %s\n", [[view->m_textLastError stringValue] UTF8String]);
+    // Asked for by name: the class is not linked, and its fields are not either.
+    NSTextField* error = [view valueForKey:@"m_textLastError"];
+    std::printf("The view says: %s\n", [[error stringValue] UTF8String]);
 }
 
 // Lets the window work, and has the view look for the host twice a second as a plug-in does.
