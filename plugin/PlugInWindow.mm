@@ -17,8 +17,8 @@ namespace {
 constexpr CGFloat kStripHeight = 76;
 constexpr CGFloat kMargin = 20;
 constexpr CGFloat kGap = 8;
-constexpr CGFloat kButtonHeight = 26;
-constexpr CGFloat kButtonTop = 40;
+constexpr CGFloat kButtonHeight = 20;
+constexpr CGFloat kButtonTop = 43;
 constexpr CGFloat kTextTop = 12;
 constexpr CGFloat kTextHeight = 18;
 constexpr CGFloat kTextSize = 11;
@@ -62,7 +62,7 @@ NSString* StatusText(CPlugInAccess const& plugIn) {
     NSMutableArray* m_buttons;
     NSString* m_status;
 }
-- (void)MakeButtons:(Class)cellClass;
+- (void)MakeButtons;
 - (void)ShowStatus:(NSString*)text;
 @end
 
@@ -74,7 +74,8 @@ NSString* StatusText(CPlugInAccess const& plugIn) {
     [super dealloc];
 }
 
-- (void)MakeButtons:(Class)cellClass {
+- (void)MakeButtons {
+    CPlugInBundle const& bundle = CPlugInBundle::Shared();
     m_buttons = [[NSMutableArray alloc] init];
     const CGFloat nButtons = std::size(kButtons);
     const CGFloat width =
@@ -82,10 +83,16 @@ NSString* StatusText(CPlugInAccess const& plugIn) {
     CGFloat x = kMargin;
     for (CStripButton const& button : kButtons) {
         const NSRect frame = NSMakeRect(x, kButtonTop, width, kButtonHeight);
-        NSButton* control = [[[NSButton alloc] initWithFrame:frame] autorelease];
-        [control setCell:[[[cellClass alloc] initTextCell:button.title] autorelease]];
+        NSButton* control = [[[bundle.ClassNamed(@"TavarinProLink_ToggleButton") alloc]
+            initWithFrame:frame] autorelease];
+        [control setCell:[[[bundle.ClassNamed(@"QXButtonCell") alloc] init] autorelease]];
+        [control setTitle:button.title];
         [control setButtonType:NSPushOnPushOffButton];
-        [control setFont:[NSFont systemFontOfSize:12]];
+        [control setImagePosition:NSImageLeft];
+        [control setAlignment:NSLeftTextAlignment];
+        [control setFont:[NSFont boldSystemFontOfSize:kTextSize]];
+        // What a nib would do: the button takes its lamps.
+        [control awakeFromNib];
         [control setTarget:self];
         [control setAction:@selector(OnButton:)];
         [control setToolTip:button.toolTip];
@@ -114,8 +121,7 @@ NSString* StatusText(CPlugInAccess const& plugIn) {
     NSRectFill([self bounds]);
     const NSRect line =
         NSMakeRect(kMargin, kTextTop, [self bounds].size.width - 2 * kMargin, kTextHeight);
-    DrawLine(m_status == nil ? @"" : m_status, [NSFont systemFontOfSize:kTextSize], ccControlText,
-             line, NSLeftTextAlignment);
+    DrawPanelText(m_status == nil ? @"" : m_status, kTextSize, ccControlText, line);
 }
 
 - (BOOL)isOpaque {
@@ -177,7 +183,7 @@ struct CPlugInWindow::CContents {
         strip = [[[TavarinLV2_Strip alloc] initWithFrame:NSMakeRect(0, 0, size.width, kStripHeight)]
             autorelease];
         strip->m_control = &control;
-        [strip MakeButtons:CPlugInBundle::Shared().ClassNamed(@"TavarinProLink_ButtonCell")];
+        [strip MakeButtons];
         [picture setFrameOrigin:NSMakePoint(0, kStripHeight)];
         [[window contentView] addSubview:strip];
         [[window contentView] addSubview:picture];

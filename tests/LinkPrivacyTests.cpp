@@ -53,7 +53,8 @@ TEST(LinkPrivacy, SegmentsStayPrivateWhateverTheUsersMask) {
         for (auto const& entry : fs::directory_iterator("/dev/shm")) {
             struct stat status {};
             ASSERT_EQ(stat(entry.path().c_str(), &status), 0);
-            if (status.st_uid == geteuid()) EXPECT_EQ(status.st_mode & 07777, 0600u) << entry;
+            if (status.st_uid != geteuid()) continue;
+            EXPECT_EQ(status.st_mode & 07777, 0600u) << entry;
         }
     }
     umask(nMask);

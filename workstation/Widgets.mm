@@ -37,15 +37,6 @@ void DrawWaveform(CAudioClip const& clip, NSRect area, NSColor* colour) {
     }
 }
 
-void DrawLine(NSString* text, CComponentCode colour, NSRect line) {
-    NSColor* textColour = PanelColour(colour);
-    if (textColour == nil) return;
-    NSDictionary* attributes = [NSDictionary
-        dictionaryWithObjectsAndKeys:[NSFont systemFontOfSize:kTextSize], NSFontAttributeName,
-                                     textColour, NSForegroundColorAttributeName, nil];
-    [text drawInRect:line withAttributes:attributes];
-}
-
 }  // namespace
 
 @implementation TavarinWorkstation_Waveform
@@ -65,10 +56,10 @@ void DrawLine(NSString* text, CComponentCode colour, NSRect line) {
     NSRect line = area;
     line.size.height = kLineHeight;
     line.origin.y = NSMaxY(area) - line.size.height;
-    DrawLine(fEmpty ? @"Nothing yet" : NameText(m_clip), ccControlText, line);
+    DrawPanelText(fEmpty ? @"Nothing yet" : NameText(m_clip), kTextSize, ccControlText, line);
     if (fEmpty) return;
     line.origin.y -= line.size.height;
-    DrawLine(LengthText(m_clip), ccAudioLabel, line);
+    DrawPanelText(LengthText(m_clip), kTextSize, ccAudioLabel, line);
     area.size.height = line.origin.y - area.origin.y - kGap;
     [PanelColour(ccTrackBackground) set];
     NSRectFill(area);
