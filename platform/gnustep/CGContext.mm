@@ -248,11 +248,11 @@ void CGContextDrawShading(CGContextRef context, CGShadingRef shading) {
     Paint(Native(context), native, axial.start, axial.end);
     [native release];
 }
+}
 
 CGRect CGRectInset(CGRect rect, CGFloat dx, CGFloat dy) {
     constexpr CGFloat kNowhere = std::numeric_limits<CGFloat>::infinity();
     const NSRect inset = NSInsetRect(rect, dx, dy);
     if (inset.size.width >= 0 && inset.size.height >= 0) return inset;
     return NSMakeRect(kNowhere, kNowhere, 0, 0);
-}
 }

@@ -152,8 +152,8 @@ void CGContextDrawLinearGradient(CGContextRef context, CGGradientRef gradient, C
                                  CGPoint endPoint, CGGradientDrawingOptions options);
 void CGContextDrawShading(CGContextRef context, CGShadingRef shading);
 /// @}
+}
 
 /// The rectangle without `dx` at its left and right and `dy` above and below, or with more for
 /// negative distances. Infinitely far away and empty when nothing would be left.
 CGRect CGRectInset(CGRect rect, CGFloat dx, CGFloat dy);
-}
