@@ -165,6 +165,7 @@ function(tavarin_write_turtle directory has_window)
     lv2:microVersion @PROJECT_VERSION_PATCH@ ;
     lv2:optionalFeature lv2:hardRTCapable , urid:map ;
     lv2:extensionData state:interface ;
+    patch:readable <@TAVARIN_PLUGIN_URI@:message> ;
 @TAVARIN_PLUGIN_UIS@    lv2:port @ports@ .\n\n" entry @ONLY)
             string(APPEND plugins "${entry}")
         endforeach()

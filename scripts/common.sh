@@ -13,8 +13,9 @@ host_packages="liblua5.4-dev libsndfile1-dev libcli11-dev nlohmann-json3-dev"
 
 # AppKit, for the colour scheme and what draws with it.
 appkit_packages="gobjc++ libgnustep-gui-dev gnustep-back0.29-cairo fonts-dejavu-core"
-# For the LV2 plug-ins.
+# The LV2 plug-ins, and the hosts that they are tested in.
 plugin_packages="lv2-dev"
+plugin_host_packages="lilv-utils sordi jalv jackd2 libjack-jackd2-dev"
 # A display for the windows where there is none, and a pointer to click with.
 display_packages="xvfb openbox xdotool"
 # What the speed is compared with; measuring goes without what is missing.

@@ -31,7 +31,7 @@ if(JACK_FOUND AND CLI11_FOUND)
                     "${CMAKE_CURRENT_SOURCE_DIR}/plugin-jack" "${tavarin_lv2_path}"
                     $<TARGET_FILE_DIR:jack-deck>)
         set_tests_properties(PlugInJackTests PROPERTIES
-            TIMEOUT 300 SKIP_RETURN_CODE 77 RESOURCE_LOCK tavarin_shared_memory)
+            TIMEOUT 900 SKIP_RETURN_CODE 77 RESOURCE_LOCK tavarin_shared_memory)
     endif()
 endif()
 
