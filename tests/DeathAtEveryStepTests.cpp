@@ -25,7 +25,7 @@ namespace fs = std::filesystem;
 constexpr int kHost = 3;
 constexpr int kTimeout = 121;
 constexpr int kWrong = 99;
-constexpr int kVictimTimeoutMs = 1000;
+constexpr int kVictimTimeoutMs = 1500;
 constexpr auto kSoon = 5s;
 // What a loaded machine may add to a wait.
 constexpr std::int64_t kSlackUs = 300'000;
@@ -133,16 +133,30 @@ protected:
 
     ExchangeView View() const { return LookAt(*m_segment, strVictimRequest, strVictimReply); }
 
+    // Halts the host while it waits for a request, so that it holds no word meanwhile.
+    void HaltHost() const {
+        for (;;) {
+            m_host->Halt();
+            const MessageRecord record = View().record;
+            if (record.nExchangeMutex == 0 && record.requestCondition.nEnterLock == 0 &&
+                record.requestCondition.nWaiterCount == 1) {
+                return;
+            }
+            m_host->Continue();
+            usleep(3'000);
+        }
+    }
+
     // Takes the victim to one of the steps. The host is halted except where it has to answer.
     void StepTo(CSteppedThread& thread, std::vector<ExchangeStep> const& steps, std::size_t nLast) {
-        m_host->Halt();
+        HaltHost();
         for (std::size_t nStep = 0; nStep <= nLast; ++nStep) {
             ExchangeStep const& step = steps[nStep];
             if (step.fHostRuns) m_host->Continue();
             ASSERT_TRUE(thread.StepUntil([&] { return step.isReached(View()); })) << step.szName;
             if (step.fHostRuns) {
                 usleep(20'000);
-                m_host->Halt();
+                HaltHost();
             }
         }
     }
