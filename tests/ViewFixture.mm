@@ -73,7 +73,7 @@ NSWindow* CViewTest::Show(NSViewController* controller) {
     // The focus may still be on its way from a window that closed: it has to stay for some turns.
     constexpr int kTurns = 15;
     int nTurns = 0;
-    const auto ready = [window, &nTurns] {
+    const auto ready = [&] {
         const bool fReady = [window isVisible] && [window isKeyWindow] && [NSApp isActive];
         if (!fReady) {
             nTurns = 0;
