@@ -88,9 +88,8 @@ TEST(CaptureRing, LosesNothingBetweenTwoThreads) {
             if (nNext % 1000 == 0 && !ring.Begin(nNext)) continue;
             int nDone = 0;
             while (nDone < 1000) {
-                nDone += static_cast<int>(
-                    AppendCounting(ring, (nNext + nDone) % 65536,
-                                   static_cast<std::uint32_t>(std::min(64, 1000 - nDone))));
+                nDone += static_cast<int>(AppendCounting(
+                    ring, nNext + nDone, static_cast<std::uint32_t>(std::min(64, 1000 - nDone))));
                 if (nDone < 1000 && ring.Room() == 0) std::this_thread::yield();
             }
             nNext += 1000;
@@ -112,7 +111,7 @@ TEST(CaptureRing, LosesNothingBetweenTwoThreads) {
         }
         const std::size_t nRead = ring.Read(frames);
         for (std::size_t nFrame = 0; nFrame < nRead; ++nFrame, ++nSeen) {
-            fRight = fRight && frames[2 * nFrame] == static_cast<float>(nSeen % 65536) &&
+            fRight = fRight && frames[2 * nFrame] == static_cast<float>(nSeen) &&
                      frames[2 * nFrame + 1] == -frames[2 * nFrame];
         }
         if (nRead == 0) std::this_thread::yield();
