@@ -12,7 +12,6 @@
 #include "link/SharedSegments.h"
 #include "link/WordProtocol.h"
 #include "platform/NumberText.h"
-#include "platform/WordWait.h"
 
 namespace {
 
@@ -47,14 +46,13 @@ int DeliverRequest(CMessageSegment& segment, std::string const& request, int tim
     if (segment.IsClosed()) return kStatusClosed;
 
     segment.WriteRequest(request);
-    const bool fNotified = NotifyOne(&pRecord->requestCondition);
+    NotifyOne(&pRecord->requestCondition);
     segment.SetPending();
-    if (fNotified) WakeWord(&pRecord->requestCondition.nCommand);
-
     if (segment.IsClosed()) return kStatusClosed;
     if (!segment.IsPending()) return kExchangeDone;
     const bool fAnswered = WaitOnCondition(&pRecord->replyCondition, &pRecord->nExchangeMutex,
-                                           DeadlineFromTimeout(timeoutMs));
+                                           DeadlineFromTimeout(timeoutMs), kClientPace,
+                                           &pRecord->requestCondition.nCommand);
     return fAnswered ? kExchangeDone : kStatusTimeout;
 }
 

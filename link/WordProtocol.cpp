@@ -5,10 +5,19 @@
 
 #include "link/LinkClock.h"
 #include "link/WaitPacer.h"
+#include "platform/WordWait.h"
 
 namespace {
 
 constexpr useconds_t kPollingPeriodUs = 2000;
+
+// A mutex is freed without a hint, and soon: its waiter looks again after short sleeps.
+constexpr int kEagerSpinUs = 20;
+constexpr int kEagerSleepUs = 200;
+
+// What this thread has learnt from its waits for commands, and from those for a mutex.
+thread_local CSpinHabit commandHabit;
+thread_local CSpinHabit mutexHabit;
 
 std::uint32_t ReadWord(const std::uint32_t* pWord) noexcept {
     return __atomic_load_n(pWord, __ATOMIC_SEQ_CST);
@@ -73,7 +82,7 @@ bool LeaveOnTimeout(ConditionWords* pCondition) noexcept {
 // True when notified, false when the deadline came first.
 bool AwaitCommand(ConditionWords* pCondition, std::int64_t lDeadline,
                   WaitPace const& pace) noexcept {
-    CWaitPacer pacer(&pCondition->nCommand, pace.nSpinCount, pace.nLongestSleepUs);
+    CWaitPacer pacer(&pCondition->nCommand, pace.nSpinUs, pace.nLongestSleepUs, commandHabit);
     for (;;) {
         if (ReadWord(&pCondition->nCommand) != kCommandSleep) {
             if (TakeCommand(pCondition)) return true;
@@ -102,7 +111,7 @@ bool AcquireWord(std::uint32_t* pWord, std::int64_t lDeadline) noexcept {
 }
 
 void AcquireWordEagerly(std::uint32_t* pWord) noexcept {
-    CWaitPacer pacer(pWord, kHostPace.nSpinCount, kHostPace.nLongestSleepUs);
+    CWaitPacer pacer(pWord, kEagerSpinUs, kEagerSleepUs, mutexHabit);
     while (!TryAcquireWord(pWord)) pacer.Pause(1, kNoDeadline);
 }
 
@@ -124,9 +133,11 @@ bool NotifyOneAndRelease(ConditionWords* pCondition, std::uint32_t* pMutex) noex
 }
 
 bool WaitOnCondition(ConditionWords* pCondition, std::uint32_t* pMutex, std::int64_t lDeadline,
-                     WaitPace const& pace) noexcept {
-    if (lDeadline != kNoDeadline && LinkTimeNow() >= lDeadline) return false;
-    if (!EnterAsWaiter(pCondition, pMutex, lDeadline)) return false;
+                     WaitPace const& pace, const std::uint32_t* pWordToWake) noexcept {
+    const bool fInTime = lDeadline == kNoDeadline || LinkTimeNow() < lDeadline;
+    const bool fWaiting = fInTime && EnterAsWaiter(pCondition, pMutex, lDeadline);
+    if (pWordToWake != nullptr) WakeWord(pWordToWake);
+    if (!fWaiting) return false;
     const bool fNotified = AwaitCommand(pCondition, lDeadline, pace);
     if (pace.fEagerMutex) {
         AcquireWordEagerly(pMutex);
