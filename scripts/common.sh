@@ -14,7 +14,8 @@ host_packages="liblua5.4-dev libsndfile1-dev libcli11-dev nlohmann-json3-dev"
 # AppKit, for the colour scheme and what draws with it.
 appkit_packages="gobjc++ libgnustep-gui-dev gnustep-back0.29-cairo fonts-dejavu-core"
 # What the speed is compared with; measuring goes without what is missing.
-bench_packages="libbenchmark-dev libmsgpack-cxx-dev rapidjson-dev libprotobuf-dev protobuf-compiler"
+bench_packages="python3 libbenchmark-dev libmsgpack-cxx-dev rapidjson-dev libprotobuf-dev protobuf-compiler
+    libzmq3-dev libnng-dev libdbus-1-dev"
 
 is_installed() { dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null | grep -qx installed; }
 
