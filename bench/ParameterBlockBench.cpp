@@ -13,10 +13,11 @@
 #include <string>
 
 #include "bench/Contender.h"
+#include "bench/ResultLog.h"
 
 // Measures saving, loading, finding, copying and comparing trees of named values against other
-// libraries. The contenders take turns, so that a slow moment of the machine meets all of them, and
-// each round gives one ratio to the parameter block.
+// libraries. The contenders take turns, so that a slow moment of the machine meets all of them.
+// Prints its results as JSON lines.
 
 namespace {
 
@@ -57,11 +58,6 @@ double Nanoseconds(std::function<void()> const& run) {
         .count();
 }
 
-double Quantile(std::vector<double> values, double part) {
-    std::sort(values.begin(), values.end());
-    return values[static_cast<std::size_t>(part * static_cast<double>(values.size() - 1) + 0.5)];
-}
-
 // One round's time of one call: the mean of as many calls as fill a few milliseconds.
 double TimeOnce(CContender& contender, COperation const& operation, int calls) {
     double total = 0;
@@ -72,27 +68,20 @@ double TimeOnce(CContender& contender, COperation const& operation, int calls) {
     return total / calls;
 }
 
-void Measure(Contenders& contenders, COperation const& operation, std::size_t nodes, int rounds) {
-    std::vector<std::vector<double>> times(contenders.size());
+void Measure(Contenders& contenders, std::string const& work, COperation const& operation,
+             std::size_t nodes, int rounds) {
+    std::vector<CSamples> times(contenders.size());
     std::vector<int> calls;
     for (auto& contender : contenders) {
         const double once = TimeOnce(*contender, operation, 1);
         calls.push_back(std::clamp(static_cast<int>(5e6 / once), 1, 10000));
     }
+    const double scale = static_cast<double>(operation.nPerRun > 0 ? operation.nPerRun : nodes);
     for (int round = 0; round < rounds; ++round)
         for (std::size_t i = 0; i < contenders.size(); ++i)
-            times[i].push_back(TimeOnce(*contenders[i], operation, calls[i]));
-    for (std::size_t i = 0; i < contenders.size(); ++i) {
-        std::vector<double> ratios;
-        for (std::size_t round = 0; round < times[i].size(); ++round)
-            ratios.push_back(times[i][round] / times[0][round]);
-        const double scale = static_cast<double>(operation.nPerRun > 0 ? operation.nPerRun : nodes);
-        std::printf("| %s | %s | %.1f | %.1f – %.1f | %.2f | %.2f – %.2f |\n", operation.name,
-                    contenders[i]->Name(), Quantile(times[i], 0.5) / scale,
-                    Quantile(times[i], 0.1) / scale, Quantile(times[i], 0.9) / scale,
-                    Quantile(ratios, 0.5), Quantile(ratios, 0.1), Quantile(ratios, 0.9));
-        std::fflush(stdout);
-    }
+            times[i].Add(TimeOnce(*contenders[i], operation, calls[i]) / scale);
+    for (std::size_t i = 0; i < contenders.size(); ++i)
+        PrintSeries(work, contenders[i]->Name(), "ns per node", times[i]);
 }
 
 // The kilobytes of a line of this process's status.
@@ -104,17 +93,16 @@ long StatusKilobytes(const char* key) {
 }
 
 struct CSubject {
-    const char* name;
     const char* title;
     CBenchNode (*make)();
     bool fCompare;
 };
 
 constexpr CSubject subjects[] = {
-    {"scheme", "Colour scheme", SchemeTree, true},
-    {"flat", "Flat, twenty names", FlatTree, true},
+    {"Scheme", SchemeTree, true},
+    {"Flat, twenty names", FlatTree, true},
     // Comparing this one takes RapidJSON hours: it searches every member of an object anew.
-    {"names", "Flat, every name different", FlatTreeOfDifferentNames, false},
+    {"Flat, every name different", FlatTreeOfDifferentNames, false},
 };
 
 // Prints the most memory, in kilobytes, that loading takes beyond the image. For a process that
@@ -143,16 +131,15 @@ int PrintPeakMemory(std::size_t contender, std::size_t subject, std::size_t imag
     return 0;
 }
 
-std::string PeakMemory(std::size_t contender, std::size_t subject, std::size_t imageSize) {
+double PeakMemory(std::size_t contender, std::size_t subject, std::size_t imageSize) {
     const std::string command = "/proc/" + std::to_string(getpid()) + "/exe --memory " +
                                 std::to_string(contender) + " " + std::to_string(subject) + " " +
                                 std::to_string(imageSize);
     std::FILE* const answer = popen(command.c_str(), "r");
-    char text[32] = "unknown";
-    if (answer == nullptr || std::fgets(text, sizeof text, answer) == nullptr) text[0] = '?';
+    char text[32] = "";
+    if (answer == nullptr || std::fgets(text, sizeof text, answer) == nullptr) text[0] = '\0';
     if (answer != nullptr) pclose(answer);
-    text[std::strcspn(text, "\n")] = '\0';
-    return text;
+    return std::atof(text);
 }
 
 void Compare(std::size_t number, std::vector<std::string> const& names, int rounds) {
@@ -161,9 +148,7 @@ void Compare(std::size_t number, std::vector<std::string> const& names, int roun
     const CBenchTree tree(subject.make());
     const std::size_t nodes = CountNodes(tree.repeating);
     Contenders contenders = MakeContenders();
-    std::printf("\n### %s: %zu nodes\n\n", subject.title, nodes);
-    std::printf(
-        "| image | bytes | per node | peak memory while loading (kB) |\n|---|---|---|---|\n");
+    const std::string title = subject.title;
     for (std::size_t i = 0; i < contenders.size(); ++i) {
         CContender& contender = *contenders[i];
         contender.Build(tree);
@@ -172,15 +157,13 @@ void Compare(std::size_t number, std::vector<std::string> const& names, int roun
         const std::string image(contender.Image());
         contender.Load(image);
         if (compare && !contender.LoadedIsEqual())
-            std::printf("| %s loads another tree than it saved | | | |\n", contender.Name());
+            std::fprintf(stderr, "%s: %s loads another tree than it saved\n", subject.title,
+                         contender.Name());
         contender.Drop();
-        std::printf("| %s | %zu | %.1f | %s |\n", contender.Name(), size,
-                    static_cast<double>(size) / static_cast<double>(nodes),
-                    PeakMemory(i, number, size).c_str());
+        PrintValue(title + ": image", contender.Name(), "bytes", static_cast<double>(size));
+        PrintValue(title + ": peak memory of loading", contender.Name(), "kB",
+                   PeakMemory(i, number, size));
     }
-    std::printf(
-        "\n| operation | library | median ns | 10 – 90 %% | ratio to parameter block | "
-        "10 – 90 %% |\n|---|---|---|---|---|---|\n");
 
     std::vector<COperation> operations;
     operations.push_back({"save", nullptr, [](CContender& c) { c.Save(); }});
@@ -201,23 +184,17 @@ void Compare(std::size_t number, std::vector<std::string> const& names, int roun
                                       if (!c.Find(name.c_str())) std::abort();
                               },
                               names.size()});
-    for (COperation const& operation : operations) Measure(contenders, operation, nodes, rounds);
+    for (COperation const& operation : operations)
+        Measure(contenders, title + ": " + operation.name, operation, nodes, rounds);
 
-    // The limit: no saving can be faster than copying the finished image.
+    // The limit: nothing can be faster than copying the finished image.
     const std::string image(contenders[0]->Image());
     std::vector<char> target(image.size());
-    std::vector<double> copies;
+    CSamples copies;
     for (int i = 0; i < 200; ++i)
-        copies.push_back(
-            Nanoseconds([&] { std::memcpy(target.data(), image.data(), image.size()); }));
-    const COperation save{"save", nullptr, [](CContender& c) { c.Save(); }};
-    std::vector<double> saves;
-    for (int i = 0; i < 50; ++i) saves.push_back(TimeOnce(*contenders[0], save, 1));
-    std::printf(
-        "\nmemcpy of the parameter block's image: %.2f ns per node; saving takes %.0f "
-        "times that.\n",
-        Quantile(copies, 0.5) / static_cast<double>(nodes),
-        Quantile(saves, 0.5) / Quantile(copies, 0.5));
+        copies.Add(Nanoseconds([&] { std::memcpy(target.data(), image.data(), image.size()); }) /
+                   static_cast<double>(nodes));
+    PrintSeries(title + ": copy of the image", "memcpy", "ns per node", copies);
 }
 
 }  // namespace
@@ -230,10 +207,10 @@ int main(int argc, char** argv) {
     // The heap keeps what is freed, so that no row counts how the kernel takes and gives pages.
     mallopt(M_MMAP_THRESHOLD, 1 << 30);
     mallopt(M_TRIM_THRESHOLD, 1 << 30);
-    const int rounds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 31;
+    const bool quick = argc > 1 && std::strcmp(argv[1], "--quick") == 0;
+    const int rounds = quick ? 3 : 9;
     std::vector<std::string> names;
     for (int i = 0; i < 100000; i += 1009) names.push_back("value" + std::to_string(i));
-    std::printf("%d rounds; times are per node, for finding per node found\n", rounds);
     Compare(0, {"Comps"}, rounds);
     Compare(1, {}, rounds);
     Compare(2, names, rounds);

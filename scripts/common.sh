@@ -19,7 +19,8 @@ plugin_host_packages="lilv-utils sordi jalv jackd2 libjack-jackd2-dev"
 # A display for the windows where there is none, and a pointer to click with.
 display_packages="xvfb openbox xdotool"
 # What the speed is compared with; measuring goes without what is missing.
-bench_packages="libbenchmark-dev libmsgpack-cxx-dev rapidjson-dev libprotobuf-dev protobuf-compiler"
+bench_packages="python3 libbenchmark-dev libmsgpack-cxx-dev rapidjson-dev libprotobuf-dev protobuf-compiler
+    libzmq3-dev libnng-dev libdbus-1-dev"
 
 is_installed() { dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null | grep -qx installed; }
 

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <sys/types.h>
+
+/// Where processes run and how long, as far as the platform lets a program say so. For programs
+/// that measure.
+
+/// Keeps the calling thread, and what it starts, on one processor core (counted from 0, beyond the
+/// last one from the start again) or, for -1, lets it run on every one. Without effect where the
+/// platform has no such thing.
+void RunOnCore(int nCore) noexcept;
+
+/// Ends this process when the one that started it does. Without effect where the platform has no
+/// such thing.
+void EndWithParent() noexcept;
+
+/// The processor time in seconds that a process has used; 0 where that cannot be told.
+double ProcessorSecondsOf(pid_t nProcess) noexcept;
