@@ -46,7 +46,7 @@ std::array<double, std::size(steps) + 1> RunCommand() {
 void MeasureCommandSteps(std::string const& work, int nRounds, double dPauseUs) {
     std::array<CSamples, std::size(steps)> samples;
     for (int nRound = 0; nRound < nRounds; ++nRound) {
-        SleepUs(dPauseUs);
+        if (dPauseUs > 0) SleepUs(dPauseUs);
         const auto times = RunCommand();
         for (std::size_t i = 0; i < samples.size(); ++i) samples[i].Add(times[i + 1] - times[i]);
     }
