@@ -1,28 +1,26 @@
 #include <benchmark/benchmark.h>
 
-#include <atomic>
-#include <cstdlib>
-#include <new>
+#include <cmath>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "bench/AllocationCounter.h"
 #include "link/TANClientInterProcess.h"
 #include "utils/SMPTE.h"
 
 // Small work that a view does often: splitting a reply, and turning positions into time codes and
-// back. Every contender is told what the heap was asked for.
+// back.
 
 namespace {
-
-std::atomic<long> allocations{0};
 
 // Counts what the heap is asked for, per round of a benchmark.
 class CAllocationCount {
 public:
-    explicit CAllocationCount(benchmark::State& state) : m_state(state), m_lBefore(allocations) {}
+    explicit CAllocationCount(benchmark::State& state)
+        : m_state(state), m_lBefore(CountAllocations()) {}
     ~CAllocationCount() {
-        m_state.counters["allocations"] = static_cast<double>(allocations - m_lBefore) /
+        m_state.counters["allocations"] = static_cast<double>(CountAllocations() - m_lBefore) /
                                           static_cast<double>(m_state.iterations());
     }
 
@@ -68,51 +66,74 @@ void SplitByView(benchmark::State& state) {
     if (values.size() != kNames) state.SkipWithError("not every name was split off");
 }
 
-constexpr double kSampleRate = 48'000;
-constexpr double kFrameRate = 25;
 constexpr int kPositions = 1000;
+
+// Neither loop knows the rates beforehand.
+struct CRates {
+    CRates() {
+        benchmark::DoNotOptimize(dSample);
+        benchmark::DoNotOptimize(dFrame);
+    }
+
+    double dSample = 48'000;
+    double dFrame = 25;
+};
 
 double PositionOf(int nNumber) {
     return nNumber * 123'457.0;
 }
 
 void TimeCodeAndBack(benchmark::State& state) {
-    CAllocationCount count(state);
+    const CRates rates;
+    const CAllocationCount count(state);
     for (auto _ : state) {
         double dSum = 0;
         for (int i = 0; i < kPositions; ++i) {
             SMPTETimeCode code;
-            SampleToSMPTE(kSampleRate, kFrameRate, 0, 0, PositionOf(i), &code);
-            dSum += SMPTEToSamples(kSampleRate, kFrameRate, 0, 0, &code);
+            SampleToSMPTE(rates.dSample, rates.dFrame, 0, 0, PositionOf(i), &code);
+            dSum += SMPTEToSamples(rates.dSample, rates.dFrame, 0, 0, &code);
         }
         benchmark::DoNotOptimize(dSum);
     }
 }
 
-// The same operations in the same order for whole frame rates without drop-frame, nothing else.
-double PlainFormula(double dPosition) {
-    const auto lPosition = static_cast<std::uint64_t>(dPosition);
-    const auto lSeconds = static_cast<std::uint64_t>(static_cast<double>(lPosition) / kSampleRate);
-    const auto lInSecond = static_cast<std::uint64_t>(static_cast<double>(lPosition) -
-                                                      static_cast<double>(lSeconds) * kSampleRate);
-    const auto lWholeRate = static_cast<std::uint64_t>(kFrameRate);
-    SMPTETimeCode code{
-        static_cast<std::int16_t>(lSeconds / 3600), static_cast<std::int16_t>(lSeconds % 3600 / 60),
-        static_cast<std::int16_t>(lSeconds % 3600 % 60),
-        static_cast<std::int16_t>(
-            static_cast<std::uint64_t>(static_cast<double>(lWholeRate * lInSecond) / kSampleRate)),
-        0};
-    benchmark::DoNotOptimize(code);
-    if (code.nHours > 24 || code.nMinutes > 60 || code.nSeconds > 60) return 0;
+bool IsNtsc(double dFrameRate) {
+    const auto lCode = static_cast<std::int64_t>(std::ceil(1000.0 * dFrameRate));
+    return lCode >= 29970 && lCode <= 29999;
+}
+
+// The formulas as they stand for non-drop time codes, with no guard for what does not fit.
+SMPTETimeCode PlainCode(CRates const& rates, double dPosition) {
+    auto lPosition = static_cast<std::uint64_t>(dPosition);
+    if (IsNtsc(rates.dFrame))
+        lPosition = static_cast<std::uint64_t>(static_cast<double>(lPosition) * 1000.0 / 1001.0);
+    const auto lSeconds =
+        static_cast<std::uint64_t>(static_cast<double>(lPosition) / rates.dSample);
+    const auto lInSecond = static_cast<std::uint64_t>(
+        static_cast<double>(lPosition) - static_cast<double>(lSeconds) * rates.dSample);
+    const auto lWholeRate = static_cast<std::uint64_t>(rates.dFrame);
+    const double dFrames = static_cast<double>(lWholeRate * lInSecond) / rates.dSample;
+    return {static_cast<std::int16_t>(lSeconds / 3600),
+            static_cast<std::int16_t>(lSeconds % 3600 / 60),
+            static_cast<std::int16_t>(lSeconds % 3600 % 60),
+            static_cast<std::int16_t>(static_cast<std::uint64_t>(dFrames)), 0};
+}
+
+double PlainPosition(CRates const& rates, SMPTETimeCode const& code) {
+    const bool fNtsc = IsNtsc(rates.dFrame);
     const int nSeconds = (code.nHours * 60 + code.nMinutes) * 60 + code.nSeconds;
-    return (code.nFrames + kFrameRate * nSeconds) * kSampleRate / kFrameRate;
+    const double dFrames = code.nFrames + (fNtsc ? 30.0 : rates.dFrame) * nSeconds;
+    return dFrames * rates.dSample /
+           (fNtsc ? 30000.0 / 1001.0 : std::ceil(1000.0 * rates.dFrame) / 1000.0);
 }
 
 void TimeCodeByFormula(benchmark::State& state) {
-    CAllocationCount count(state);
+    const CRates rates;
+    const CAllocationCount count(state);
     for (auto _ : state) {
         double dSum = 0;
-        for (int i = 0; i < kPositions; ++i) dSum += PlainFormula(PositionOf(i));
+        for (int i = 0; i < kPositions; ++i)
+            dSum += PlainPosition(rates, PlainCode(rates, PositionOf(i)));
         benchmark::DoNotOptimize(dSum);
     }
 }
@@ -123,19 +144,5 @@ BENCHMARK(TimeCodeAndBack);
 BENCHMARK(TimeCodeByFormula);
 
 }  // namespace
-
-void* operator new(std::size_t size) {
-    allocations.fetch_add(1, std::memory_order_relaxed);
-    if (void* memory = std::malloc(size)) return memory;
-    throw std::bad_alloc();
-}
-
-void operator delete(void* memory) noexcept {
-    std::free(memory);
-}
-
-void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
-}
 
 BENCHMARK_MAIN();

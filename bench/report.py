@@ -61,7 +61,8 @@ def run_google(results, name, command, program, quick):
     for one in json.loads(done.stdout)["benchmarks"]:
         if one.get("run_type") == "aggregate" or one.get("error_occurred"):
             continue
-        values.setdefault((one["run_name"], one["time_unit"]), []).append(one["real_time"])
+        values.setdefault((one["run_name"], one["time_unit"]), []).append(
+            one["real_time" if one["run_name"].endswith("/real_time") else "cpu_time"])
         if "allocations" in one:
             values.setdefault((one["run_name"] + " allocations", ""), []).append(one["allocations"])
     for (contender, unit), times in values.items():

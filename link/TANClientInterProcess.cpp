@@ -66,26 +66,20 @@ int DeliverRequest(CMessageSegment& segment, std::string const& request, int tim
     if (segment.IsClosed()) return kStatusClosed;
     if (!segment.IsPending()) return kExchangeDone;
     const std::int64_t lDeadline = std::min(DeadlineFromTimeout(timeoutMs), limit.lTime);
-    const bool fAnswered = WaitOnCondition(&pRecord->replyCondition, &pRecord->nExchangeMutex,
-                                           lDeadline, kClientPace, &limit,
-                                           &pRecord->requestCondition.nCommand);
+    const bool fAnswered =
+        WaitOnCondition(&pRecord->replyCondition, &pRecord->nExchangeMutex, lDeadline, kClientPace,
+                        &limit, &pRecord->requestCondition.nCommand);
     if (limit.fReached) exchangeMutex.Forget();
     return fAnswered && !limit.fReached ? kExchangeDone : kStatusTimeout;
 }
 
-bool IsLineCharacter(char character) noexcept {
-    return character != '\0' && character != '\n' && character != '\r';
-}
-
-// Takes one line and its line end off the front of the text.
+// Takes one line and its line end off the front of the text, which has no NUL.
 std::string_view TakeLine(std::string_view& text) noexcept {
-    std::size_t nLength = 0;
-    while (nLength < text.size() && nLength < kLongestLine && IsLineCharacter(text[nLength])) {
-        ++nLength;
-    }
-    const std::string_view line = text.substr(0, nLength);
+    std::string_view line = text.substr(0, kLongestLine);
+    line = line.substr(0, line.find('\n'));
+    line = line.substr(0, line.find('\r'));
 
-    std::size_t nEnd = nLength;
+    std::size_t nEnd = line.size();
     bool fLineFeedTaken = false;
     for (; nEnd < text.size(); ++nEnd) {
         const bool fLineFeed = text[nEnd] == '\n' && !fLineFeedTaken;

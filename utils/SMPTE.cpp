@@ -1,7 +1,6 @@
 #include "utils/SMPTE.h"
 
 #include <algorithm>
-#include <cmath>
 #include <limits>
 
 namespace {
@@ -29,9 +28,11 @@ std::int64_t ToInt64(double d) {
 }
 
 std::uint64_t ToUInt64(double d) {
+    if (d >= -twoTo63 && d < twoTo63)
+        return static_cast<std::uint64_t>(static_cast<std::int64_t>(d));
     if (d >= twoTo64) return 0;
     if (d >= twoTo63) return static_cast<std::uint64_t>(d);
-    return static_cast<std::uint64_t>(ToInt64(d));
+    return static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::min());
 }
 
 std::int16_t Low16(std::int64_t n) {
@@ -42,8 +43,13 @@ std::int16_t Low16(std::uint64_t n) {
     return static_cast<std::int16_t>(n);
 }
 
+// 1000 times the rate, rounded up: from its whole part, for std::ceil is a call where the processor
+// cannot be relied on to round.
 std::int64_t RateCode(double dFrameRate) {
-    return ToInt64(std::ceil(1000.0 * dFrameRate));
+    const double thousandfold = 1000.0 * dFrameRate;
+    if (!(thousandfold >= -twoTo63 && thousandfold < twoTo63)) return ToInt64(thousandfold);
+    const auto whole = static_cast<std::int64_t>(thousandfold);
+    return static_cast<double>(whole) < thousandfold ? whole + 1 : whole;
 }
 
 bool IsNtscFamily(std::int64_t rateCode) {

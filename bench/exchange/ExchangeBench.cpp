@@ -11,6 +11,7 @@
 #include <span>
 
 #include "bench/ResultLog.h"
+#include "bench/exchange/CommandSteps.h"
 #include "bench/exchange/ExchangePeer.h"
 
 namespace {
@@ -89,6 +90,14 @@ void MeasureAfterIdleness(std::string const& work, EPlacement placement, int nRo
             contender.times.Add(TimeCall(*contender.pPeer));
         }
     Print(work, contenders);
+}
+
+// Where the time goes.
+void MeasureSteps(std::string const& work, EPlacement placement, double dPauseUs, int nRounds) {
+    const auto host = MakeLinkPeer({placement});
+    PlaceClient(placement);
+    for (int i = 0; i < 20; ++i) host->Call();
+    MeasureCommandSteps(work, nRounds, dPauseUs);
 }
 
 void KeepBusy(int nCore) {
@@ -197,6 +206,12 @@ const CWork works[] = {
      [](auto& name, int n) { MeasureAfterIdleness(name, EPlacement::Apart, 40 * n); }},
     {"idle, unpinned",
      [](auto& name, int n) { MeasureAfterIdleness(name, EPlacement::Free, 40 * n); }},
+    {"steps of a command, warm, apart",
+     [](auto& name, int n) { MeasureSteps(name, EPlacement::Apart, 0, 200 * n); }},
+    {"steps of a command after 50 ms, apart",
+     [](auto& name, int n) { MeasureSteps(name, EPlacement::Apart, 50'000, 20 * n); }},
+    {"steps of a command after 50 ms, unpinned",
+     [](auto& name, int n) { MeasureSteps(name, EPlacement::Free, 50'000, 20 * n); }},
     {"busy, apart",
      [](auto& name, int n) { MeasureBesideBusyProcesses(name, EPlacement::Apart, 10 * n); }},
     {"busy, unpinned",
