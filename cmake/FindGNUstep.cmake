@@ -6,6 +6,11 @@
 # The project must have enabled the language OBJCXX.
 
 find_program(GNUSTEP_CONFIG gnustep-config)
+if(GNUSTEP_CONFIG)
+    # It runs make, and prints nothing where there is none.
+    execute_process(COMMAND ${GNUSTEP_CONFIG} --objc-flags
+        OUTPUT_VARIABLE gnustep_flags OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
+endif()
 find_path(GNUSTEP_INCLUDE_DIR AppKit/AppKit.h PATHS /usr/include/GNUstep)
 find_library(GNUSTEP_BASE_LIBRARY gnustep-base)
 find_library(GNUSTEP_GUI_LIBRARY gnustep-gui)
@@ -25,13 +30,11 @@ mark_as_advanced(GNUSTEP_GCC GNUSTEP_OBJC_LIBRARY)
 include(FindPackageHandleStandardArgs)
 set(GNUstep_FIND_QUIETLY TRUE)
 find_package_handle_standard_args(GNUstep REQUIRED_VARS
-    GNUSTEP_CONFIG GNUSTEP_INCLUDE_DIR GNUSTEP_BASE_LIBRARY GNUSTEP_GUI_LIBRARY
+    GNUSTEP_CONFIG gnustep_flags GNUSTEP_INCLUDE_DIR GNUSTEP_BASE_LIBRARY GNUSTEP_GUI_LIBRARY
     GNUSTEP_OBJC_LIBRARY)
 set(GNUSTEP_FOUND ${GNUstep_FOUND})
 
 if(GNUstep_FOUND AND NOT TARGET GNUstep::Gui)
-    execute_process(COMMAND ${GNUSTEP_CONFIG} --objc-flags
-        OUTPUT_VARIABLE gnustep_flags OUTPUT_STRIP_TRAILING_WHITESPACE)
     separate_arguments(gnustep_flags UNIX_COMMAND "${gnustep_flags}")
     # Definitions and language switches only: optimisation, warnings and dependency files are the
     # project's own business, and the include paths must be system ones.

@@ -11,8 +11,8 @@ skip() { printf -- '-- left out: %s\n' "$*"; }
 required_packages="cmake g++ ninja-build pkg-config libboost-dev libgtest-dev"
 host_packages="liblua5.4-dev libsndfile1-dev libcli11-dev nlohmann-json3-dev"
 
-# AppKit, for the colour scheme and what draws with it.
-appkit_packages="gobjc++ libgnustep-gui-dev gnustep-back0.29-cairo fonts-dejavu-core"
+# AppKit, for the colour scheme and what draws with it. GNUstep's own configuration program runs make.
+appkit_packages="make gobjc++ libgnustep-gui-dev gnustep-back0.29-cairo fonts-dejavu-core"
 # The LV2 plug-ins, and the hosts that they are tested in.
 plugin_packages="lv2-dev"
 plugin_host_packages="lilv-utils sordi jalv jackd2 libjack-jackd2-dev"
