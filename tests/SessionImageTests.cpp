@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
 #include <memory>
+#include <set>
 
 #include "FileIO/FileName.h"
 #include "tests/ByteText.h"
@@ -127,6 +129,102 @@ TEST(SessionImage, LeavesTheTokensOnTheTree) {
     unsigned long size = 0;
     const std::unique_ptr<unsigned char[]> bare(block.CreateBlock(&size));
     EXPECT_EQ(Bytes("01000000 02000000 01 05000000"), Image(bare.get(), bare.get() + size));
+}
+
+// Whatever tokens a tree carries: its image loads to the same tree, with every name once and the
+// most frequent ones first.
+void ExpectFaithfulImage(CParameterBlock& block) {
+    const Image image = Saved(block);
+    CParameterBlock loaded;
+    ASSERT_EQ(0, Loaded(loaded, image));
+    EXPECT_TRUE(loaded == block);
+
+    std::map<std::string, int> counts;
+    block.AddNameToMap(counts);
+    block.TokenizeNames(counts);
+    Names names;
+    ASSERT_NE(noHeader, Header(image, names));
+    EXPECT_EQ(counts.size() + 1, names.size());
+    EXPECT_EQ(names.size(), std::set<std::string>(names.begin(), names.end()).size());
+    for (std::size_t i = 2; i < names.size(); ++i)
+        EXPECT_GE(counts[names[i - 1]], counts[names[i]]) << names[i];
+}
+
+TEST(SessionImageAgain, IsTheSame) {
+    CParameterBlock block = Sample();
+    const Image first = Saved(block);
+    EXPECT_EQ(first, Saved(block));
+    ExpectFaithfulImage(block);
+}
+
+TEST(SessionImageAgain, FollowsARenamedParameter) {
+    CParameterBlock block = Sample();
+    Saved(block);
+    block.parameters[0]->name = "Another name";
+    ExpectFaithfulImage(block);
+    block.parameters[0]->name = "";
+    ExpectFaithfulImage(block);
+    block.parameters[3]->name = "No longer empty";
+    ExpectFaithfulImage(block);
+}
+
+TEST(SessionImageAgain, FollowsAddedAndRemovedParameters) {
+    CParameterBlock block = Sample();
+    Saved(block);
+    for (int i = 0; i < 5; ++i) block.AddParameter("New", i);
+    ExpectFaithfulImage(block);
+    for (int i = 0; i < 5; ++i) {
+        delete block.parameters.back();
+        block.parameters.pop_back();
+    }
+    ExpectFaithfulImage(block);
+}
+
+TEST(SessionImageAgain, MergesANameThatHasTwoTokens) {
+    CParameterBlock block = ManyNames(4);
+    Saved(block);
+    block.parameters[3]->name = block.parameters[1]->name;
+    ExpectFaithfulImage(block);
+}
+
+TEST(SessionImageAgain, TellsLongNamesApartThatBeginAndEndAlike) {
+    CParameterBlock block;
+    block.AddParameter("beginning 1 ending", 1);
+    block.AddParameter("beginning 2 ending", 2);
+    Saved(block);
+    block.parameters[1]->token = block.parameters[0]->token;
+    ExpectFaithfulImage(block);
+}
+
+TEST(SessionImageAgain, SurvivesTokensThatWereNeverGiven) {
+    for (std::uint32_t token : {1u, 6u, 254u, 255u, 1000u, 5000u, 0xFFFFFFu, 0xFFFFFFFEu}) {
+        CParameterBlock block = Sample();
+        Saved(block);
+        block.parameters[4]->token = token;
+        ExpectFaithfulImage(block);
+        block.parameters[3]->token = token;
+        ExpectFaithfulImage(block);
+    }
+}
+
+TEST(SessionImageAgain, IsNotMadeOnceANameHoldsAZeroByte) {
+    CParameterBlock block = Sample();
+    Saved(block);
+    block.parameters[0]->name = std::string("a\0b", 3);
+    const std::uint32_t token = block.parameters[4]->token;
+    const CData data;
+    EXPECT_EQ(0u, block.SaveBinarySessionToMemory("XY", data.Ref()));
+    EXPECT_EQ(0u, data.Length());
+    EXPECT_EQ(token, block.parameters[4]->token);
+}
+
+TEST(SessionImageAgain, HoldsForALoadedTreeOfManyNames) {
+    CParameterBlock block = ManyNames(3000);
+    CParameterBlock loaded;
+    ASSERT_EQ(0, Loaded(loaded, Saved(block)));
+    ExpectFaithfulImage(loaded);
+    loaded.AddParameter("n2999", true);
+    ExpectFaithfulImage(loaded);
 }
 
 TEST(SessionImage, ReplacesWhatTheDataHeld) {

@@ -26,6 +26,13 @@ public:
         }
     }
 
+    /// A key that no name has.
+    static CNameKey OfNoName() {
+        CNameKey key;
+        key.m_nLength = ~std::uint32_t{0};
+        return key;
+    }
+
     std::string_view Text() const { return {m_pText, m_nLength}; }
 
     bool operator==(CNameKey const& other) const {

@@ -106,7 +106,8 @@ public:
     static constexpr bool namesAreKnown = false;
 
     explicit COldTokens(std::size_t usualNames) : m_nMostNames(usualNames) {
-        m_names.resize(codec::largestShortToken + 1);
+        m_names.resize(codec::largestShortToken + 1, unused);
+        m_names[0] = {CNameKey(std::string_view()), 0};
     }
 
     std::uint32_t operator()(CParameter const& parameter) {
@@ -148,13 +149,15 @@ private:
         if (token >= m_names.size()) {
             // Tokens may be anything: what they ask for stays in proportion to the tree.
             if (token > m_nMostNames) return wrongToken;
-            m_names.resize(std::min(m_nMostNames + 1, token * std::size_t{2}));
+            m_names.resize(std::min(m_nMostNames + 1, token * std::size_t{2}), unused);
         }
         if (m_names[token].nCount != 0) return wrongToken;
         m_names[token] = {CNameKey(text), 1};
         m_nHighest = std::max(m_nHighest, token);
         return token;
     }
+
+    static inline const CName unused{CNameKey::OfNoName(), 0};
 
     std::size_t m_nMostNames;
     std::uint32_t m_nHighest = 0;
