@@ -29,7 +29,7 @@ set(CPACK_TAVARIN_SOURCE_DIR "${PROJECT_SOURCE_DIR}")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libtavarin-link-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS
-    "tavarin-views, cmake, pkg-config, libgnustep-gui-dev, gobjc++")
+    "tavarin-views, cmake, make, pkg-config, libgnustep-gui-dev, gobjc++")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
     "client of the Tavarin Pro link, for developers
 Static libraries and headers with which audio plug-ins talk to the Tavarin
