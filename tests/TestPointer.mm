@@ -61,7 +61,7 @@ void CTestPointer::Release() {
 
 bool CTestPointer::Click(NSView* view) {
     std::vector<CStep> steps;
-    steps.emplace_back(CAfterLooks{0}, [this, view] { MoveTo(view); });
+    steps.emplace_back(CAfterLooks{0}, [=, this] { MoveTo(view); });
     steps.emplace_back(CAfterLooks{5}, [this] { Press(); });
     steps.emplace_back(CAfterLooks{5}, [this] { Release(); });
     steps.emplace_back(CAfterLooks{5}, [] {});

@@ -20,10 +20,10 @@ protected:
     bool Pick(NSPopUpButton* popup, int nEntry) {
         NSArray* known = VisibleWindows();
         std::vector<CStep> steps;
-        steps.emplace_back(CAfterLooks{0}, [this, popup] { m_pointer.MoveTo(popup); });
+        steps.emplace_back(CAfterLooks{0}, [=, this] { m_pointer.MoveTo(popup); });
         steps.emplace_back(CAfterLooks{5}, [this] { m_pointer.Press(); });
         steps.emplace_back([known] { return IsOpen(known); }, [] {});
-        steps.emplace_back(CAfterLooks{10}, [this, known, popup, nEntry] {
+        steps.emplace_back(CAfterLooks{10}, [=, this] {
             const NSRect menu = [[NewWindows(known) objectAtIndex:0] frame];
             const CGFloat height = menu.size.height / [popup numberOfItems];
             const CGFloat middle = NSMaxY(menu) - (nEntry + 0.5) * height;
