@@ -346,7 +346,7 @@ private:
             };
             strUpper +=
                 (n == 0 ? "M" : "L") + point(static_cast<double>(column.m_High) + 0.4 / dScale);
-            strLower = "L" + point(static_cast<double>(column.m_Low) - 0.4 / dScale) + strLower;
+            strLower.insert(0, "L" + point(static_cast<double>(column.m_Low) - 0.4 / dScale));
         }
         m_Svg.Element(
             "path",
