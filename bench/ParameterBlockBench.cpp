@@ -213,7 +213,7 @@ int main(int argc, char** argv) {
     mallopt(M_MMAP_THRESHOLD, 1 << 30);
     mallopt(M_TRIM_THRESHOLD, 1 << 30);
     const bool quick = argc > 1 && std::strcmp(argv[1], "--quick") == 0;
-    const int rounds = quick ? 3 : 9;
+    const int rounds = quick ? 3 : 7;
     std::vector<std::string> names;
     for (int i = 0; i < 100000; i += 1009) names.push_back("value" + std::to_string(i));
     Compare(0, {"Comps"}, rounds);

@@ -13,6 +13,7 @@
 #include "link/SharedSegments.h"
 #include "link/WordProtocol.h"
 #include "platform/NumberText.h"
+#include "platform/WordWait.h"
 
 namespace {
 
@@ -60,15 +61,16 @@ int DeliverRequest(CMessageSegment& segment, std::string const& request, int tim
     if (segment.IsClosed()) return kStatusClosed;
 
     segment.WriteRequest(request);
-    NotifyOne(&pRecord->requestCondition, &limit);
+    const bool fNotified = NotifyOne(&pRecord->requestCondition, &limit);
     if (limit.fReached) return kStatusTimeout;
     segment.SetPending();
+    if (fNotified) WakeWord(&pRecord->requestCondition.nCommand);
     if (segment.IsClosed()) return kStatusClosed;
     if (!segment.IsPending()) return kExchangeDone;
     const std::int64_t lDeadline = std::min(DeadlineFromTimeout(timeoutMs), limit.lTime);
     const bool fAnswered =
         WaitOnCondition(&pRecord->replyCondition, &pRecord->nExchangeMutex, lDeadline, kClientPace,
-                        &limit, &pRecord->requestCondition.nCommand);
+                        &limit);
     if (limit.fReached) exchangeMutex.Forget();
     return fAnswered && !limit.fReached ? kExchangeDone : kStatusTimeout;
 }

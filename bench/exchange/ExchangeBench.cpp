@@ -223,7 +223,7 @@ const CWork works[] = {
 }  // namespace
 
 int main(int argc, char** argv) {
-    int nScale = 5;
+    int nScale = 4;
     bool fFine = true;
     std::vector<std::string> wanted;
     for (int i = 1; i < argc; ++i)
