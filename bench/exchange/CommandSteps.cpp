@@ -8,6 +8,7 @@
 #include "link/MessageSegment.h"
 #include "link/TANClientInterProcess.h"
 #include "link/WordProtocol.h"
+#include "platform/WordWait.h"
 
 namespace {
 
@@ -29,10 +30,10 @@ std::array<double, std::size(steps) + 1> RunCommand() {
         const CWordLock exchange(&pRecord->nExchangeMutex, kNoDeadline);
         segment.WriteRequest(std::string(200, 'q'));
         times[2] = NowUs();
-        NotifyOne(&pRecord->requestCondition);
+        const bool fNotified = NotifyOne(&pRecord->requestCondition);
         segment.SetPending();
-        WaitOnCondition(&pRecord->replyCondition, &pRecord->nExchangeMutex, kNoDeadline,
-                        kClientPace, nullptr, &pRecord->requestCondition.nCommand);
+        if (fNotified) WakeWord(&pRecord->requestCondition.nCommand);
+        WaitOnCondition(&pRecord->replyCondition, &pRecord->nExchangeMutex, kNoDeadline);
         times[3] = NowUs();
         segment.ReadReply();
         segment.ReadError();
