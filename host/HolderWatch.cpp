@@ -34,12 +34,14 @@ const MappingThread* FindThread(std::vector<MappingThread> const& threads,
     return found == threads.end() ? nullptr : &*found;
 }
 
-// Whether a thread may be in the middle of a step without getting on with it.
+// Whether a thread may be in the middle of a step, not getting on with it at one of the looks.
 bool MayBeStuck(MappingThread const& thread, std::vector<MappingThread> const& before) {
     if (thread.nState == ThreadState::Halted) return true;
     const MappingThread* const pBefore = FindThread(before, thread);
-    return pBefore && thread.nState == ThreadState::Running &&
-           pBefore->nState == ThreadState::Running && pBefore->lTurns == thread.lTurns;
+    if (!pBefore) return false;
+    if (pBefore->nState == ThreadState::Halted) return true;
+    return thread.nState == ThreadState::Running && pBefore->nState == ThreadState::Running &&
+           pBefore->lTurns == thread.lTurns;
 }
 
 // Whether every process that maps the segment has been running all the time between two looks.
@@ -61,7 +63,7 @@ bool AreAllRunning(std::vector<MappingThread> const& before,
 }  // namespace
 
 bool CHolderWatch::IsSuspicious() noexcept {
-    if (__atomic_load_n(m_pRequestLock, __ATOMIC_SEQ_CST) == 0) {
+    if (__atomic_load_n(&m_pRecord->nRequestLock, __ATOMIC_SEQ_CST) == 0) {
         m_fStalled = false;
         return false;
     }
@@ -80,15 +82,28 @@ Holder CHolderWatch::Judge() {
 
     const std::optional<std::vector<MappingThread>> threads = ThreadsThatMap(m_nDescriptor);
     if (!threads) return Holder::Halted;
+    // Read last: a holder that woke up while the threads were counted has moved them.
+    const Words words = ReadWords();
     Holder verdict = Holder::Fine;
     if (m_fLooked) {
         // Somebody is there: a holder that cannot be seen from here might be.
         const bool fSeen =
             !threads->empty() || CExclusiveUse(m_nDescriptor).Others() != OtherUsers::Some;
         verdict = fSeen && AreAllRunning(m_firstLook, *threads) ? Holder::Gone : Holder::Halted;
+        if (words != m_firstWords) verdict = Holder::Fine;
     }
     m_firstLook = *threads;
+    m_firstWords = words;
     m_fLooked = true;
     m_lookedAt = now;
     return verdict;
+}
+
+CHolderWatch::Words CHolderWatch::ReadWords() const noexcept {
+    Words words;
+    const auto* const pWords = reinterpret_cast<const std::uint32_t*>(m_pRecord);
+    for (std::size_t nWord = 0; nWord < words.size(); ++nWord) {
+        words[nWord] = __atomic_load_n(pWords + nWord, __ATOMIC_SEQ_CST);
+    }
+    return words;
 }

@@ -51,7 +51,7 @@ bool CopyText(std::string const& text, char* pTarget, std::size_t nTargetSize) n
 CMessageChannel::CMessageChannel(int nId, SegmentName name, Handler handler)
     : m_handler(std::move(handler)),
       m_segment(nId, name),
-      m_watch(m_segment.Descriptor(), &Record()->nRequestLock),
+      m_watch(m_segment.Descriptor(), Record()),
       m_thread([this] { Serve(); }) {}
 
 CMessageChannel::~CMessageChannel() {
