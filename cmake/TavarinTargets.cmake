@@ -28,12 +28,13 @@ function(tavarin_define_version program)
     target_compile_definitions(${program} PRIVATE TAVARIN_VERSION="${PROJECT_VERSION}")
 endfunction()
 
-# tavarin_add_test(<name> [SLOW] [SHARED_MEMORY | APPKIT] [LIBS <target>...] [SOURCES <file>...]): builds
-# <name>.cpp, or <name>.mm where there is one, and registers every test in it. SHARED_MEMORY tests use
-# the link's fixed segment names and therefore never run beside each other. APPKIT tests use AppKit
-# and keep away from the user's defaults. SLOW tests, which take seconds, are not part of the daily loop.
+# tavarin_add_test(<name> [SLOW] [SHARED_MEMORY | APPKIT] [LIBS <target>...] [SOURCES <file>...]
+# [ENVIRONMENT <variable>=<value>]): builds <name>.cpp, or <name>.mm where there is one, and registers
+# every test in it. SHARED_MEMORY tests use the link's fixed segment names and therefore never run
+# beside each other. APPKIT tests use AppKit and keep away from the user's defaults. SLOW tests, which
+# take seconds, are not part of the daily loop.
 function(tavarin_add_test name)
-    cmake_parse_arguments(ARG "SLOW;SHARED_MEMORY;APPKIT" "" "LIBS;SOURCES" ${ARGN})
+    cmake_parse_arguments(ARG "SLOW;SHARED_MEMORY;APPKIT" "ENVIRONMENT" "LIBS;SOURCES" ${ARGN})
     set(source ${name}.cpp)
     if(EXISTS "${CMAKE_CURRENT_SOURCE_DIR}/${name}.mm")
         set(source ${name}.mm)
@@ -50,6 +51,9 @@ function(tavarin_add_test name)
     else()
         target_link_libraries(${name} PRIVATE GTest::gtest_main)
         set(properties PROPERTIES TIMEOUT 120)
+    endif()
+    if(ARG_ENVIRONMENT)
+        list(APPEND properties ENVIRONMENT "${ARG_ENVIRONMENT}")
     endif()
     if(ARG_SLOW)
         list(APPEND properties LABELS slow)
