@@ -68,8 +68,9 @@ int DeliverRequest(CMessageSegment& segment, std::string const& request, int tim
     if (segment.IsClosed()) return kStatusClosed;
     if (!segment.IsPending()) return kExchangeDone;
     const std::int64_t lDeadline = std::min(DeadlineFromTimeout(timeoutMs), limit.lTime);
-    const bool fAnswered = WaitOnCondition(&pRecord->replyCondition, &pRecord->nExchangeMutex,
-                                           lDeadline, kClientPace, &limit);
+    const bool fAnswered =
+        WaitOnCondition(&pRecord->replyCondition, &pRecord->nExchangeMutex, lDeadline, kClientPace,
+                        &limit);
     if (limit.fReached) exchangeMutex.Forget();
     return fAnswered && !limit.fReached ? kExchangeDone : kStatusTimeout;
 }

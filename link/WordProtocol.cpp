@@ -4,10 +4,19 @@
 #include <unistd.h>
 
 #include "link/WaitPacer.h"
+#include "platform/WordWait.h"
 
 namespace {
 
 constexpr useconds_t kPollingPeriodUs = 2000;
+
+// A mutex is freed without a hint, and soon: its waiter looks again after short sleeps.
+constexpr int kEagerSpinUs = 20;
+constexpr int kEagerSleepUs = 200;
+
+// What this thread has learnt from its waits for commands, and from those for a mutex.
+thread_local CSpinHabit commandHabit;
+thread_local CSpinHabit mutexHabit;
 
 std::uint32_t ReadWord(const std::uint32_t* pWord) noexcept {
     return __atomic_load_n(pWord, __ATOMIC_SEQ_CST);
@@ -90,7 +99,7 @@ bool LeaveOnTimeout(ConditionWords* pCondition) noexcept {
 // beyond the limit is not waited for.
 bool AwaitCommand(ConditionWords* pCondition, std::int64_t lDeadline, WaitPace const& pace,
                   std::int64_t lLimit) noexcept {
-    CWaitPacer pacer(&pCondition->nCommand, pace.nSpinCount, pace.nLongestSleepUs);
+    CWaitPacer pacer(&pCondition->nCommand, pace.nSpinUs, pace.nLongestSleepUs, commandHabit);
     for (;;) {
         if (ReadWord(&pCondition->nCommand) != kCommandSleep) {
             if (TakeCommand(pCondition)) return true;
@@ -123,7 +132,7 @@ bool AcquireWord(std::uint32_t* pWord, std::int64_t lDeadline) noexcept {
 }
 
 bool AcquireWordEagerly(std::uint32_t* pWord, std::int64_t lDeadline) noexcept {
-    CWaitPacer pacer(pWord, kHostPace.nSpinCount, kHostPace.nLongestSleepUs);
+    CWaitPacer pacer(pWord, kEagerSpinUs, kEagerSleepUs, mutexHabit);
     while (!TryAcquireWord(pWord)) {
         if (HasPassed(lDeadline)) return false;
         pacer.Pause(1, kNoDeadline);
@@ -147,9 +156,11 @@ bool NotifyOneAndRelease(ConditionWords* pCondition, std::uint32_t* pMutex,
 }
 
 bool WaitOnCondition(ConditionWords* pCondition, std::uint32_t* pMutex, std::int64_t lDeadline,
-                     WaitPace const& pace, WaitLimit* pLimit) noexcept {
-    if (HasPassed(lDeadline)) return false;
-    if (!EnterAsWaiter(pCondition, pMutex, lDeadline)) return false;
+                     WaitPace const& pace, WaitLimit* pLimit,
+                     const std::uint32_t* pWordToWake) noexcept {
+    const bool fWaiting = !HasPassed(lDeadline) && EnterAsWaiter(pCondition, pMutex, lDeadline);
+    if (pWordToWake != nullptr) WakeWord(pWordToWake);
+    if (!fWaiting) return false;
     const bool fNotified = AwaitCommand(pCondition, lDeadline, pace, TimeOf(pLimit));
     const bool fMutexHeld = pace.fEagerMutex ? AcquireWordEagerly(pMutex, TimeOf(pLimit))
                                              : AcquireWord(pMutex, TimeOf(pLimit));

@@ -51,16 +51,15 @@ bool NotifyOneAndRelease(ConditionWords* pCondition, std::uint32_t* pMutex,
 /// How a waiter spends its time between two looks at the command word, and how it takes the mutex
 /// back. The other side sees nothing of it.
 struct WaitPace {
-    int nSpinCount;       ///< looks that are spent spinning before the first sleep
+    int nSpinUs;          ///< how long it spins before the first sleep, where that pays
     int nLongestSleepUs;  ///< longest sleep between two looks, in microseconds
     bool fEagerMutex;     ///< take the mutex back eagerly instead of every 2 milliseconds
 };
 
 /// The pace of a client that waits for its reply.
-inline constexpr WaitPace kClientPace{1000, 1000, false};
-
+inline constexpr WaitPace kClientPace{120, 1000, false};
 /// The pace of a host that waits for requests, for minutes or for microseconds.
-inline constexpr WaitPace kHostPace{2000, 5000, true};
+inline constexpr WaitPace kHostPace{60, 10'000, true};
 
 /// Waits on a condition with `*pMutex` held: frees the mutex while waiting and holds it again on
 /// return, however long that takes. True when notified, false when the deadline came first. When a
@@ -68,8 +67,12 @@ inline constexpr WaitPace kHostPace{2000, 5000, true};
 ///
 /// The waiter polls the command word, spinning at first and then sleeping on the word in growing
 /// steps, so that a long wait costs next to nothing.
+///
+/// With `pWordToWake`, whoever sleeps on that word is woken once the mutex is free: one that wakes
+/// on this core and needs the mutex then finds it so.
 bool WaitOnCondition(ConditionWords* pCondition, std::uint32_t* pMutex, std::int64_t lDeadline,
-                     WaitPace const& pace = kClientPace, WaitLimit* pLimit = nullptr) noexcept;
+                     WaitPace const& pace = kClientPace, WaitLimit* pLimit = nullptr,
+                     const std::uint32_t* pWordToWake = nullptr) noexcept;
 
 /// Holds a lock word for a scope.
 class CWordLock {

@@ -8,7 +8,6 @@
 #include "link/MessageSegment.h"
 #include "link/TANClientInterProcess.h"
 #include "link/WordProtocol.h"
-#include "platform/WordWait.h"
 
 namespace {
 
@@ -30,10 +29,10 @@ std::array<double, std::size(steps) + 1> RunCommand() {
         const CWordLock exchange(&pRecord->nExchangeMutex, kNoDeadline);
         segment.WriteRequest(std::string(200, 'q'));
         times[2] = NowUs();
-        const bool fNotified = NotifyOne(&pRecord->requestCondition);
+        NotifyOne(&pRecord->requestCondition);
         segment.SetPending();
-        if (fNotified) WakeWord(&pRecord->requestCondition.nCommand);
-        WaitOnCondition(&pRecord->replyCondition, &pRecord->nExchangeMutex, kNoDeadline);
+        WaitOnCondition(&pRecord->replyCondition, &pRecord->nExchangeMutex, kNoDeadline,
+                        kClientPace, nullptr, &pRecord->requestCondition.nCommand);
         times[3] = NowUs();
         segment.ReadReply();
         segment.ReadError();
