@@ -17,11 +17,12 @@
 namespace {
 
 const CPeerKind link{"link", MakeLinkPeer};
+const CPeerKind floorKind{"floor", MakeFloorPeer};
 const CPeerKind socketKept{"Unix socket", MakeSocketPeer};
 
 const CPeerKind everyKind[] = {
     link,
-    {"floor", MakeFloorPeer},
+    floorKind,
     socketKept,
     {"Unix socket per call", MakeSocketPerCallPeer},
     {"POSIX message queue", MakePosixQueuePeer},
@@ -39,6 +40,8 @@ const CPeerKind everyKind[] = {
 };
 
 const CPeerKind linkAndSocket[] = {link, socketKept};
+const CPeerKind forManyClients[] = {
+    link, floorKind, {"floor, locks every 2 ms", MakePacedFloorPeer}, socketKept};
 
 struct CContender {
     const char* szName;
@@ -172,7 +175,7 @@ std::vector<double> CountCalls(CExchangePeer& peer, double dUs) {
 
 void MeasureManyClients(std::string const& work, int nRounds) {
     constexpr double kRoundUs = 500'000;
-    std::vector<CContender> contenders = Start(linkAndSocket, {EPlacement::Free, 0, kClients});
+    std::vector<CContender> contenders = Start(forManyClients, {EPlacement::Free, 0, kClients});
     std::vector<CSamples> shares(contenders.size());
     for (int nRound = 0; nRound < nRounds; ++nRound)
         for (std::size_t i = 0; i < contenders.size(); ++i) {
