@@ -40,6 +40,7 @@ const CPeerKind everyKind[] = {
 };
 
 const CPeerKind linkAndSocket[] = {link, socketKept};
+const CPeerKind linkFloorAndSocket[] = {link, floorKind, socketKept};
 const CPeerKind forManyClients[] = {
     link, floorKind, {"floor, locks every 2 ms", MakePacedFloorPeer}, socketKept};
 
@@ -86,7 +87,7 @@ void MeasureWarm(std::string const& work, std::span<CPeerKind const> kinds, EPla
 void MeasureAfterIdleness(std::string const& work, EPlacement placement, int nRounds) {
     std::mt19937 random(1);
     std::uniform_real_distribution<double> pause(40'000, 60'000);
-    std::vector<CContender> contenders = Start(linkAndSocket, {placement});
+    std::vector<CContender> contenders = Start(linkFloorAndSocket, {placement});
     for (int nRound = 0; nRound < nRounds; ++nRound)
         for (CContender& contender : contenders) {
             SleepUs(pause(random));
