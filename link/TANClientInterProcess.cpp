@@ -13,7 +13,6 @@
 #include "link/SharedSegments.h"
 #include "link/WordProtocol.h"
 #include "platform/NumberText.h"
-#include "platform/WordWait.h"
 
 namespace {
 
@@ -64,13 +63,12 @@ int DeliverRequest(CMessageSegment& segment, std::string const& request, int tim
     const bool fNotified = NotifyOne(&pRecord->requestCondition, &limit);
     if (limit.fReached) return kStatusTimeout;
     segment.SetPending();
-    if (fNotified) WakeWord(&pRecord->requestCondition.nCommand);
     if (segment.IsClosed()) return kStatusClosed;
     if (!segment.IsPending()) return kExchangeDone;
     const std::int64_t lDeadline = std::min(DeadlineFromTimeout(timeoutMs), limit.lTime);
     const bool fAnswered =
         WaitOnCondition(&pRecord->replyCondition, &pRecord->nExchangeMutex, lDeadline, kClientPace,
-                        &limit);
+                        &limit, fNotified ? &pRecord->requestCondition.nCommand : nullptr);
     if (limit.fReached) exchangeMutex.Forget();
     return fAnswered && !limit.fReached ? kExchangeDone : kStatusTimeout;
 }

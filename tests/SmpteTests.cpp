@@ -4,7 +4,9 @@
 
 #include <cmath>
 #include <limits>
+#include <random>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -102,6 +104,43 @@ TEST(NonDropTimeCode, KnowsTheEndsOfThe2997Family) {
     // 29.9691 rounds up into the family.
     EXPECT_EQ("00:00:00:28.00", TimeCode(48000, 29.9691, false, 48047));
     EXPECT_EQ("00:00:01:00.00", TimeCode(48000, 29.9991, false, 48047));
+}
+
+// The formula, for positions and rates with which nothing leaves the range of 64 bits.
+std::string NonDropFormula(double sampleRate, double frameRate, double samples) {
+    double position = std::trunc(samples);
+    const double rateCode = std::ceil(1000.0 * frameRate);
+    if (rateCode >= 29970.0 && rateCode <= 29999.0)
+        position = std::trunc(position * 1000.0 / 1001.0);
+    const double seconds = std::trunc(position / sampleRate);
+    const auto inSecond = static_cast<std::int64_t>(std::trunc(position - seconds * sampleRate));
+    const auto scaled =
+        static_cast<std::uint64_t>(std::trunc(frameRate)) * static_cast<std::uint64_t>(inSecond);
+    const double frames = std::trunc(static_cast<double>(scaled) / sampleRate);
+    const auto wholeSeconds = static_cast<std::int64_t>(seconds);
+    const auto low16 = [](std::int64_t n) { return static_cast<std::int16_t>(n); };
+    return Text({low16(wholeSeconds / 3600), low16(wholeSeconds % 3600 / 60),
+                 low16(wholeSeconds % 60), low16(static_cast<std::int64_t>(frames)), 0});
+}
+
+TEST(NonDropTimeCode, FollowsTheFormulaOnBothSidesOfEveryLimit) {
+    std::vector<double> positions{0,       0.5,     1,          47999.999,       48000,
+                                  1e9 + 1, 0x1p31,  0x1p52 - 1, 0x1p52,          0x1p52 + 2,
+                                  0x1p53,  86400e3, 123456789,  48000.0 * 86399, 48048.0 * 3600};
+    std::mt19937_64 random(1);
+    for (int i = 0; i < 500; ++i)
+        positions.push_back(static_cast<double>(random() >> (i % 50 + 12)));
+    for (const double sampleRate :
+         {3.9, 4.0, 8000.0, 44100.0, 47952.047952, 48000.0, 192000.0, 0x1p31 - 1, 0x1p31}) {
+        for (const double frameRate : {0.0, 0.5, 23.976, 24.0, 25.0, 29.969, 29.9691, ntsc, 29.999,
+                                       29.9991, 30.0, 59.94, 0x1p31 - 1}) {
+            for (const double position : positions) {
+                ASSERT_EQ(NonDropFormula(sampleRate, frameRate, position),
+                          TimeCode(sampleRate, frameRate, false, position))
+                    << sampleRate << " " << frameRate << " " << position;
+            }
+        }
+    }
 }
 
 TEST(NonDropTimeCode, IgnoresSubFrames) {

@@ -52,15 +52,37 @@ std::int64_t RateCode(double dFrameRate) {
     return static_cast<double>(whole) < thousandfold ? whole + 1 : whole;
 }
 
-bool IsNtscFamily(std::int64_t rateCode) {
-    return rateCode >= 29970 && rateCode <= 29999;
+// Whether the rate code is between 29970 and 29999, without rounding anything up.
+bool IsNtscFamily(double dFrameRate) {
+    const double thousandfold = 1000.0 * dFrameRate;
+    return thousandfold > 29969.0 && thousandfold <= 29999.0;
 }
+
+// What every position and rate of real audio is: then no conversion below leaves its range, and
+// none has to be guarded.
+bool IsOrdinary(double dSampleRate, double dFrameRate, double dSamples) {
+    return dSamples >= 0.0 && dSamples < 0x1p52 && dSampleRate >= 4.0 && dSampleRate < 0x1p31 &&
+           dFrameRate >= 0.0 && dFrameRate < 0x1p31;
+}
+
+struct CGuardedConversion {
+    static std::uint64_t Whole(double d) { return ToUInt64(d); }
+    static std::int32_t Rate(double d) { return ToInt32(d); }
+};
+
+struct CPlainConversion {
+    static std::uint64_t Whole(double d) {
+        return static_cast<std::uint64_t>(static_cast<std::int64_t>(d));
+    }
+    static std::int32_t Rate(double d) { return static_cast<std::int32_t>(d); }
+};
 
 double JoinHalves(std::uint64_t low, std::int64_t high) {
     return static_cast<double>(low) + static_cast<double>(high) * twoTo64;
 }
 
-SMPTETimeCode DropFrameTimeCode(double dSampleRate, bool ntsc, std::uint64_t position) {
+void PutDropFrameTimeCode(double dSampleRate, bool ntsc, std::uint64_t position,
+                          SMPTETimeCode& code) {
     const double samplesPerFrame = dSampleRate / (ntsc ? ntscFrameRate : 30.0);
     const std::int64_t frames =
         ToInt64(static_cast<double>(static_cast<std::int64_t>(position)) / samplesPerFrame);
@@ -74,20 +96,27 @@ SMPTETimeCode DropFrameTimeCode(double dSampleRate, bool ntsc, std::uint64_t pos
         minute = 9;
         inMinute = std::min<std::int64_t>(inTen - 9 * dropFramesPerMinute, 1800);
     }
-    return {Low16(frames / dropFramesPerHour), Low16(tens % 6 * 10 + minute),
-            Low16(inMinute / nominalFramesPerSecond), Low16(inMinute % nominalFramesPerSecond), 0};
+    code.nHours = Low16(frames / dropFramesPerHour);
+    code.nMinutes = Low16(tens % 6 * 10 + minute);
+    code.nSeconds = Low16(inMinute / nominalFramesPerSecond);
+    code.nFrames = Low16(inMinute % nominalFramesPerSecond);
+    code.nSubFrames = 0;
 }
 
-SMPTETimeCode NonDropTimeCode(double dSampleRate, double dFrameRate, bool ntsc,
-                              std::uint64_t position) {
-    if (ntsc) position = ToUInt64(static_cast<double>(position) * 1000.0 / 1001.0);
-    const std::uint64_t seconds = ToUInt64(static_cast<double>(position) / dSampleRate);
-    const std::uint64_t inSecond =
-        ToUInt64(static_cast<double>(position) - static_cast<double>(seconds) * dSampleRate);
-    const auto wholeRate = static_cast<std::uint64_t>(std::int64_t{ToInt32(dFrameRate)});
+template <typename CConversion>
+void PutNonDropTimeCode(double dSampleRate, double dFrameRate, bool ntsc, std::uint64_t position,
+                        SMPTETimeCode& code) {
+    if (ntsc) position = CConversion::Whole(static_cast<double>(position) * 1000.0 / 1001.0);
+    const std::uint64_t seconds = CConversion::Whole(static_cast<double>(position) / dSampleRate);
+    const std::uint64_t inSecond = CConversion::Whole(static_cast<double>(position) -
+                                                      static_cast<double>(seconds) * dSampleRate);
+    const auto wholeRate = static_cast<std::uint64_t>(std::int64_t{CConversion::Rate(dFrameRate)});
     const double frames = static_cast<double>(wholeRate * inSecond) / dSampleRate;
-    return {Low16(seconds / 3600), Low16(seconds % 3600 / 60), Low16(seconds % 3600 % 60),
-            Low16(ToUInt64(frames)), 0};
+    code.nHours = Low16(seconds / 3600);
+    code.nMinutes = Low16(seconds % 3600 / 60);
+    code.nSeconds = Low16(seconds % 3600 % 60);
+    code.nFrames = Low16(CConversion::Whole(frames));
+    code.nSubFrames = 0;
 }
 
 }  // namespace
@@ -109,10 +138,16 @@ double PTFramesToSamples(double dSampleRate, double dFrameRate, std::int64_t nFr
 
 bool SampleToSMPTE(double dSampleRate, double dFrameRate, unsigned char fDropFrame, unsigned char,
                    double dSamples, SMPTETimeCode* pTimeCode) {
-    const std::uint64_t position = ToUInt64(dSamples);
-    const bool ntsc = IsNtscFamily(RateCode(dFrameRate));
-    *pTimeCode = fDropFrame != 0 ? DropFrameTimeCode(dSampleRate, ntsc, position)
-                                 : NonDropTimeCode(dSampleRate, dFrameRate, ntsc, position);
+    const bool ntsc = IsNtscFamily(dFrameRate);
+    if (fDropFrame != 0) {
+        PutDropFrameTimeCode(dSampleRate, ntsc, ToUInt64(dSamples), *pTimeCode);
+    } else if (IsOrdinary(dSampleRate, dFrameRate, dSamples)) {
+        PutNonDropTimeCode<CPlainConversion>(dSampleRate, dFrameRate, ntsc,
+                                             CPlainConversion::Whole(dSamples), *pTimeCode);
+    } else {
+        PutNonDropTimeCode<CGuardedConversion>(dSampleRate, dFrameRate, ntsc, ToUInt64(dSamples),
+                                               *pTimeCode);
+    }
     return true;
 }
 
@@ -128,8 +163,7 @@ double SMPTEToSamples(double dSampleRate, double dFrameRate, unsigned char fDrop
         pTimeCode->nSubFrames > 99)
         return 0.0;
 
-    const std::int64_t rateCode = RateCode(dFrameRate);
-    const bool ntsc = IsNtscFamily(rateCode);
+    const bool ntsc = IsNtscFamily(dFrameRate);
     const double framesPerSecond = ntsc ? 30.0 : dFrameRate;
     const std::int32_t minutes = pTimeCode->nHours * 60 + pTimeCode->nMinutes;
     const auto unsignedMinutes = static_cast<std::uint32_t>(minutes);
@@ -139,5 +173,6 @@ double SMPTEToSamples(double dSampleRate, double dFrameRate, unsigned char fDrop
     double frames =
         pTimeCode->nFrames + (framesPerSecond * (minutes * 60 + pTimeCode->nSeconds) - dropped);
     if (fUseSubFrames != 0) frames += pTimeCode->nSubFrames / 100;
-    return frames * dSampleRate / (ntsc ? ntscFrameRate : static_cast<double>(rateCode) / 1000.0);
+    return frames * dSampleRate /
+           (ntsc ? ntscFrameRate : static_cast<double>(RateCode(dFrameRate)) / 1000.0);
 }

@@ -17,11 +17,12 @@
 namespace {
 
 const CPeerKind link{"link", MakeLinkPeer};
+const CPeerKind floorKind{"floor", MakeFloorPeer};
 const CPeerKind socketKept{"Unix socket", MakeSocketPeer};
 
 const CPeerKind everyKind[] = {
     link,
-    {"floor", MakeFloorPeer},
+    floorKind,
     socketKept,
     {"Unix socket per call", MakeSocketPerCallPeer},
     {"POSIX message queue", MakePosixQueuePeer},
@@ -39,6 +40,9 @@ const CPeerKind everyKind[] = {
 };
 
 const CPeerKind linkAndSocket[] = {link, socketKept};
+const CPeerKind linkFloorAndSocket[] = {link, floorKind, socketKept};
+const CPeerKind forManyClients[] = {
+    link, floorKind, {"floor, locks every 2 ms", MakePacedFloorPeer}, socketKept};
 
 struct CContender {
     const char* szName;
@@ -83,7 +87,7 @@ void MeasureWarm(std::string const& work, std::span<CPeerKind const> kinds, EPla
 void MeasureAfterIdleness(std::string const& work, EPlacement placement, int nRounds) {
     std::mt19937 random(1);
     std::uniform_real_distribution<double> pause(40'000, 60'000);
-    std::vector<CContender> contenders = Start(linkAndSocket, {placement});
+    std::vector<CContender> contenders = Start(linkFloorAndSocket, {placement});
     for (int nRound = 0; nRound < nRounds; ++nRound)
         for (CContender& contender : contenders) {
             SleepUs(pause(random));
@@ -172,7 +176,7 @@ std::vector<double> CountCalls(CExchangePeer& peer, double dUs) {
 
 void MeasureManyClients(std::string const& work, int nRounds) {
     constexpr double kRoundUs = 500'000;
-    std::vector<CContender> contenders = Start(linkAndSocket, {EPlacement::Free, 0, kClients});
+    std::vector<CContender> contenders = Start(forManyClients, {EPlacement::Free, 0, kClients});
     std::vector<CSamples> shares(contenders.size());
     for (int nRound = 0; nRound < nRounds; ++nRound)
         for (std::size_t i = 0; i < contenders.size(); ++i) {

@@ -37,6 +37,7 @@ struct CPeerKind {
 
 std::unique_ptr<CExchangePeer> MakeLinkPeer(CServerManner const& manner);
 std::unique_ptr<CExchangePeer> MakeFloorPeer(CServerManner const& manner);
+std::unique_ptr<CExchangePeer> MakePacedFloorPeer(CServerManner const& manner);
 std::unique_ptr<CExchangePeer> MakeSocketPeer(CServerManner const& manner);
 std::unique_ptr<CExchangePeer> MakeSocketPerCallPeer(CServerManner const& manner);
 std::unique_ptr<CExchangePeer> MakePosixQueuePeer(CServerManner const& manner);

@@ -14,8 +14,20 @@
 
 namespace {
 
-constexpr char szDirectory[] = "/tavarin_bench_directory";
-constexpr char szMessage[] = "/tavarin_bench_message";
+// What the client does for a lock word that it shares with other clients: it looks as often as it
+// can or, as the protocol says, every 2 milliseconds.
+enum class ELocking { Eager, Paced };
+
+struct CSegmentNames {
+    const char* szDirectory;
+    const char* szMessage;
+};
+
+constexpr CSegmentNames NamesFor(ELocking locking) {
+    if (locking == ELocking::Eager) return {"/tavarin_bench_directory", "/tavarin_bench_message"};
+    return {"/tavarin_bench_directory_paced", "/tavarin_bench_message_paced"};
+}
+
 constexpr int kLooksBeforeSleep = 20'000;
 constexpr int kLooksBeforeYield = 200;
 
@@ -67,6 +79,11 @@ void AwaitSwap(std::uint32_t* pWord, std::uint32_t nFrom, std::uint32_t nTo,
     }
 }
 
+void Lock(std::uint32_t* pWord, ELocking locking) {
+    if (locking == ELocking::Eager) return AwaitSwap(pWord, 0, 1);
+    while (!Swap(pWord, 0, 1)) SleepUs(2000);
+}
+
 void Notify(ConditionWords& condition, std::uint32_t* pMutex, std::uint32_t* pSleepers) {
     AwaitSwap(&condition.nEnterLock, 0, 1);
     const bool fWaiter = __atomic_load_n(&condition.nWaiterCount, __ATOMIC_SEQ_CST) > 0;
@@ -91,9 +108,9 @@ void Wait(ConditionWords& condition, std::uint32_t* pMutex, std::uint32_t* pSlee
     AwaitSwap(pMutex, 0, 1);
 }
 
-[[noreturn]] void RunHost(CServerManner const& manner) {
+[[noreturn]] void RunHost(CServerManner const& manner, CSegmentNames const& names) {
     PlaceServer(manner.placement);
-    const CMapping mapping(szMessage);
+    const CMapping mapping(names.szMessage);
     auto& record = *reinterpret_cast<MessageRecord*>(mapping.pBytes);
     char request[MessageLayout::kRequestCapacity];
     AwaitSwap(&record.nExchangeMutex, 0, 1);
@@ -114,15 +131,17 @@ void Wait(ConditionWords& condition, std::uint32_t* pMutex, std::uint32_t* pSlee
 
 class CFloorPeer : public CExchangePeer {
 public:
-    explicit CFloorPeer(CServerManner const& manner)
-        : m_segments(), m_host([&] { RunHost(manner); }) {}
+    CFloorPeer(CServerManner const& manner, ELocking locking)
+        : m_locking(locking),
+          m_segments(NamesFor(locking)),
+          m_host([&] { RunHost(manner, m_segments.Names()); }) {}
 
     void Call() override {
         int id = 0;
         {
-            const CMapping mapping(szDirectory);
+            const CMapping mapping(m_segments.Names().szDirectory);
             auto& directory = *reinterpret_cast<DirectoryRecord*>(mapping.pBytes);
-            AwaitSwap(&directory.nLock, 0, 1);
+            Lock(&directory.nLock, m_locking);
             timespec now{};
             clock_gettime(CLOCK_REALTIME, &now);
             if (now.tv_sec > directory.lHeartbeat) id = directory.nCurrentHost;
@@ -130,11 +149,11 @@ public:
         }
         Check(id == 1, "the floor has no host");
 
-        const CMapping mapping(szMessage);
+        const CMapping mapping(m_segments.Names().szMessage);
         auto& record = *reinterpret_cast<MessageRecord*>(mapping.pBytes);
         char* const pBuffer = mapping.pBytes + MessageLayout::kBufferOffset;
-        AwaitSwap(&record.nRequestLock, 0, 1);
-        AwaitSwap(&record.nExchangeMutex, 0, 1);
+        Lock(&record.nRequestLock, m_locking);
+        Lock(&record.nExchangeMutex, m_locking);
         std::memset(pBuffer, 'q', kRequestSize);
         std::memset(pBuffer + kRequestSize, 0, MessageLayout::kRequestCapacity - kRequestSize);
         Notify(record.requestCondition, nullptr, &record.nReserved0);
@@ -148,19 +167,28 @@ public:
     }
 
 private:
-    struct CSegments {
-        CSegments() {
-            Create(szDirectory, sizeof(DirectoryRecord));
-            Create(szMessage, MessageLayout::kSegmentSize);
-            const CMapping mapping(szDirectory);
+    class CSegments {
+    public:
+        explicit CSegments(CSegmentNames const& names) : m_names(names) {
+            Create(names.szDirectory, sizeof(DirectoryRecord));
+            Create(names.szMessage, MessageLayout::kSegmentSize);
+            const CMapping mapping(names.szDirectory);
             reinterpret_cast<DirectoryRecord*>(mapping.pBytes)->nCurrentHost = 1;
         }
         ~CSegments() {
-            shm_unlink(szDirectory);
-            shm_unlink(szMessage);
+            shm_unlink(m_names.szDirectory);
+            shm_unlink(m_names.szMessage);
         }
+        CSegments(CSegments const&) = delete;
+        CSegments& operator=(CSegments const&) = delete;
+
+        CSegmentNames const& Names() const { return m_names; }
+
+    private:
+        const CSegmentNames m_names;
     };
 
+    const ELocking m_locking;
     CSegments m_segments;
     CChild m_host;
     std::string m_strReply;
@@ -169,5 +197,9 @@ private:
 }  // namespace
 
 std::unique_ptr<CExchangePeer> MakeFloorPeer(CServerManner const& manner) {
-    return std::make_unique<CFloorPeer>(manner);
+    return std::make_unique<CFloorPeer>(manner, ELocking::Eager);
+}
+
+std::unique_ptr<CExchangePeer> MakePacedFloorPeer(CServerManner const& manner) {
+    return std::make_unique<CFloorPeer>(manner, ELocking::Paced);
 }
