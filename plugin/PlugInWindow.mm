@@ -87,7 +87,7 @@ NSString* StatusText(CPlugInAccess const& plugIn) {
             initWithFrame:frame] autorelease];
         [control setCell:[[[bundle.ClassNamed(@"QXButtonCell") alloc] init] autorelease]];
         [control setTitle:button.title];
-        [control setButtonType:NSPushOnPushOffButton];
+        [control setButtonType:NSToggleButton];
         [control setImagePosition:NSImageLeft];
         [control setAlignment:NSLeftTextAlignment];
         [control setFont:[NSFont boldSystemFontOfSize:kTextSize]];
