@@ -10,6 +10,7 @@
 #include "tools/BlockJson.h"
 #include "tools/BlockText.h"
 #include "tools/InputOutput.h"
+#include "tools/ToolFailure.h"
 
 namespace {
 
@@ -49,7 +50,7 @@ void Dump(CDumpOptions const& options) {
         const std::string id =
             options.form.fBare ? "" : IdentifierOf(options.form, image, options.strFile);
         if (!WriteByteMap(std::cout, image, options.form.fBare ? nullptr : &id))
-            Fail(exitNegative, Quoted(options.strFile) + " is not one whole image");
+            throw CToolFailure(exitNegative, Quoted(options.strFile) + " is not one whole image");
         return;
     }
     CBlockDocument document;
@@ -58,29 +59,35 @@ void Dump(CDumpOptions const& options) {
         WriteJson(std::cout, document);
     else
         WriteTree(std::cout, document);
-    if (!fault.empty()) Fail(exitNegative, Quoted(options.strFile) + ": " + fault);
+    if (!fault.empty()) throw CToolFailure(exitNegative, Quoted(options.strFile) + ": " + fault);
 }
 
 void Pack(CPackOptions const& options) {
+    const std::string text = ReadInput(options.strFile);
     CBlockDocument document;
-    const std::string fault = ReadJson(ReadInput(options.strFile), document);
+    const std::string fault = ReadJson(text, document);
     if (!fault.empty())
-        Fail(exitNegative,
-             Quoted(options.strFile) +
-                 " is not a block in JSON as `tavarin block dump --json` writes it: " + fault);
+        throw CToolFailure(
+            exitNegative,
+            Quoted(options.strFile) +
+                " is not a block in JSON as `tavarin block dump --json` writes it: " + fault);
     WriteOutput(options.strOutput, MakeImage(document));
 }
 
-void LoadWhole(CBlockForm const& form, std::string const& path, CBlockDocument& document) {
-    const std::string fault = LoadImage(form, ReadInput(path), path, document);
+void LoadWhole(CBlockForm const& form, std::string const& image, std::string const& path,
+               CBlockDocument& document) {
+    const std::string fault = LoadImage(form, image, path, document);
     if (!fault.empty())
-        Fail(exitTrouble, Quoted(path) + ": " + fault + "; `tavarin block dump` shows it");
+        throw CToolFailure(exitTrouble,
+                           Quoted(path) + ": " + fault + "; `tavarin block dump` shows it");
 }
 
 void Diff(CDiffOptions const& options) {
+    const std::string firstImage = ReadInput(options.strFirst);
+    const std::string secondImage = ReadInput(options.strSecond);
     CBlockDocument first, second;
-    LoadWhole(options.form, options.strFirst, first);
-    LoadWhole(options.form, options.strSecond, second);
+    LoadWhole(options.form, firstImage, options.strFirst, first);
+    LoadWhole(options.form, secondImage, options.strSecond, second);
     if (!WriteDiff(std::cout, first, second)) throw CLI::RuntimeError(exitNegative);
 }
 

@@ -5,7 +5,7 @@
 #include <map>
 #include <nlohmann/json.hpp>
 
-#include "tools/InputOutput.h"
+#include "tools/ToolFailure.h"
 #include "tools/check/HostCheck.h"
 
 namespace {
