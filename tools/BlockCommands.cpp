@@ -11,6 +11,7 @@
 #include "tools/BlockText.h"
 #include "tools/InputOutput.h"
 #include "tools/ToolFailure.h"
+#include "tools/WaitNotice.h"
 
 namespace {
 
@@ -44,9 +45,23 @@ void AddFormOptions(CLI::App& command, CBlockForm& form) {
         ->excludes(bare);
 }
 
+// A million parameters take seconds.
+class CBlockNotice : public CWaitNotice {
+public:
+    explicit CBlockNotice(std::string const& strFile)
+        : CWaitNotice("working on " + Quoted(strFile)) {}
+
+    // The notice must not stand among what is printed to the same terminal.
+    void MakeRoom() {
+        if (isatty(STDOUT_FILENO)) End();
+    }
+};
+
 void Dump(CDumpOptions const& options) {
     const std::string image = ReadInput(options.strFile);
+    CBlockNotice notice(options.strFile);
     if (options.fBytes) {
+        notice.MakeRoom();
         const std::string id =
             options.form.fBare ? "" : IdentifierOf(options.form, image, options.strFile);
         if (!WriteByteMap(std::cout, image, options.form.fBare ? nullptr : &id))
@@ -55,6 +70,7 @@ void Dump(CDumpOptions const& options) {
     }
     CBlockDocument document;
     const std::string fault = LoadImage(options.form, image, options.strFile, document);
+    notice.MakeRoom();
     if (options.fJson)
         WriteJson(std::cout, document);
     else
@@ -64,6 +80,7 @@ void Dump(CDumpOptions const& options) {
 
 void Pack(CPackOptions const& options) {
     const std::string text = ReadInput(options.strFile);
+    const CBlockNotice notice(options.strFile);
     CBlockDocument document;
     const std::string fault = ReadJson(text, document);
     if (!fault.empty())
@@ -85,9 +102,11 @@ void LoadWhole(CBlockForm const& form, std::string const& image, std::string con
 void Diff(CDiffOptions const& options) {
     const std::string firstImage = ReadInput(options.strFirst);
     const std::string secondImage = ReadInput(options.strSecond);
+    CBlockNotice notice(options.strFirst);
     CBlockDocument first, second;
     LoadWhole(options.form, firstImage, options.strFirst, first);
     LoadWhole(options.form, secondImage, options.strSecond, second);
+    notice.MakeRoom();
     if (!WriteDiff(std::cout, first, second)) throw CLI::RuntimeError(exitNegative);
 }
 
