@@ -110,21 +110,25 @@ if(TARGET tavarin_controls)
         REQUIRES tavarin-colours LIBS ${pc_keep_classes} -ltavarin_controls ${pc_drawing})
 endif()
 
-# The bundles. On macOS CMake installs the whole directory; elsewhere it knows of the module alone.
-foreach(module IN ITEMS TavarinProLink TavarinGallery)
+# tavarin_install_bundle(<module> <component> <directory>). On macOS CMake installs the whole bundle;
+# elsewhere it knows of the module alone.
+function(tavarin_install_bundle module component directory)
     if(NOT TARGET ${module})
-        continue()
+        return()
     endif()
     if(APPLE)
-        install(TARGETS ${module} LIBRARY DESTINATION "${TAVARIN_BUNDLE_DIR}" COMPONENT Views)
+        install(TARGETS ${module} LIBRARY DESTINATION "${directory}" COMPONENT ${component})
     else()
         get_target_property(bundle ${module} TAVARIN_BUNDLE)
         install(TARGETS ${module}
-            LIBRARY DESTINATION "${TAVARIN_BUNDLE_DIR}/${module}.bundle" COMPONENT Views)
+            LIBRARY DESTINATION "${directory}/${module}.bundle" COMPONENT ${component})
         install(DIRECTORY "${bundle}/Resources"
-            DESTINATION "${TAVARIN_BUNDLE_DIR}/${module}.bundle" COMPONENT Views)
+            DESTINATION "${directory}/${module}.bundle" COMPONENT ${component})
     endif()
-endforeach()
+endfunction()
+
+tavarin_install_bundle(TavarinProLink Views "${TAVARIN_BUNDLE_DIR}")
+tavarin_install_bundle(TavarinGallery Views "${TAVARIN_BUNDLE_DIR}")
 
 # The controls' images, for bundles of others.
 if(TARGET tavarin_controls)
@@ -134,8 +138,18 @@ endif()
 
 # The LV2 plug-ins, which have a copy of the bundle beside them.
 if(TARGET tavarin_lv2)
+    set(lv2_directory "${TAVARIN_LV2_DIRECTORY}/tavarin.lv2")
     install(DIRECTORY "${PROJECT_BINARY_DIR}/lv2/tavarin.lv2"
-        DESTINATION "${TAVARIN_LV2_DIRECTORY}" COMPONENT Plugin USE_SOURCE_PERMISSIONS)
+        DESTINATION "${TAVARIN_LV2_DIRECTORY}" COMPONENT Plugin
+        FILES_MATCHING PATTERN "*.ttl" PATTERN "*.bundle" EXCLUDE)
+    foreach(module IN ITEMS tavarin_lv2 tavarin_lv2_ui)
+        if(TARGET ${module})
+            install(TARGETS ${module} LIBRARY DESTINATION "${lv2_directory}" COMPONENT Plugin)
+        endif()
+    endforeach()
+    if(TARGET tavarin_lv2_ui)
+        tavarin_install_bundle(TavarinProLink Plugin "${lv2_directory}")
+    endif()
 endif()
 
 # Programs, each with its page of the manual and its completions.

@@ -1,5 +1,8 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <bit>
 #include <cstdlib>
@@ -180,6 +183,22 @@ TEST_F(BlockTool, TellsWhatItCannotOpen) {
     EXPECT_EQ(2, Run("block dump .").status);
     EXPECT_EQ(2, Run("block dump").status);
     EXPECT_EQ(2, Run("block dump --bare --id XY x").status);
+}
+
+TEST_F(BlockTool, APipeIsWrittenToAndStaysAPipe) {
+    CParameterBlock block = Sample();
+    Save(block, "a.session");
+    m_directory.Write("a.json", Run("block dump --json a.session").output);
+    const std::string pipe = m_directory.File("pipe");
+    ASSERT_EQ(0, mkfifo(pipe.c_str(), 0600));
+    const int end = open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
+    EXPECT_EQ(0, Run("block pack a.json -o pipe").status);
+    const std::string image = m_directory.Read("a.session");
+    std::string read(image.size() + 1, '\0');
+    EXPECT_EQ(static_cast<ssize_t>(image.size()), ::read(end, read.data(), read.size()));
+    close(end);
+    EXPECT_EQ(image, read.substr(0, image.size()));
+    EXPECT_TRUE(std::filesystem::is_fifo(pipe));
 }
 
 TEST_F(BlockTool, LeavesTheOldFileWhenItCannotPack) {

@@ -4,7 +4,6 @@
 
 #include <jack/jack.h>
 #include <jack/transport.h>
-#include <sndfile.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -18,48 +17,18 @@
 #include <thread>
 #include <vector>
 
+#include "SoundFile.h"
+
 namespace {
 
 constexpr std::chrono::milliseconds kTurn{5};
 constexpr std::chrono::seconds kPatience{20};
 
-struct CSound {
-    int nChannels = 1;
-    int nSampleRate = 0;
-    std::vector<float> interleaved;
-
-    std::int64_t Frames() const {
-        return static_cast<std::int64_t>(interleaved.size()) / nChannels;
-    }
-};
-
-CSound ReadSound(std::string const& strFile) {
-    SF_INFO info{};
-    SNDFILE* file = sf_open(strFile.c_str(), SFM_READ, &info);
-    if (file == nullptr) throw std::runtime_error("cannot read " + strFile);
-    CSound sound{info.channels, info.samplerate, {}};
-    sound.interleaved.resize(info.frames * info.channels);
-    sf_readf_float(file, sound.interleaved.data(), info.frames);
-    sf_close(file);
-    return sound;
-}
-
-void WriteSound(std::string const& strFile, CSound const& sound) {
-    SF_INFO info{};
-    info.channels = sound.nChannels;
-    info.samplerate = sound.nSampleRate;
-    info.format = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
-    SNDFILE* file = sf_open(strFile.c_str(), SFM_WRITE, &info);
-    if (file == nullptr) throw std::runtime_error("cannot write " + strFile);
-    sf_writef_float(file, sound.interleaved.data(), sound.Frames());
-    sf_close(file);
-}
-
 /// One client of the server, with a port for each channel.
 struct CDeck {
     jack_client_t* client = nullptr;
     std::vector<jack_port_t*> ports;
-    CSound sound;
+    CSoundFile sound;
     std::int64_t lPosition = 0;  ///< of the sound's first frame on the timeline
     std::atomic<std::int64_t> lReached{-1};
     std::atomic<int> nXruns{0};
@@ -104,9 +73,11 @@ int Play(jack_nframes_t nFrames, void* data) {
         for (jack_nframes_t nFrame = 0; nFrame < nFrames; ++nFrame) {
             const std::int64_t lFrame = lAt + nFrame - deck.lPosition;
             const bool fInside = lAt >= 0 && lFrame >= 0 && lFrame < deck.sound.Frames();
-            out[nFrame] = fInside ? deck.sound.interleaved[lFrame * deck.sound.nChannels +
-                                                           nChannel % deck.sound.nChannels]
-                                  : 0.0F;
+            out[nFrame] =
+                fInside
+                    ? deck.sound
+                          .samples[lFrame * deck.sound.nChannels + nChannel % deck.sound.nChannels]
+                    : 0.0F;
         }
     }
     return 0;
@@ -122,7 +93,7 @@ int Record(jack_nframes_t nFrames, void* data) {
         for (jack_nframes_t nFrame = 0; nFrame < nFrames; ++nFrame) {
             const std::int64_t lFrame = lAt + nFrame - deck.lPosition;
             if (lFrame < 0 || lFrame >= deck.sound.Frames()) continue;
-            deck.sound.interleaved[lFrame * deck.sound.nChannels + nChannel] = in[nFrame];
+            deck.sound.samples[lFrame * deck.sound.nChannels + nChannel] = in[nFrame];
         }
     }
     deck.lReached = lAt + nFrames;
@@ -167,12 +138,12 @@ struct CRoll {
 int Roll(CRoll const& roll) {
     CDeck player("deck-player", JackPortIsOutput, roll.nChannels, Play);
     CDeck recorder("deck-recorder", JackPortIsInput, roll.nChannels, Record);
-    if (!roll.strPlay.empty()) player.sound = ReadSound(roll.strPlay);
+    if (!roll.strPlay.empty()) player.sound = ReadSoundFile(roll.strPlay);
     player.lPosition = roll.lPlayAt;
     recorder.lPosition = roll.lFrom;
     recorder.sound.nChannels = roll.nChannels;
     recorder.sound.nSampleRate = static_cast<int>(jack_get_sample_rate(recorder.client));
-    recorder.sound.interleaved.resize(roll.lFrames * roll.nChannels);
+    recorder.sound.samples.resize(roll.lFrames * roll.nChannels);
     player.Activate();
     recorder.Activate();
     Connect(player, roll.strPlugIn, true);
@@ -189,7 +160,7 @@ int Roll(CRoll const& roll) {
     WaitFor("the transport does not stop", kPatience, [&] { return player.Position() < 0; });
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
     jack_deactivate(recorder.client);
-    if (!roll.strRecord.empty()) WriteSound(roll.strRecord, recorder.sound);
+    if (!roll.strRecord.empty()) WriteSoundFile(roll.strRecord, recorder.sound);
     std::printf("dropouts: %d\n", recorder.nXruns.load());
     return 0;
 }

@@ -10,7 +10,8 @@ if(CLI11_FOUND)
     add_test(NAME PlugInApplyTests
         COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/plugin-apply"
                 "${tavarin_lv2_path}" $<TARGET_FILE:sound-compare>)
-    set_tests_properties(PlugInApplyTests PROPERTIES TIMEOUT 300 SKIP_RETURN_CODE 77)
+    set_tests_properties(PlugInApplyTests PROPERTIES
+        LABELS slow TIMEOUT 300 SKIP_RETURN_CODE 77)
 endif()
 
 if(JACK_FOUND AND CLI11_FOUND)
@@ -31,7 +32,7 @@ if(JACK_FOUND AND CLI11_FOUND)
                     "${CMAKE_CURRENT_SOURCE_DIR}/plugin-jack" "${tavarin_lv2_path}"
                     $<TARGET_FILE_DIR:jack-deck>)
         set_tests_properties(PlugInJackTests PROPERTIES
-            TIMEOUT 900 SKIP_RETURN_CODE 77 RESOURCE_LOCK tavarin_shared_memory)
+            LABELS slow TIMEOUT 900 SKIP_RETURN_CODE 77 RESOURCE_LOCK tavarin_shared_memory)
     endif()
 endif()
 

@@ -7,10 +7,10 @@
 #include "colours/ComponentCodes.h"
 #include "colours/DefaultColours.h"
 #include "colours/DeviceRGB.h"
+#include "tools/ToolFailure.h"
 #include "tools/scheme/SchemeDiff.h"
 #include "tools/scheme/SchemePicture.h"
 #include "tools/scheme/SchemeText.h"
-#include "tools/scheme/ToolFailure.h"
 
 namespace {
 

@@ -88,16 +88,16 @@ TEST_F(SchemeToolTests, WhatIsNoSchemeIsExplained) {
     m_directory.Write("cut", std::string("TavarinColourScheme\0\x64\0\0\0", 24));
     m_directory.Write("bad.json", "{ no JSON");
     const std::pair<const char*, const char*> cases[] = {
-        {"absent", "absent cannot be read"},
-        {"empty", "empty is empty"},
-        {"text", "text is not a colour scheme"},
-        {"cut", "cut is not a colour scheme"},
-        {".", ". cannot be read"},
+        {"absent", "\"absent\" is no palette and no file"},
+        {"empty", "\"empty\" is empty"},
+        {"text", "\"text\" is not a colour scheme"},
+        {"cut", "\"cut\" is not a colour scheme"},
+        {".", "\".\" is a directory"},
         {"bad.json", "the text is not JSON"},
     };
     for (auto const& [source, error] : cases) {
         const CResult result = Run(std::string("export ") + source);
-        EXPECT_EQ(result.nStatus, 1) << source;
+        EXPECT_EQ(result.nStatus, 2) << source;
         EXPECT_EQ(result.strOutput.find(std::string("tavarin-scheme: ") + error), 0u)
             << result.strOutput;
     }
@@ -107,8 +107,8 @@ TEST_F(SchemeToolTests, AnOutputThatCannotBeWrittenIsExplained) {
     for (const char* command :
          {"export designer -o none/x", "show designer -o none/x", "import designer -o none/x"}) {
         const CResult result = Run(command);
-        EXPECT_EQ(result.nStatus, 1) << command;
-        EXPECT_NE(result.strOutput.find("none/x cannot be written"), std::string::npos);
+        EXPECT_EQ(result.nStatus, 2) << command;
+        EXPECT_NE(result.strOutput.find("cannot write \"none/x\""), std::string::npos);
     }
 }
 

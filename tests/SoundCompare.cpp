@@ -1,13 +1,13 @@
 // Compares two stretches of sound files sample by sample, for the tests with real plug-in hosts.
 
-#include <sndfile.h>
-
 #include <CLI/CLI.hpp>
 #include <cstdint>
 #include <cstdio>
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include "SoundFile.h"
 
 namespace {
 
@@ -16,37 +16,29 @@ struct CStretch {
     std::int64_t lFrom = 0;
 };
 
-/// Up to `lFrames` frames of a file, interleaved; `*nChannels` becomes how many it has.
-std::vector<float> Read(CStretch const& stretch, std::int64_t lFrames, int* nChannels) {
-    SF_INFO info{};
-    SNDFILE* file = sf_open(stretch.strFile.c_str(), SFM_READ, &info);
-    if (file == nullptr) throw std::runtime_error("cannot read " + stretch.strFile);
-    *nChannels = info.channels;
-    if (lFrames < 0) lFrames = info.frames - stretch.lFrom;
-    std::vector<float> samples(static_cast<std::size_t>(lFrames * info.channels));
-    sf_seek(file, stretch.lFrom, SEEK_SET);
-    const sf_count_t lRead = sf_readf_float(file, samples.data(), lFrames);
-    sf_close(file);
-    if (lRead != lFrames) throw std::runtime_error(stretch.strFile + " is too short");
-    return samples;
+/// `lFrames` frames of a file; all that follow if that is negative.
+CSoundFile Read(CStretch const& stretch, std::int64_t lFrames) {
+    CSoundFile sound = ReadSoundFile(stretch.strFile);
+    const std::int64_t lEnd = lFrames < 0 ? sound.Frames() : stretch.lFrom + lFrames;
+    if (stretch.lFrom < 0 || stretch.lFrom > lEnd || lEnd > sound.Frames()) {
+        throw std::runtime_error(stretch.strFile + " is too short");
+    }
+    sound.samples.resize(static_cast<std::size_t>(lEnd * sound.nChannels));
+    sound.samples.erase(sound.samples.begin(),
+                        sound.samples.begin() + stretch.lFrom * sound.nChannels);
+    return sound;
 }
 
 /// Four seconds of noise in 32-bit floats, the same each time.
 void WriteNoise(std::string const& strFile, int nChannels) {
-    SF_INFO info{};
-    info.channels = nChannels;
-    info.samplerate = 48000;
-    info.format = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
-    std::vector<float> samples(static_cast<std::size_t>(4 * info.samplerate * nChannels));
+    CSoundFile sound{nChannels, 48000, {}};
+    sound.samples.resize(static_cast<std::size_t>(4 * sound.nSampleRate * nChannels));
     std::uint32_t nNoise = 1;
-    for (float& sample : samples) {
+    for (float& sample : sound.samples) {
         nNoise = nNoise * 1664525 + 1013904223;
         sample = static_cast<float>(static_cast<std::int32_t>(nNoise)) / 4e9F;
     }
-    SNDFILE* file = sf_open(strFile.c_str(), SFM_WRITE, &info);
-    if (file == nullptr) throw std::runtime_error("cannot write " + strFile);
-    sf_write_float(file, samples.data(), static_cast<sf_count_t>(samples.size()));
-    sf_close(file);
+    WriteSoundFile(strFile, sound);
 }
 
 }  // namespace
@@ -69,11 +61,11 @@ int main(int argc, char** argv) {
             WriteNoise(first.strFile, nNoise);
             return 0;
         }
-        int nFirst = 0;
-        int nSecond = 0;
-        const std::vector<float> a = Read(first, lFrames, &nFirst);
-        const std::vector<float> b = Read(second, lFrames, &nSecond);
-        if (nFirst != nSecond || a.size() != b.size() || a.empty()) {
+        const CSoundFile firstSound = Read(first, lFrames);
+        const CSoundFile secondSound = Read(second, lFrames);
+        std::vector<float> const& a = firstSound.samples;
+        std::vector<float> const& b = secondSound.samples;
+        if (firstSound.nChannels != secondSound.nChannels || a.size() != b.size() || a.empty()) {
             std::printf("different lengths: %zu and %zu samples\n", a.size(), b.size());
             return 1;
         }

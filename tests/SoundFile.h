@@ -2,6 +2,7 @@
 
 #include <sndfile.h>
 
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -11,6 +12,8 @@ struct CSoundFile {
     int nChannels = 1;
     int nSampleRate = 48000;
     std::vector<float> samples;  ///< interleaved
+
+    std::int64_t Frames() const { return static_cast<std::int64_t>(samples.size()) / nChannels; }
 };
 
 inline CSoundFile ReadSoundFile(std::string const& strFile) {
@@ -24,11 +27,13 @@ inline CSoundFile ReadSoundFile(std::string const& strFile) {
     return sound;
 }
 
-inline void WriteSoundFile(std::string const& strFile, CSoundFile const& sound) {
+/// Writes a WAV file, of 32-bit floats unless `nEncoding` is another of libsndfile's.
+inline void WriteSoundFile(std::string const& strFile, CSoundFile const& sound,
+                           int nEncoding = SF_FORMAT_FLOAT) {
     SF_INFO info{};
     info.channels = sound.nChannels;
     info.samplerate = sound.nSampleRate;
-    info.format = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
+    info.format = SF_FORMAT_WAV | nEncoding;
     SNDFILE* file = sf_open(strFile.c_str(), SFM_WRITE, &info);
     if (file == nullptr) throw std::runtime_error("cannot write " + strFile);
     sf_write_float(file, sound.samples.data(), static_cast<sf_count_t>(sound.samples.size()));

@@ -10,6 +10,8 @@
 #include "tools/BlockJson.h"
 #include "tools/BlockText.h"
 #include "tools/InputOutput.h"
+#include "tools/ToolFailure.h"
+#include "tools/WaitNotice.h"
 
 namespace {
 
@@ -43,44 +45,68 @@ void AddFormOptions(CLI::App& command, CBlockForm& form) {
         ->excludes(bare);
 }
 
+// A million parameters take seconds.
+class CBlockNotice : public CWaitNotice {
+public:
+    explicit CBlockNotice(std::string const& strFile)
+        : CWaitNotice("working on " + Quoted(strFile)) {}
+
+    // The notice must not stand among what is printed to the same terminal.
+    void MakeRoom() {
+        if (isatty(STDOUT_FILENO)) End();
+    }
+};
+
 void Dump(CDumpOptions const& options) {
     const std::string image = ReadInput(options.strFile);
+    CBlockNotice notice(options.strFile);
     if (options.fBytes) {
+        notice.MakeRoom();
         const std::string id =
             options.form.fBare ? "" : IdentifierOf(options.form, image, options.strFile);
         if (!WriteByteMap(std::cout, image, options.form.fBare ? nullptr : &id))
-            Fail(exitNegative, Quoted(options.strFile) + " is not one whole image");
+            throw CToolFailure(exitNegative, Quoted(options.strFile) + " is not one whole image");
         return;
     }
     CBlockDocument document;
     const std::string fault = LoadImage(options.form, image, options.strFile, document);
+    notice.MakeRoom();
     if (options.fJson)
         WriteJson(std::cout, document);
     else
         WriteTree(std::cout, document);
-    if (!fault.empty()) Fail(exitNegative, Quoted(options.strFile) + ": " + fault);
+    if (!fault.empty()) throw CToolFailure(exitNegative, Quoted(options.strFile) + ": " + fault);
 }
 
 void Pack(CPackOptions const& options) {
+    const std::string text = ReadInput(options.strFile);
+    const CBlockNotice notice(options.strFile);
     CBlockDocument document;
-    const std::string fault = ReadJson(ReadInput(options.strFile), document);
+    const std::string fault = ReadJson(text, document);
     if (!fault.empty())
-        Fail(exitNegative,
-             Quoted(options.strFile) +
-                 " is not a block in JSON as `tavarin block dump --json` writes it: " + fault);
+        throw CToolFailure(
+            exitNegative,
+            Quoted(options.strFile) +
+                " is not a block in JSON as `tavarin block dump --json` writes it: " + fault);
     WriteOutput(options.strOutput, MakeImage(document));
 }
 
-void LoadWhole(CBlockForm const& form, std::string const& path, CBlockDocument& document) {
-    const std::string fault = LoadImage(form, ReadInput(path), path, document);
+void LoadWhole(CBlockForm const& form, std::string const& image, std::string const& path,
+               CBlockDocument& document) {
+    const std::string fault = LoadImage(form, image, path, document);
     if (!fault.empty())
-        Fail(exitTrouble, Quoted(path) + ": " + fault + "; `tavarin block dump` shows it");
+        throw CToolFailure(exitTrouble,
+                           Quoted(path) + ": " + fault + "; `tavarin block dump` shows it");
 }
 
 void Diff(CDiffOptions const& options) {
+    const std::string firstImage = ReadInput(options.strFirst);
+    const std::string secondImage = ReadInput(options.strSecond);
+    CBlockNotice notice(options.strFirst);
     CBlockDocument first, second;
-    LoadWhole(options.form, options.strFirst, first);
-    LoadWhole(options.form, options.strSecond, second);
+    LoadWhole(options.form, firstImage, options.strFirst, first);
+    LoadWhole(options.form, secondImage, options.strSecond, second);
+    notice.MakeRoom();
     if (!WriteDiff(std::cout, first, second)) throw CLI::RuntimeError(exitNegative);
 }
 

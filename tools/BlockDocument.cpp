@@ -8,6 +8,7 @@
 #include <type_traits>
 
 #include "tools/InputOutput.h"
+#include "tools/ToolFailure.h"
 #include "utils/ParameterTree.h"
 
 namespace {
@@ -53,7 +54,8 @@ std::string IdentifierOf(CBlockForm const& form, std::string const& image,
     if (form.fIdGiven) return form.strId;
     const std::size_t end = image.find('\0');
     if (end == std::string::npos)
-        Fail(exitNegative, Quoted(path) +
+        throw CToolFailure(exitNegative,
+                           Quoted(path) +
                                " is no session image: no zero byte ends an identifier; "
                                "is it a bare image (--bare)?");
     return image.substr(0, end);
@@ -62,7 +64,8 @@ std::string IdentifierOf(CBlockForm const& form, std::string const& image,
 std::string LoadImage(CBlockForm const& form, std::string const& image, std::string const& path,
                       CBlockDocument& document) {
     if (image.size() > std::numeric_limits<unsigned int>::max())
-        Fail(exitNegative, Quoted(path) + " is too long for an image, which ends below 4 GiB");
+        throw CToolFailure(exitNegative,
+                           Quoted(path) + " is too long for an image, which ends below 4 GiB");
     document.fBare = form.fBare;
     if (form.fBare) return LoadBare(image, document);
     if (image.empty()) return "";
@@ -76,7 +79,8 @@ std::string MakeImage(CBlockDocument& document) {
         hasFileIds = hasFileIds || parameter.type == tagFileId;
     });
     if (hasFileIds)
-        Fail(exitNegative, "a file identity cannot be saved; take out the entries of type fileId");
+        throw CToolFailure(exitNegative,
+                           "a file identity cannot be saved; take out the entries of type fileId");
     if (document.fBare) {
         unsigned long size = 0;
         const std::unique_ptr<unsigned char[]> bytes(document.block.CreateBlock(&size));
@@ -87,8 +91,9 @@ std::string MakeImage(CBlockDocument& document) {
     const unsigned long length =
         document.block.SaveBinarySessionToMemory(document.strId.c_str(), data.get());
     if (length == 0)
-        Fail(exitNegative,
-             "there is nothing to save: a session image needs one name at least, and names without "
-             "zero bytes");
+        throw CToolFailure(
+            exitNegative,
+            "there is nothing to save: a session image needs one name at least, and names without "
+            "zero bytes");
     return {reinterpret_cast<const char*>(CFDataGetBytePtr(data.get())), length};
 }

@@ -1,6 +1,5 @@
 #include "tools/InputOutput.h"
 
-#include <CLI/CLI.hpp>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -12,6 +11,7 @@
 #include <memory>
 
 #include "platform/Utf8.h"
+#include "tools/ToolFailure.h"
 
 namespace {
 
@@ -81,37 +81,52 @@ private:
     bool m_fMoved = false;
 };
 
-}  // namespace
-
-void Fail(ExitStatus status, std::string const& message) {
-    std::cout.flush();
-    std::cerr << "tavarin: " << message << '\n';
-    throw CLI::RuntimeError(status);
+// Something that is there and no file, such as a pipe, is written to where it is.
+bool TakesNoReplacement(std::string const& path) {
+    std::error_code none;
+    const std::filesystem::file_status old = std::filesystem::status(path, none);
+    return std::filesystem::exists(old) && !std::filesystem::is_regular_file(old);
 }
+
+bool WriteInPlace(std::string const& path, std::string const& bytes) {
+    std::ofstream file(path, std::ios::binary);
+    file.write(bytes.data(), static_cast<std::streamsize>(bytes.size())).flush();
+    return file.good();
+}
+
+bool WriteBeside(std::string const& path, std::string const& bytes) {
+    CFileBeside file(path);
+    return file.Write(bytes) && file.MoveIntoPlace();
+}
+
+}  // namespace
 
 std::string ReadInput(std::string const& path) {
     if (path == "-") return {std::istreambuf_iterator<char>(std::cin), {}};
     if (std::filesystem::is_directory(path))
-        Fail(exitTrouble, Quoted(path) + " is a directory; name a file in it");
+        throw CToolFailure(exitTrouble, Quoted(path) + " is a directory; name a file in it");
     std::ifstream file(path, std::ios::binary);
     if (!file)
-        Fail(exitTrouble, "cannot open " + Quoted(path) + ": " + SystemError() +
-                              "; check the path and its permissions");
+        throw CToolFailure(exitTrouble, "cannot open " + Quoted(path) + ": " + SystemError() +
+                                            "; check the path and its permissions");
     std::string bytes{std::istreambuf_iterator<char>(file), {}};
-    if (file.bad()) Fail(exitTrouble, "cannot read " + Quoted(path) + ": " + SystemError());
+    if (file.bad())
+        throw CToolFailure(exitTrouble, "cannot read " + Quoted(path) + ": " + SystemError());
     return bytes;
 }
 
 void WriteOutput(std::string const& path, std::string const& bytes) {
     if (path == "-") {
         std::cout.write(bytes.data(), static_cast<std::streamsize>(bytes.size())).flush();
-        if (!std::cout) Fail(exitTrouble, "cannot write to standard output; is it still open?");
+        if (!std::cout)
+            throw CToolFailure(exitTrouble, "cannot write to standard output; is it still open?");
         return;
     }
-    CFileBeside file(path);
-    if (!file.Write(bytes) || !file.MoveIntoPlace())
-        Fail(exitTrouble, "cannot write " + Quoted(path) + ": " + SystemError() +
-                              "; check the path, its permissions and the space left");
+    const bool written =
+        TakesNoReplacement(path) ? WriteInPlace(path, bytes) : WriteBeside(path, bytes);
+    if (!written)
+        throw CToolFailure(exitTrouble, "cannot write " + Quoted(path) + ": " + SystemError() +
+                                            "; check the path, its permissions and the space left");
 }
 
 std::string Quoted(std::string const& text) {

@@ -9,6 +9,7 @@
 #include "tools/InputOutput.h"
 #include "tools/LinkSession.h"
 #include "tools/LinkWatch.h"
+#include "tools/ToolFailure.h"
 
 namespace {
 
@@ -44,7 +45,8 @@ void FillExtent(CLinkSession& session, int nTrack, Extent& extent) {
     std::vector<std::string> values;
     session.Client().SplitResult(strReply, &values);
     if (values.size() != 2) {
-        Fail(exitNegative, "track " + std::to_string(nTrack) +
+        throw CToolFailure(exitNegative,
+                           "track " + std::to_string(nTrack) +
                                " holds no region; capture something onto it first, or give the "
                                "start and the end");
     }
@@ -103,7 +105,8 @@ CAudioLength RequireAudio(std::string const& strPath) {
     try {
         return ProbeAudio(strPath);
     } catch (std::exception const& failure) {
-        Fail(exitTrouble, std::string(failure.what()) + "; give the path of an audio file");
+        throw CToolFailure(exitTrouble,
+                           std::string(failure.what()) + "; give the path of an audio file");
     }
 }
 
@@ -183,8 +186,8 @@ void Export(CLinkOptions const& options, std::string const& strTarget) {
         std::filesystem::copy_file(strFile, strTarget,
                                    std::filesystem::copy_options::overwrite_existing, error);
         if (error) {
-            Fail(exitTrouble,
-                 "cannot copy " + strFile + " to " + strTarget + ": " + error.message());
+            throw CToolFailure(exitTrouble, "cannot copy " + strFile + " to " + strTarget + ": " +
+                                                error.message());
         }
         strFile = strTarget;
     }
@@ -317,8 +320,9 @@ void AddRun(CLI::App& link, OptionsPointer options) {
     pCommand->add_option("--timeout", *pTimeout, "milliseconds for each wait; -1: no limit")
         ->capture_default_str();
     pCommand->callback([options, pFile, pTimeout] {
+        const std::string strScript = ReadInput(*pFile);
         CLinkSession session(*options);
-        const std::string strReply = session.Run(ReadInput(*pFile), *pTimeout);
+        const std::string strReply = session.Run(strScript, *pTimeout);
         if (options->m_fJson) {
             session.Print("", json{{"printed", strReply}});
         } else {

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "tools/InputOutput.h"
+#include "tools/ToolFailure.h"
 
 namespace {
 
@@ -43,13 +43,11 @@ std::string CLinkSession::Run(std::string script, int nTimeoutMs) {
 }
 
 void CLinkSession::Fail(std::string const& strWhat) {
-    m_notice.End();
-    if (m_client.m_strLastError.empty()) ::Fail(exitNegative, strWhat);
+    if (m_client.m_strLastError.empty()) throw CToolFailure(exitNegative, strWhat);
     std::string strAdvice = m_client.m_strAdvice;
     const bool fNoSession = strAdvice.empty() && m_client.GetCurrentIdFromMainDirectory() == 0;
     if (fNoSession) strAdvice = "Select a session in Tavarin Pro.";
-    if (!strAdvice.empty()) strAdvice.insert(0, "\n         ");
-    ::Fail(exitNegative, m_client.m_strLastError + strAdvice);
+    throw CToolFailure(exitNegative, m_client.m_strLastError, strAdvice);
 }
 
 void CLinkSession::RequireNoError() {

@@ -47,6 +47,6 @@ public:
 
 private:
     CLinkOptions const& m_options;
-    CWaitNotice m_notice;
+    CWaitNotice m_notice{"waiting for the host"};
     CTANClientInterProcess m_client;
 };

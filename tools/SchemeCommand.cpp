@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "tools/InputOutput.h"
+#include "tools/ToolFailure.h"
 
 namespace {
 
@@ -32,7 +32,8 @@ void AddSchemeCommand(CLI::App& app, std::string const& strProgram) {
             Become(strProgram.substr(0, nSlash + 1) + szSchemeProgram, pScheme->remaining());
         }
         Become(szSchemeProgram, pScheme->remaining());
-        Fail(exitTrouble,
-             "tavarin-scheme is not installed; it is built where AppKit is (GNUstep on Linux)");
+        throw CToolFailure(
+            exitTrouble,
+            "tavarin-scheme is not installed; it is built where AppKit is (GNUstep on Linux)");
     });
 }

@@ -12,6 +12,7 @@
 #include <string_view>
 
 #include "tools/InputOutput.h"
+#include "tools/ToolFailure.h"
 #include "utils/SMPTE.h"
 
 namespace {
@@ -55,8 +56,9 @@ double ReadRate(const char* what, std::string const& text) {
         (slash == std::string::npos || ReadNumber(whole.substr(slash + 1), denominator));
     const double rate = numerator / denominator;
     if (!read || !std::isfinite(rate) || rate <= 0)
-        Fail(exitTrouble, std::string("the ") + what + " " + Quoted(text) +
-                              " is no positive number; write it as 29.97 or 30000/1001");
+        throw CToolFailure(exitTrouble,
+                           std::string("the ") + what + " " + Quoted(text) +
+                               " is no positive number; write it as 29.97 or 30000/1001");
     return rate;
 }
 
@@ -69,14 +71,16 @@ SMPTETimeCode ReadTimeCode(std::string const& text) {
         const std::size_t end = rest.find_first_of(":;");
         std::int16_t& field = fields[count];
         if (!ReadNumber(rest.substr(0, end), field) || field < 0 || field > largest[count])
-            Fail(exitNegative, "the time code " + Quoted(text) +
+            throw CToolFailure(exitNegative,
+                               "the time code " + Quoted(text) +
                                    " is out of range; at most 24 hours, 60 minutes, 60 seconds, as "
                                    "in 01:02:03:04");
         if (end == std::string_view::npos) break;
         rest.remove_prefix(end + 1);
     }
     if (count != fields.size() - 1)
-        Fail(exitNegative, "the time code " + Quoted(text) +
+        throw CToolFailure(exitNegative,
+                           "the time code " + Quoted(text) +
                                " does not have four fields; write hours:minutes:seconds:frames");
     return {fields[0], fields[1], fields[2], fields[3], 0};
 }
@@ -94,9 +98,10 @@ double ReadPosition(std::string const& text, CRates const& rates) {
         return PTFramesToSamples(rates.dSampleRate, rates.dFrameRate, frames);
     double samples = 0;
     if (!ReadNumber(digits, samples) || !std::isfinite(samples))
-        Fail(exitTrouble, "the position " + Quoted(text) +
-                              " is neither samples (96000), frames (50f) nor a time code "
-                              "(00:00:02:00)");
+        throw CToolFailure(exitTrouble,
+                           "the position " + Quoted(text) +
+                               " is neither samples (96000), frames (50f) nor a time code "
+                               "(00:00:02:00)");
     return samples;
 }
 

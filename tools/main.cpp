@@ -1,10 +1,10 @@
 #include <CLI/CLI.hpp>
 
 #include "tools/BlockCommands.h"
-#include "tools/InputOutput.h"
 #include "tools/LinkCommands.h"
 #include "tools/SchemeCommand.h"
 #include "tools/TimecodeCommands.h"
+#include "tools/ToolFailure.h"
 #include "tools/check/CheckCommand.h"
 
 int main(int argc, char** argv) {
@@ -19,6 +19,9 @@ int main(int argc, char** argv) {
     AddSchemeCommand(app, argv[0]);
     try {
         app.parse(argc, argv);
+    } catch (CToolFailure const& failure) {
+        failure.Report("tavarin");
+        return failure.Status();
     } catch (CLI::RuntimeError const& end) {
         return end.get_exit_code();
     } catch (CLI::ParseError const& usage) {

@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <functional>
 #include <map>
 #include <nlohmann/json.hpp>
 
-#include "tools/InputOutput.h"
+#include "tools/ProgressBar.h"
+#include "tools/ToolFailure.h"
+#include "tools/WaitNotice.h"
 #include "tools/check/HostCheck.h"
 
 namespace {
@@ -78,6 +81,24 @@ void PrintJson(std::vector<RuleReport> const& reports) {
     std::printf("%s\n", all.dump(2, ' ', false, json::error_handler_t::replace).c_str());
 }
 
+std::string DescribeRule(std::size_t nDone) {
+    const std::size_t nRules = CountRules();
+    return ProgressBar(nDone, nRules) + " rule " + std::to_string(std::min(nDone + 1, nRules)) +
+           " of " + std::to_string(nRules);
+}
+
+// Tells a person at a terminal which rule is being tried.
+std::vector<RuleReport> CheckWithNotice(HostCheckOptions const& options,
+                                        std::function<void(RuleReport const&)> const& onReport) {
+    CWaitNotice notice(DescribeRule(0));
+    std::size_t nDone = 0;
+    return CheckHost(options, [&](RuleReport const& report) {
+        notice.Hide();
+        onReport(report);
+        notice.Say(DescribeRule(++nDone));
+    });
+}
+
 }  // namespace
 
 void AddCheckCommand(CLI::App& app) {
@@ -97,14 +118,10 @@ void AddCheckCommand(CLI::App& app) {
         ->check(CLI::Range(100, 3'600'000))
         ->capture_default_str();
     pCommand->callback([pOptions, pJson] {
-        std::vector<RuleReport> reports;
-        if (*pJson) {
-            reports = CheckHost(*pOptions);
-            PrintJson(reports);
-        } else {
-            reports = CheckHost(*pOptions, CTextReport());
-            PrintTotal(reports);
-        }
+        const std::vector<RuleReport> reports =
+            *pJson ? CheckWithNotice(*pOptions, [](RuleReport const&) {})
+                   : CheckWithNotice(*pOptions, CTextReport());
+        *pJson ? PrintJson(reports) : PrintTotal(reports);
         const bool fFailed = std::any_of(reports.begin(), reports.end(), [](auto const& report) {
             return report.finding.verdict == Verdict::Fail;
         });

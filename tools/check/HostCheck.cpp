@@ -1,11 +1,19 @@
 #include "tools/check/HostCheck.h"
 
+#include <array>
 #include <exception>
 #include <future>
 #include <set>
 #include <thread>
 
 namespace {
+
+std::array<RuleGroup, 4> AllRules() {
+    return {{{"Finding the host", DiscoveryRules()},
+             {"The message segment", SegmentRules()},
+             {"Exchanges", ExchangeRules()},
+             {"Commands", CommandRules()}}};
+}
 
 Finding TryGuarded(Rule const& rule, CCheckedHost& host) {
     try {
@@ -30,17 +38,19 @@ Finding TryWithPatience(Rule const& rule, std::shared_ptr<CCheckedHost> const& p
 
 }  // namespace
 
+std::size_t CountRules() {
+    std::size_t nRules = 0;
+    for (RuleGroup const& group : AllRules()) nRules += group.rules.size();
+    return nRules;
+}
+
 std::vector<RuleReport> CheckHost(HostCheckOptions const& options,
                                   std::function<void(RuleReport const&)> const& onReport) {
-    const RuleGroup groups[] = {{"Finding the host", DiscoveryRules()},
-                                {"The message segment", SegmentRules()},
-                                {"Exchanges", ExchangeRules()},
-                                {"Commands", CommandRules()}};
     const auto pHost = std::make_shared<CCheckedHost>(options);
     std::vector<RuleReport> reports;
     std::set<std::string> passed;
     bool fHangs = false;
-    for (RuleGroup const& group : groups) {
+    for (RuleGroup const& group : AllRules()) {
         for (Rule const& rule : group.rules) {
             Finding finding;
             if (fHangs) {

@@ -15,6 +15,9 @@ struct RuleReport {
     Finding finding;
 };
 
+/// How many rules there are.
+std::size_t CountRules();
+
 /// Tries every rule on whatever host is running, in order. A rule whose forerunner did not pass is
 /// not tried. When one takes longer than the patience the host counts as hanging: the rest is not
 /// tried, and a thread stays behind that still waits for the host. `onReport` is

@@ -11,7 +11,7 @@
 #include "colours/ComponentCodeTable.h"
 #include "colours/DeviceRGB.h"
 #include "colours/SchemeFile.h"
-#include "tools/scheme/ToolFailure.h"
+#include "tools/ToolFailure.h"
 
 namespace {
 
@@ -29,7 +29,8 @@ constexpr const char* szPosition = "position";
 
 double RequireNumber(double value, CComponentColour const& colour) {
     if (std::isfinite(value)) return value;
-    throw CToolFailure("the colour '" + colour.m_name + "' holds a value that is no number",
+    throw CToolFailure(exitTrouble,
+                       "the colour '" + colour.m_name + "' holds a value that is no number",
                        "Replace it in the program that made the scheme.");
 }
 
@@ -72,6 +73,7 @@ public:
 
     [[noreturn]] void Fail(std::string const& what) const {
         throw CToolFailure(
+            exitTrouble,
             "colour " + std::to_string(m_nIndex + 1) + " in '" + szColours + "' " + what,
             "Compare it with the output of 'tavarin-scheme export designer'.");
     }
@@ -177,14 +179,14 @@ std::unique_ptr<CComponentColour> ColourFromJson(CRow const& row, CGColorSpaceRe
 json ParseScheme(std::string const& text) {
     json document = json::parse(text, nullptr, false);
     if (document.is_discarded()) {
-        throw CToolFailure("the text is not JSON",
+        throw CToolFailure(exitTrouble, "the text is not JSON",
                            "Look for a missing comma, bracket or quotation mark.");
     }
     const bool fScheme = document.is_object() && document.contains(szFormat) &&
                          document.at(szFormat) == szSchemeIdentifier &&
                          document.contains(szColours) && document.at(szColours).is_array();
     if (!fScheme) {
-        throw CToolFailure("the JSON text is no colour scheme",
+        throw CToolFailure(exitTrouble, "the JSON text is no colour scheme",
                            "It needs \"format\": \"" + std::string(szSchemeIdentifier) +
                                "\" and a list \"colours\".");
     }

@@ -1,20 +1,16 @@
 #include <CLI/CLI.hpp>
-#include <cstdio>
 #include <iostream>
 #include <memory>
 
 #include "colours/SchemeRules.h"
+#include "tools/InputOutput.h"
+#include "tools/ToolFailure.h"
 #include "tools/scheme/SchemeDiff.h"
 #include "tools/scheme/SchemeJson.h"
 #include "tools/scheme/SchemePicture.h"
 #include "tools/scheme/SchemeSource.h"
-#include "tools/scheme/ToolFailure.h"
 
 namespace {
-
-constexpr int kDone = 0;
-constexpr int kFailed = 1;  // also: schemes differ, rules are broken
-constexpr int kUsage = 2;
 
 constexpr const char* szSourceHelp =
     "'designer', 'engineer', a scheme file or a JSON file made by 'export'";
@@ -56,7 +52,7 @@ void AddShow(CLI::App& app) {
     command->callback([arguments] {
         CComponentsColors scheme;
         arguments->source.Read(scheme);
-        WriteText(arguments->strOutput, DrawScheme(scheme, arguments->source.strName));
+        WriteOutput(arguments->strOutput, DrawScheme(scheme, arguments->source.strName));
     });
 }
 
@@ -68,7 +64,7 @@ void AddExport(CLI::App& app) {
     command->callback([arguments] {
         CComponentsColors scheme;
         arguments->source.Read(scheme);
-        WriteText(arguments->strOutput, SchemeToJson(scheme));
+        WriteOutput(arguments->strOutput, SchemeToJson(scheme));
     });
 }
 
@@ -97,7 +93,7 @@ void AddDiff(CLI::App& app) {
         ReadScheme(arguments->strSecond, second);
         const auto lines = DiffSchemes(first, second);
         for (std::string const& line : lines) std::cout << line << '\n';
-        if (!lines.empty()) throw CLI::RuntimeError(kFailed);
+        if (!lines.empty()) throw CLI::RuntimeError(exitNegative);
     });
 }
 
@@ -134,7 +130,7 @@ void AddCheck(CLI::App& app) {
             }
         }
         std::cout << nJudged << " rules judged, " << nBroken << " broken\n";
-        if (nBroken != 0) throw CLI::RuntimeError(kFailed);
+        if (nBroken != 0) throw CLI::RuntimeError(exitNegative);
     });
 }
 
@@ -154,13 +150,12 @@ int main(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (CToolFailure const& failure) {
-        std::fprintf(stderr, "tavarin-scheme: %s\n", failure.what());
-        std::fprintf(stderr, "                %s\n", failure.Advice().c_str());
-        return kFailed;
+        failure.Report("tavarin-scheme");
+        return failure.Status();
     } catch (CLI::RuntimeError const& result) {
         return result.get_exit_code();
     } catch (CLI::ParseError const& usage) {
-        return app.exit(usage) == 0 ? kDone : kUsage;
+        return app.exit(usage) == 0 ? exitDone : exitTrouble;
     }
-    return kDone;
+    return exitDone;
 }
