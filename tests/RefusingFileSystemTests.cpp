@@ -316,6 +316,7 @@ TEST(RefusingFileSystem, WithoutDescriptorsEverythingSaysSo) {
     if (kSanitizerNeedsDescriptors) GTEST_SKIP() << "the sanitizer needs descriptors itself";
     InAProcess([] {
         const CTemporaryDirectory directory;
+        const CScopedEnvironment temporary("TMPDIR", directory.Path());
         const std::string strBlock = directory.File("block");
         const std::string strSession = directory.File("session.json");
         const std::string strTake = directory.File("take.wav");
@@ -338,7 +339,7 @@ TEST(RefusingFileSystem, WithoutDescriptorsEverythingSaysSo) {
         std::string strMessage;
         EXPECT_FALSE(NameOf(strBlock).CanFileBeOpened(&strMessage));
         EXPECT_EQ(strMessage, "The file " + strBlock + " exists but cannot be opened. Error: 3008");
-        EXPECT_TRUE(CDiskPath().MakeTemporaryDirectory().Empty() == false);
+        EXPECT_FALSE(CDiskPath().MakeTemporaryDirectory().Empty());
         EXPECT_TRUE(CFileName().MakeTemporaryFileName().Empty());
         CFileName found;
         EXPECT_FALSE(CDiskPath(directory.Path().c_str()).FirstFile(&found, "wav"));
