@@ -3,6 +3,7 @@
 #include "tools/check/HostCheck.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <map>
@@ -117,7 +118,8 @@ TEST_F(HostCheck, MinimalHostLacksOnlyCommands) {
 }
 
 TEST_F(HostCheck, MinimalHostInPythonLacksOnlyCommands) {
-    if (std::string(TAVARIN_PYTHON).empty()) GTEST_SKIP() << "no Python 3";
+    // What was found when this was configured may be another user's own.
+    if (access(TAVARIN_PYTHON, X_OK) != 0) GTEST_SKIP() << "no Python 3";
     Start({TAVARIN_PYTHON, TAVARIN_MINIMAL_HOST_SCRIPT});
     ExpectOnlyCommandsAreMissing();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <boost/interprocess/sync/spin/condition.hpp>
 #include <boost/interprocess/sync/spin/mutex.hpp>
 #include <cstdint>
@@ -116,6 +117,6 @@ private:
     mutable std::mutex m_mutex;
     std::function<Answer(std::string const&)> m_answer;
     std::vector<std::string> m_requests;
-    bool m_fStop = false;
+    std::atomic<bool> m_fStop = false;
     std::thread m_thread;
 };

@@ -34,6 +34,14 @@ constexpr int kSkipped = 77;
 constexpr uid_t kNobody = 65534;
 constexpr std::size_t kLongestPath = 4095;
 
+// The sanitizer of virtual calls asks through a pipe whether an object may be read, and takes every
+// object for a wrong one where there are no descriptors.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kSanitizerNeedsDescriptors = true;
+#else
+constexpr bool kSanitizerNeedsDescriptors = false;
+#endif
+
 // Runs the rest of a test in a process of its own, whose limits and mounts go with it.
 void InAProcess(std::function<void()> const& run) {
     CForkedProcess child([&] {
@@ -305,8 +313,10 @@ void LeaveNoDescriptor() {
 }
 
 TEST(RefusingFileSystem, WithoutDescriptorsEverythingSaysSo) {
+    if (kSanitizerNeedsDescriptors) GTEST_SKIP() << "the sanitizer needs descriptors itself";
     InAProcess([] {
         const CTemporaryDirectory directory;
+        const CScopedEnvironment temporary("TMPDIR", directory.Path());
         const std::string strBlock = directory.File("block");
         const std::string strSession = directory.File("session.json");
         const std::string strTake = directory.File("take.wav");
@@ -329,7 +339,7 @@ TEST(RefusingFileSystem, WithoutDescriptorsEverythingSaysSo) {
         std::string strMessage;
         EXPECT_FALSE(NameOf(strBlock).CanFileBeOpened(&strMessage));
         EXPECT_EQ(strMessage, "The file " + strBlock + " exists but cannot be opened. Error: 3008");
-        EXPECT_TRUE(CDiskPath().MakeTemporaryDirectory().Empty() == false);
+        EXPECT_FALSE(CDiskPath().MakeTemporaryDirectory().Empty());
         EXPECT_TRUE(CFileName().MakeTemporaryFileName().Empty());
         CFileName found;
         EXPECT_FALSE(CDiskPath(directory.Path().c_str()).FirstFile(&found, "wav"));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 #include "utils/ParameterBlock.h"
@@ -15,11 +16,12 @@ inline CParameterBlock* AsBlock(CParameter* parameter) {
 inline constexpr std::ptrdiff_t prefetchDistance = 10;
 
 /// Asks for the memory of a parameter that a walk comes to soon: a tree may have grown all over the
-/// heap.
+/// heap. The parameter may be null, and shorter than what is asked for.
 inline void PrefetchParameter(CParameter const* parameter) {
-    constexpr std::size_t cacheLine = 64;
+    constexpr std::uintptr_t cacheLine = 64;
+    const auto address = reinterpret_cast<std::uintptr_t>(parameter);
     __builtin_prefetch(parameter);
-    __builtin_prefetch(reinterpret_cast<char const*>(parameter) + cacheLine);
+    __builtin_prefetch(reinterpret_cast<void const*>(address + cacheLine));
 }
 
 /// A walk along a block's list that passes over null entries.
