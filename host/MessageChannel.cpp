@@ -124,8 +124,10 @@ void CMessageChannel::WaitForRequest() {
     // Clients touch this condition with the mutex only, so nobody is in it.
     PutConditionToRest(Record()->requestCondition);
     WaitLimit limit{LinkTimeNow() + 2 * kLookUs};
-    WaitOnCondition(&Record()->requestCondition, &Record()->nExchangeMutex, LinkTimeNow() + kLookUs,
-                    kHostPace, &limit);
+    const bool fNotified =
+        WaitOnCondition(&Record()->requestCondition, &Record()->nExchangeMutex,
+                        LinkTimeNow() + kLookUs, m_fIdle ? kIdleHostPace : kHostPace, &limit);
+    m_fIdle = !fNotified;
     m_fMutexHeld = !limit.fReached;
 }
 

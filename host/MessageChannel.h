@@ -67,6 +67,7 @@ private:
     CHostMessageSegment m_segment;
     CHolderWatch m_watch;
     bool m_fMutexHeld = false;  ///< by the answering thread
+    bool m_fIdle = false;       ///< nobody has asked for a while
     std::atomic<bool> m_fHeldUp = false;
     std::atomic<bool> m_fReplaced = false;
     std::atomic<bool> m_fEnded = false;

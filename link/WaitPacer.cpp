@@ -10,12 +10,13 @@ constexpr std::uint32_t kLooksPerClockReading = 16;
 
 }  // namespace
 
-CWaitPacer::CWaitPacer(const std::uint32_t* pWord, int nSpinUs, int nLongestSleepUs,
-                       CSpinHabit& habit) noexcept
+CWaitPacer::CWaitPacer(const std::uint32_t* pWord, int nSpinUs, int nFirstSleepUs,
+                       int nLongestSleepUs, CSpinHabit& habit) noexcept
     : m_pWord(pWord),
       m_habit(habit),
-      m_fSpinning(habit.ShouldSpin()),
+      m_fSpinning(nSpinUs > 0 && habit.ShouldSpin()),
       m_spin(std::chrono::microseconds(nSpinUs)),
+      m_nSleepUs(nFirstSleepUs),
       m_nLongestSleepUs(nLongestSleepUs) {}
 
 CWaitPacer::~CWaitPacer() {

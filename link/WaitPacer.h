@@ -30,13 +30,13 @@ private:
 };
 
 /// Spends the time between two looks at a shared word: a spin for an answer that is about to come,
-/// then sleeps on the word that grow from a tenth of a millisecond to a limit. One object serves
-/// one wait on one thread.
+/// then sleeps on the word that grow to a limit. One object serves one wait on one thread.
 class CWaitPacer {
 public:
-    /// Spins for `nSpinUs` microseconds if the habit is for it; sleeps never exceed
-    /// `nLongestSleepUs` microseconds. Word and habit outlive the wait.
-    CWaitPacer(const std::uint32_t* pWord, int nSpinUs, int nLongestSleepUs,
+    /// Spins for `nSpinUs` microseconds, if that is not 0 and the habit is for it; then sleeps for
+    /// `nFirstSleepUs` microseconds and longer ones, up to `nLongestSleepUs`. Word and habit
+    /// outlive the wait.
+    CWaitPacer(const std::uint32_t* pWord, int nSpinUs, int nFirstSleepUs, int nLongestSleepUs,
                CSpinHabit& habit) noexcept;
     /// Tells the habit whether the spin has paid.
     ~CWaitPacer();
@@ -58,6 +58,6 @@ private:
     std::uint32_t m_nLooks = 0;
     Clock::duration m_spin;
     Clock::time_point m_spinEnd{};
-    int m_nSleepUs = 100;
+    int m_nSleepUs;
     int m_nLongestSleepUs;
 };

@@ -12,7 +12,8 @@ constexpr useconds_t kPollingPeriodUs = 2000;
 
 // A mutex is freed without a hint, and soon: its waiter looks again after short sleeps.
 constexpr int kEagerSpinUs = 20;
-constexpr int kEagerSleepUs = 200;
+constexpr int kEagerFirstSleepUs = 100;
+constexpr int kEagerLongestSleepUs = 200;
 
 // What this thread has learnt from its waits for commands, and from those for a mutex.
 thread_local CSpinHabit commandHabit;
@@ -99,7 +100,8 @@ bool LeaveOnTimeout(ConditionWords* pCondition) noexcept {
 // beyond the limit is not waited for.
 bool AwaitCommand(ConditionWords* pCondition, std::int64_t lDeadline, WaitPace const& pace,
                   std::int64_t lLimit) noexcept {
-    CWaitPacer pacer(&pCondition->nCommand, pace.nSpinUs, pace.nLongestSleepUs, commandHabit);
+    CWaitPacer pacer(&pCondition->nCommand, pace.nSpinUs, pace.nFirstSleepUs, pace.nLongestSleepUs,
+                     commandHabit);
     for (;;) {
         if (ReadWord(&pCondition->nCommand) != kCommandSleep) {
             if (TakeCommand(pCondition)) return true;
@@ -132,7 +134,7 @@ bool AcquireWord(std::uint32_t* pWord, std::int64_t lDeadline) noexcept {
 }
 
 bool AcquireWordEagerly(std::uint32_t* pWord, std::int64_t lDeadline) noexcept {
-    CWaitPacer pacer(pWord, kEagerSpinUs, kEagerSleepUs, mutexHabit);
+    CWaitPacer pacer(pWord, kEagerSpinUs, kEagerFirstSleepUs, kEagerLongestSleepUs, mutexHabit);
     while (!TryAcquireWord(pWord)) {
         if (HasPassed(lDeadline)) return false;
         pacer.Pause(1, kNoDeadline);

@@ -51,15 +51,19 @@ bool NotifyOneAndRelease(ConditionWords* pCondition, std::uint32_t* pMutex,
 /// How a waiter spends its time between two looks at the command word, and how it takes the mutex
 /// back. The other side sees nothing of it.
 struct WaitPace {
-    int nSpinUs;          ///< how long it spins before the first sleep, where that pays
+    int nSpinUs;          ///< how long it spins before the first sleep, where that pays; 0: never
+    int nFirstSleepUs;    ///< first sleep between two looks, in microseconds; the next ones grow
     int nLongestSleepUs;  ///< longest sleep between two looks, in microseconds
     bool fEagerMutex;     ///< take the mutex back eagerly instead of every 2 milliseconds
 };
 
 /// The pace of a client that waits for its reply.
-inline constexpr WaitPace kClientPace{120, 1000, false};
-/// The pace of a host that waits for requests, for minutes or for microseconds.
-inline constexpr WaitPace kHostPace{60, 10'000, true};
+inline constexpr WaitPace kClientPace{120, 100, 1000, false};
+/// The pace of a host that has just answered and may be asked again at once.
+inline constexpr WaitPace kHostPace{60, 100, 10'000, true};
+/// The pace of a host that has waited in vain for a while: it costs next to nothing, and whoever
+/// gives no hint waits a little longer.
+inline constexpr WaitPace kIdleHostPace{0, 20'000, 20'000, true};
 
 /// Waits on a condition with `*pMutex` held: frees the mutex while waiting and holds it again on
 /// return, however long that takes. True when notified, false when the deadline came first. When a

@@ -45,7 +45,7 @@ TEST(WaitPacer, ComesBackFromEveryPause) {
     const std::uint32_t nWord = kExpected;
     CSpinHabit habit;
     {
-        CWaitPacer pacer(&nWord, 0, 1, habit);
+        CWaitPacer pacer(&nWord, 1, 1, 1, habit);
         for (int i = 0; i < 200; ++i) pacer.Pause(kExpected, 1);
     }
     EXPECT_FALSE(habit.ShouldSpin());
@@ -54,15 +54,26 @@ TEST(WaitPacer, ComesBackFromEveryPause) {
 TEST(WaitPacer, TellsTheHabitThatAShortWaitHasPaid) {
     const std::uint32_t nWord = kExpected;
     CSpinHabit habit;
-    { const CWaitPacer pacer(&nWord, 1'000'000, 1, habit); }
+    { const CWaitPacer pacer(&nWord, 1'000'000, 1, 1, habit); }
     EXPECT_TRUE(habit.ShouldSpin());
+}
+
+TEST(WaitPacer, LeavesTheHabitAloneWhereItShallNotSpin) {
+    const std::uint32_t nWord = kExpected;
+    CSpinHabit habit;
+    habit.WasInVain();
+    {
+        CWaitPacer pacer(&nWord, 0, 1, 1, habit);
+        pacer.Pause(kExpected, 1);
+    }
+    EXPECT_EQ(WaitsWithoutSpin(habit), 1);
 }
 
 TEST(WaitPacer, DoesNotSleepOnAWordThatHasChanged) {
     const std::uint32_t nWord = kExpected + 1;
     CSpinHabit habit;
     habit.WasInVain();
-    CWaitPacer pacer(&nWord, 1, 1'000'000'000, habit);
+    CWaitPacer pacer(&nWord, 1, 1, 1'000'000'000, habit);
     pacer.Pause(kExpected, 1'000'000'000);
 }
 
