@@ -110,6 +110,7 @@ void Draw(benchmark::State& state, NSButtonCell* (*make)(), What what, std::int3
 
 BENCHMARK_CAPTURE(Draw, stock_rounded_bezel, StockButton, What::Bezel, 1)->UseRealTime();
 BENCHMARK_CAPTURE(Draw, flat_bezel, OwnButton, What::Bezel, 1)->UseRealTime();
+BENCHMARK_CAPTURE(Draw, stock_popup_bezel, StockPopUp, What::Bezel, 1)->UseRealTime();
 BENCHMARK_CAPTURE(Draw, flat_popup_bezel, OwnPopUp, What::Bezel, 1)->UseRealTime();
 BENCHMARK_CAPTURE(Draw, shaded_bezel, OwnButton, What::Bezel, 0)->UseRealTime();
 BENCHMARK_CAPTURE(Draw, stock_popup, StockPopUp, What::Control, 1)->UseRealTime();

@@ -62,32 +62,16 @@ struct CPlugInSlot {
     std::atomic<float> result{0};
 };
 
-struct CStress {
-    jack_client_t* client = nullptr;
-    std::array<CPlugInSlot, std::size(kUris)> slots;
-    std::uint32_t nNoise = 1;
-    std::int64_t lExpected = -1;
-    double dCycle = 0;
-    std::atomic<long> nCycles{0};
-    std::atomic<long> nXruns{0};
+// How long something took of each cycle.
+struct CRunTimes {
     std::atomic<double> dWorstWall{0};
     std::atomic<double> dWorstCpu{0};
     std::atomic<double> dTotal{0};
     std::atomic<long> nRuns{0};
-    std::atomic<long> nHeavy{0};
-
-    static int CountXrun(void* data) {
-        ++static_cast<CStress*>(data)->nXruns;
-        return 0;
-    }
-
-    static int Process(jack_nframes_t nFrames, void* data) {
-        static_cast<CStress*>(data)->Cycle(nFrames);
-        return 0;
-    }
+    std::atomic<long> nHeavy{0};  ///< over a tenth of the cycle
 
     template <typename Action>
-    void Measure(Action action) {
+    void Measure(double dCycle, Action action) {
         const double dWall = Seconds(CLOCK_MONOTONIC);
         const double dCpu = Seconds(CLOCK_THREAD_CPUTIME_ID);
         action();
@@ -97,6 +81,28 @@ struct CStress {
         dTotal = dTotal + dTook;
         ++nRuns;
         if (dTook > 0.1 * dCycle) ++nHeavy;
+    }
+};
+
+struct CStress {
+    jack_client_t* client = nullptr;
+    std::array<CPlugInSlot, std::size(kUris)> slots;
+    std::uint32_t nNoise = 1;
+    std::int64_t lExpected = -1;
+    double dCycle = 0;
+    std::atomic<long> nCycles{0};
+    std::atomic<long> nXruns{0};
+    CRunTimes plugIns;
+    CRunTimes yardstick;
+
+    static int CountXrun(void* data) {
+        ++static_cast<CStress*>(data)->nXruns;
+        return 0;
+    }
+
+    static int Process(jack_nframes_t nFrames, void* data) {
+        static_cast<CStress*>(data)->Cycle(nFrames);
+        return 0;
     }
 
     // Some microseconds of arithmetic that touch no memory: what the machine adds to them it adds
@@ -110,10 +116,8 @@ struct CStress {
         jack_position_t position{};
         const bool fRolling = jack_transport_query(client, &position) == JackTransportRolling;
         for (CPlugInSlot& slot : slots) {
-            if (!slot.host) {
-                Measure([this] { Yardstick(); });
-                continue;
-            }
+            yardstick.Measure(dCycle, [this] { Yardstick(); });
+            if (!slot.host) continue;
             CPlugInHost& host = *slot.host;
             host.controls[portCapture] = slot.capture;
             host.controls[portReturn] = slot.returned;
@@ -123,23 +127,29 @@ struct CStress {
                 host.inputs[0][nFrame] = static_cast<float>(static_cast<int>(nNoise)) / 4e9F;
             }
             host.SetTransport(0, position.frame, fRolling ? 1.0F : 0.0F);
-            Measure([&host, nFrames] { host.Run(nFrames); });
+            plugIns.Measure(dCycle, [&host, nFrames] { host.Run(nFrames); });
             slot.result = host.controls[portResult];
         }
         ++nCycles;
     }
 };
 
-void Report(CStress const& stress, seconds elapsed) {
-    const double dMean = stress.dTotal / static_cast<double>(std::max(1L, stress.nRuns.load()));
+void Report(const char* szWhat, CRunTimes const& times, double dCycle) {
+    const double dMean = times.dTotal / static_cast<double>(std::max(1L, times.nRuns.load()));
     std::printf(
-        "%5lld s  cycles %ld  dropouts %ld  run: mean %.2f us, worst %.1f us (%.2f %%), by "
-        "the clock %.1f us, over a tenth of the cycle %ld of %ld",
-        static_cast<long long>(elapsed.count()), stress.nCycles.load(), stress.nXruns.load(),
-        1e6 * dMean, 1e6 * stress.dWorstCpu, 100 * stress.dWorstCpu / stress.dCycle,
-        1e6 * stress.dWorstWall, stress.nHeavy.load(), stress.nRuns.load());
-    std::printf("  results %g %g %g  resident %ld kB\n", stress.slots[0].result.load(),
-                stress.slots[1].result.load(), stress.slots[2].result.load(), ResidentKilobytes());
+        "  %s: mean %.2f us, worst %.1f us (%.2f %%), by the clock %.1f us, over a tenth "
+        "of the cycle %ld of %ld\n",
+        szWhat, 1e6 * dMean, 1e6 * times.dWorstCpu, 100 * times.dWorstCpu / dCycle,
+        1e6 * times.dWorstWall, times.nHeavy.load(), times.nRuns.load());
+}
+
+void Report(CStress const& stress, seconds elapsed) {
+    std::printf("%5lld s  cycles %ld  dropouts %ld  results %g %g %g  resident %ld kB\n",
+                static_cast<long long>(elapsed.count()), stress.nCycles.load(),
+                stress.nXruns.load(), stress.slots[0].result.load(), stress.slots[1].result.load(),
+                stress.slots[2].result.load(), ResidentKilobytes());
+    Report("plug-ins ", stress.plugIns, stress.dCycle);
+    Report("yardstick", stress.yardstick, stress.dCycle);
     std::fflush(stdout);
 }
 
@@ -224,10 +234,10 @@ int main(int argc, char** argv) {
     bool fWindows = false;
     bool fNone = false;
     app.add_option("modules", strModules, "directory with the plug-ins' modules")->required();
+    app.add_flag("--none", fNone, "no plug-ins: what the machine does by itself");
     app.add_option("--minutes", dMinutes, "how long");
     app.add_option("--host", strHost, "the reference host's program, to be killed and restarted");
     app.add_flag("--windows", fWindows, "open and close windows");
-    app.add_flag("--none", fNone, "no plug-ins: what the machine does by itself");
     CLI11_PARSE(app, argc, argv);
 
     CStress stress;
@@ -269,7 +279,10 @@ int main(int argc, char** argv) {
     for (CPlugInSlot& slot : stress.slots) slot.window.reset();
     for (CPlugInSlot& slot : stress.slots) slot.host.reset();
     jack_client_close(stress.client);
-    const bool fLight = stress.dWorstCpu < 0.1 * stress.dCycle;
-    std::printf("worst run %s a tenth of the cycle\n", fLight ? "below" : "ABOVE");
+    // What the machine adds to a run it adds to the yardstick as well.
+    const bool fLight = stress.plugIns.dWorstCpu < 0.1 * stress.dCycle ||
+                        stress.plugIns.nHeavy <= 2 * stress.yardstick.nHeavy;
+    std::printf("runs over a tenth of the cycle: %s\n",
+                fLight ? "none, or no more than the machine makes" : "TOO MANY");
     return fLight ? 0 : 1;
 }
