@@ -142,7 +142,8 @@ Finding AnswersManyClients(CCheckedHost& host) {
     {
         std::vector<std::jthread> clients;
         for (int nClient = 1; nClient <= kClients; ++nClient) {
-            clients.emplace_back([&] { nOwn += CountOwnAnswers(host, nClient, kExchangesOfEach); });
+            clients.emplace_back(
+                [&, nClient] { nOwn += CountOwnAnswers(host, nClient, kExchangesOfEach); });
         }
     }
     constexpr int kAll = kClients * kExchangesOfEach;
