@@ -1,7 +1,7 @@
 #include "host/LeftoverSegment.h"
 
+#include <algorithm>
 #include <boost/interprocess/exceptions.hpp>
-#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -33,7 +33,7 @@ void PutText(CMappedSegment const& segment, std::int32_t nOffset, std::string_vi
         nStart + text.size() >= segment.Size()) {
         return;
     }
-    std::memcpy(segment.Bytes() + nStart, text.data(), text.size());
+    std::copy(text.begin(), text.end(), segment.Bytes() + nStart);
     segment.Bytes()[nStart + text.size()] = 0;
 }
 
