@@ -3,7 +3,7 @@
 #include <chrono>
 #include <utility>
 
-#include "host/LeftoverSegment.h"
+#include "host/Farewell.h"
 #include "link/LinkClock.h"
 #include "link/WordProtocol.h"
 

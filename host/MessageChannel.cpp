@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cstring>
+#include <string_view>
 #include <utility>
 
+#include "host/Farewell.h"
 #include "link/LinkClock.h"
 #include "link/WordProtocol.h"
 #include "platform/WordWait.h"
@@ -11,8 +13,13 @@
 namespace {
 
 // How long the thread waits for anything before it looks after the client.
-constexpr std::int64_t kLookUs = 100'000;
+constexpr std::int64_t kLookUs = 20'000;
+// So many looks in vain, and the host rests.
+constexpr int kLooksUntilIdle = 5;
 constexpr char kRequestTaken = 1;
+constexpr std::string_view strHostFailed = "The host application failed to carry this out.";
+constexpr std::string_view strReplyCut = "the reply was cut after 1048575 bytes";
+static_assert(MessageLayout::kReplySize == 1048576);
 
 bool IsSet(const std::uint8_t* pFlag) noexcept {
     return __atomic_load_n(pFlag, __ATOMIC_SEQ_CST) != 0;
@@ -26,46 +33,49 @@ void SetWord(std::uint32_t* pWord, std::uint32_t nValue) noexcept {
     __atomic_store_n(pWord, nValue, __ATOMIC_SEQ_CST);
 }
 
-void PutConditionToRest(ConditionWords& condition) noexcept {
-    SetWord(&condition.nWaiterCount, 0);
-    SetWord(&condition.nCommand, kCommandSleep);
-    SetWord(&condition.nEnterLock, 0);
-}
-
 // Every client ends its request with a NUL in the capacity's last byte. Another value there marks
 // the request as taken, so that a later one is told apart from it even if its text is the same.
 char* TakenMark(CHostMessageSegment const& segment) noexcept {
     return segment.Buffer() + MessageLayout::kRequestCapacity - 1;
 }
 
-// Copies what fits with its NUL; true when all of it did.
-bool CopyText(std::string const& text, char* pTarget, std::size_t nTargetSize) noexcept {
-    const std::size_t nLength = std::min(text.size(), nTargetSize - 1);
-    std::memcpy(pTarget, text.data(), nLength);
-    pTarget[nLength] = '\0';
-    return nLength == text.size();
-}
+// Writes texts one after the other into a buffer, as far as they fit with a NUL behind them.
+class CTextBuffer {
+public:
+    CTextBuffer(char* pStart, std::size_t nSize) noexcept : m_pNext(pStart), m_nLeft(nSize - 1) {
+        *m_pNext = '\0';
+    }
+
+    // False when the text was cut.
+    bool Add(std::string_view text) noexcept {
+        const std::size_t nLength = std::min(text.size(), m_nLeft);
+        std::memcpy(m_pNext, text.data(), nLength);
+        m_pNext += nLength;
+        m_nLeft -= nLength;
+        *m_pNext = '\0';
+        return nLength == text.size();
+    }
+
+private:
+    char* m_pNext;
+    std::size_t m_nLeft;
+};
 
 }  // namespace
 
 CMessageChannel::CMessageChannel(int nId, SegmentName name, Handler handler)
     : m_handler(std::move(handler)),
       m_segment(nId, name),
-      m_watch(m_segment.Descriptor(), Record()),
-      m_thread([this] { Serve(); }) {}
+      m_watch(m_segment.Descriptor(), Record()) {
+    m_strRequest.reserve(MessageLayout::kRequestCapacity);
+    m_thread = std::thread([this] { Serve(); });
+}
 
 CMessageChannel::~CMessageChannel() {
     Set(&Record()->fClosed, 1);
-    WaitLimit limit{LinkTimeNow() + kLookUs};
-    if (AcquireWordEagerly(&Record()->nExchangeMutex, limit.lTime)) {
-        NotifyOne(&Record()->requestCondition, &limit);
-        ReleaseWord(&Record()->nExchangeMutex);
-    }
-    WakeWord(&Record()->requestCondition.nCommand);
     m_thread.join();
-    // Who waits behind a dead or halted client now finds the segment closed, and writes nothing.
-    SetWord(&Record()->nExchangeMutex, 0);
-    SetWord(&Record()->nRequestLock, 0);
+    SendEverybodyAway(m_segment.Descriptor(), reinterpret_cast<unsigned char*>(Record()),
+                      MessageLayout::kSegmentSize);
 }
 
 bool CMessageChannel::Replace(CMessageChannel& old) noexcept {
@@ -75,24 +85,23 @@ bool CMessageChannel::Replace(CMessageChannel& old) noexcept {
 }
 
 void CMessageChannel::Serve() {
-    while (GoesOn()) {
-        if (!m_fMutexHeld) {
-            if (!TakeMutex()) MendIfHolderIsGone();
-        } else if (HasNewRequest()) {
+    while (!IsOver() && TakeMutex()) {
+        if (HasNewRequest()) {
             AnswerRequest();
         } else {
             WaitForRequest();
-            if (!m_fMutexHeld || !HasNewRequest()) MendIfHolderIsGone();
         }
     }
-    if (m_fMutexHeld) ReleaseWord(&Record()->nExchangeMutex);
+    // Who had passed the closed flag is answered still.
+    if (IsClosed() && TakeMutex() && HasNewRequest()) AnswerRequest();
+    if (m_fMutexHeld) FreeMutex();
     m_fEnded = true;
 }
 
-// A closed channel still answers the client that waits.
-bool CMessageChannel::GoesOn() {
-    if (IsClosed()) return TakeMutex() && IsClientWaiting();
-    return !m_fReplaced || !HasNobody();
+// Once replaced, nobody comes any more.
+bool CMessageChannel::IsOver() {
+    if (IsClosed()) return true;
+    return m_fReplaced && CExclusiveUse(m_segment.Descriptor()).Others() == OtherUsers::None;
 }
 
 bool CMessageChannel::IsClosed() const noexcept {
@@ -103,79 +112,95 @@ bool CMessageChannel::HasNewRequest() const noexcept {
     return IsSet(&Record()->fPending) && *TakenMark(m_segment) != kRequestTaken;
 }
 
-bool CMessageChannel::IsClientWaiting() const noexcept {
-    const std::uint32_t* const pWaiters = &Record()->replyCondition.nWaiterCount;
-    return HasNewRequest() && __atomic_load_n(pWaiters, __ATOMIC_SEQ_CST) > 0;
-}
-
-// Once replaced, nobody comes any more.
-bool CMessageChannel::HasNobody() {
-    return CExclusiveUse(m_segment.Descriptor()).Others() == OtherUsers::None;
-}
-
+// False when it is over and the mutex was not to be had.
 bool CMessageChannel::TakeMutex() {
-    if (!m_fMutexHeld) {
+    while (!m_fMutexHeld) {
         m_fMutexHeld = AcquireWordEagerly(&Record()->nExchangeMutex, LinkTimeNow() + kLookUs);
+        if (!m_fMutexHeld && !LookAround() && IsOver()) return false;
     }
-    return m_fMutexHeld;
+    m_watch.NoteProgress();
+    return true;
 }
 
+void CMessageChannel::FreeMutex() noexcept {
+    ReleaseWord(&Record()->nExchangeMutex);
+    m_fMutexHeld = false;
+}
+
+// The thread stays among the waiters until a request comes.
 void CMessageChannel::WaitForRequest() {
-    // Clients touch this condition with the mutex only, so nobody is in it.
-    PutConditionToRest(Record()->requestCondition);
-    WaitLimit limit{LinkTimeNow() + 2 * kLookUs};
-    const bool fNotified =
-        WaitOnCondition(&Record()->requestCondition, &Record()->nExchangeMutex,
-                        LinkTimeNow() + kLookUs, m_fIdle ? kIdleHostPace : kHostPace, &limit);
-    m_fIdle = !fNotified;
-    m_fMutexHeld = !limit.fReached;
+    ConditionWords* const pCondition = &Record()->requestCondition;
+    JoinWaiters(pCondition, &Record()->nExchangeMutex, kNoDeadline);
+    m_fMutexHeld = false;
+    for (int nLooks = 0;; ++nLooks) {
+        WaitPace const& pace = nLooks < kLooksUntilIdle ? kHostPace : kIdleHostPace;
+        if (AwaitCommand(pCondition, LinkTimeNow() + kLookUs, pace)) break;
+        if (LookAround() || IsOver()) return;
+    }
+    m_watch.NoteProgress();
 }
 
 // Called with the exchange mutex held. It is free while the script runs, so that a client whose
 // time-out ends can go its way.
 void CMessageChannel::AnswerRequest() {
+    ConditionWords* const pCondition = &Record()->replyCondition;
     const char* const pRequest = m_segment.Buffer();
-    const std::string strRequest(pRequest, strnlen(pRequest, MessageLayout::kRequestCapacity));
+    m_strRequest.assign(pRequest, strnlen(pRequest, MessageLayout::kRequestCapacity));
     *TakenMark(m_segment) = kRequestTaken;
-    ReleaseWord(&Record()->nExchangeMutex);
-    m_fMutexHeld = false;
+    FreeMutex();
 
-    const CServerReply reply = m_handler(strRequest);
-    m_watch.NoteProgress();
+    const std::optional<CServerReply> reply = RunRequest();
 
-    for (bool fWritten = false; TakeMutexForReply() && !HasNewRequest(); fWritten = true) {
+    for (bool fWritten = false; TakeMutex() && !HasNewRequest(); fWritten = true) {
         if (!fWritten) WriteReply(reply);
         Set(&Record()->fPending, 0);
-        WaitLimit limit{LinkTimeNow() + kLookUs};
-        const bool fNotified =
-            NotifyOneAndRelease(&Record()->replyCondition, &Record()->nExchangeMutex, &limit);
-        m_fMutexHeld = false;
-        if (fNotified) WakeWord(&Record()->replyCondition.nCommand);
-        if (!limit.fReached || MendIfHolderIsGone() || IsClosed()) break;
+        if (AcquireWordEagerly(&pCondition->nEnterLock, LinkTimeNow() + kLookUs)) {
+            const bool fNotified = NotifyOneEntered(pCondition, &Record()->nExchangeMutex);
+            m_fMutexHeld = false;
+            m_watch.NoteProgress();
+            if (fNotified) WakeWord(&pCondition->nCommand);
+            return;
+        }
+        FreeMutex();
+        if (!AwaitFreeEnterLock(*pCondition)) return;
     }
 }
 
-// False when there is nobody to reply to any more.
-bool CMessageChannel::TakeMutexForReply() {
-    while (!TakeMutex()) {
-        if (MendIfHolderIsGone() || IsClosed()) return false;
+// Its client is on the way into the condition or out of it, and may need the mutex, which is free
+// meanwhile. False when there is nobody to reply to any more.
+bool CMessageChannel::AwaitFreeEnterLock(ConditionWords& condition) noexcept {
+    while (__atomic_load_n(&condition.nEnterLock, __ATOMIC_SEQ_CST) != 0) {
+        if (LookAround() || IsOver()) return false;
+        SleepOnWord(&condition.nEnterLock, 1, kLookUs);
     }
     return true;
 }
 
-void CMessageChannel::WriteReply(CServerReply const& reply) {
-    std::string strError = reply.strError;
-    if (!CopyText(reply.strReply, m_segment.Buffer(), MessageLayout::kReplySize)) {
-        if (!strError.empty()) strError += "; ";
-        strError +=
-            "the reply was cut after " + std::to_string(MessageLayout::kReplySize - 1) + " bytes";
+std::optional<CServerReply> CMessageChannel::RunRequest() noexcept {
+    try {
+        return m_handler(m_strRequest);
+    } catch (std::exception const&) {
+        return std::nullopt;
     }
-    CopyText(strError, m_segment.ErrorText(), MessageLayout::kErrorSize);
 }
 
-// True when a dead client's words have been put to rest; this thread then holds the mutex.
-bool CMessageChannel::MendIfHolderIsGone() {
-    if (!m_watch.IsSuspicious()) return false;
+void CMessageChannel::WriteReply(std::optional<CServerReply> const& reply) noexcept {
+    CTextBuffer text(m_segment.Buffer(), MessageLayout::kReplySize);
+    CTextBuffer error(m_segment.ErrorText(), MessageLayout::kErrorSize);
+    if (!reply) {
+        error.Add(strHostFailed);
+        return;
+    }
+    error.Add(reply->strError);
+    if (text.Add(reply->strReply)) return;
+    if (!reply->strError.empty()) error.Add("; ");
+    error.Add(strReplyCut);
+}
+
+// True when a dead client's words have been put to rest; this thread then holds the mutex, and does
+// not wait for anything any more.
+bool CMessageChannel::LookAround() noexcept {
+    if (IsClosed() || !m_watch.IsSuspicious()) return false;
     {
         const CExclusiveUse use(m_segment.Descriptor());
         if (use.Others() == OtherUsers::None && m_watch.IsSuspicious()) {
@@ -184,7 +209,7 @@ bool CMessageChannel::MendIfHolderIsGone() {
         }
     }
     const Holder holder = m_watch.Judge();
-    m_fHeldUp = m_fHeldUp || holder == Holder::Halted;
+    m_fHeldUp = m_fHeldUp || holder == Holder::Doubtful;
     if (holder != Holder::Gone) return false;
     PutToRest();
     return true;
@@ -198,8 +223,12 @@ void CMessageChannel::PutToRest() noexcept {
     SetWord(&pRecord->nExchangeMutex, 1);
     m_fMutexHeld = true;
     Set(&pRecord->fPending, 0);
-    PutConditionToRest(pRecord->requestCondition);
-    PutConditionToRest(pRecord->replyCondition);
+    for (ConditionWords* const pCondition :
+         {&pRecord->requestCondition, &pRecord->replyCondition}) {
+        SetWord(&pCondition->nWaiterCount, 0);
+        SetWord(&pCondition->nCommand, kCommandSleep);
+        SetWord(&pCondition->nEnterLock, 0);
+    }
     m_watch.NoteProgress();
     SetWord(&pRecord->nRequestLock, 0);
 }

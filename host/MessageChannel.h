@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -18,20 +19,22 @@ struct CServerReply {
 
 /// One message segment and the thread that answers the requests in it, one after the other.
 ///
-/// A client may die at any step and leave its words behind; the thread waits for nothing longer
-/// than a moment without looking whether that has happened. When the client that had the segment is
-/// certainly dead, the words are put back to rest and the request lock is freed for the next. When
-/// the client may be alive but does not run, nothing in the segment is touched: `IsHeldUp` then
-/// asks for another channel under the host's name, and this one goes on for those who are still in
-/// it.
+/// A client may die at any step and leave its words behind. Whenever the thread has waited for a
+/// moment in vain, it looks around: when the client that had the segment is proven dead, the words
+/// are put back to rest and the request lock is freed for the next. When the client may be alive,
+/// nothing in the segment is touched: `IsHeldUp` then asks for another channel under the host's
+/// name, and this one goes on for those who are still in it. It looks around only where it owes
+/// nothing to anybody: without the mutex, and never between an enter lock and its command.
 class CMessageChannel {
 public:
+    /// One that throws has failed; the client then gets a text that says so.
     using Handler = std::function<CServerReply(std::string const& request)>;
 
     /// Makes the segment and starts answering with `handler`, on a thread of its own. Throws
     /// `CHostSegmentError` when the segment cannot be had.
     CMessageChannel(int nId, SegmentName name, Handler handler);
-    /// Closes the segment to new requests, answers the one under way and removes the segment.
+    /// Closes the segment to new requests, answers the one under way, sends away who is in it
+    /// without an answer, and removes the segment.
     ~CMessageChannel();
     CMessageChannel(CMessageChannel const&) = delete;
     CMessageChannel& operator=(CMessageChannel const&) = delete;
@@ -48,17 +51,17 @@ public:
 
 private:
     void Serve();
-    bool GoesOn();
+    bool IsOver();
     bool IsClosed() const noexcept;
     bool HasNewRequest() const noexcept;
-    bool IsClientWaiting() const noexcept;
     bool TakeMutex();
+    void FreeMutex() noexcept;
     void WaitForRequest();
     void AnswerRequest();
-    bool TakeMutexForReply();
-    void WriteReply(CServerReply const& reply);
-    bool MendIfHolderIsGone();
-    bool HasNobody();
+    bool AwaitFreeEnterLock(ConditionWords& condition) noexcept;
+    std::optional<CServerReply> RunRequest() noexcept;
+    void WriteReply(std::optional<CServerReply> const& reply) noexcept;
+    bool LookAround() noexcept;
     void PutToRest() noexcept;
 
     MessageRecord* Record() const noexcept { return m_segment.Record(); }
@@ -66,8 +69,8 @@ private:
     const Handler m_handler;
     CHostMessageSegment m_segment;
     CHolderWatch m_watch;
+    std::string m_strRequest;   ///< has room for the longest one
     bool m_fMutexHeld = false;  ///< by the answering thread
-    bool m_fIdle = false;       ///< nobody has asked for a while
     std::atomic<bool> m_fHeldUp = false;
     std::atomic<bool> m_fReplaced = false;
     std::atomic<bool> m_fEnded = false;

@@ -1,6 +1,5 @@
 #include "link/TANClientInterProcess.h"
 
-#include <algorithm>
 #include <boost/interprocess/exceptions.hpp>
 #include <cerrno>
 #include <cstring>
@@ -23,9 +22,6 @@ constexpr int kStatusTimeout = 121;
 constexpr int kStatusBadSegment = EINVAL;
 constexpr int kNoHost = -1;
 constexpr int kDirectoryLockTimeoutMs = 1000;
-// An exchange has three waits, each of which may take the whole time-out.
-constexpr int kWaitsPerExchange = 3;
-constexpr std::int64_t kLeastLimitUs = 10'000;
 constexpr std::size_t kLongestLine = 4095;
 
 constexpr char strTavarinNotRunning[] = "Error - Tavarin Pro is not running.";
@@ -44,33 +40,20 @@ int ReadCurrentHost(DirectoryRecord* pDirectory) noexcept {
     return fStale ? kNoHost : pDirectory->nCurrentHost;
 }
 
-// When an exchange ends whatever a dead host left in the words. It leaves a healthy one alone, also
-// one whose time-out is 0.
-WaitLimit LimitOfExchange(int timeoutMs) noexcept {
-    if (timeoutMs == kWaitForEver) return {};
-    const std::int64_t lLongestUs = std::int64_t{timeoutMs} * 1000 * kWaitsPerExchange;
-    return {LinkTimeNow() + std::max(lLongestUs, kLeastLimitUs)};
-}
-
-// Sends the request and waits for its answer with both locks held by the caller, who no longer has
-// the exchange mutex when the limit was reached while waiting.
-int DeliverRequest(CMessageSegment& segment, std::string const& request, int timeoutMs,
-                   CWordLock& exchangeMutex, WaitLimit& limit) {
+// Sends the request and waits for its answer, with both locks held by the caller.
+int DeliverRequest(CMessageSegment& segment, std::string const& request, int timeoutMs) {
     MessageRecord* const pRecord = segment.Record();
     if (segment.IsClosed()) return kStatusClosed;
 
     segment.WriteRequest(request);
-    const bool fNotified = NotifyOne(&pRecord->requestCondition, &limit);
-    if (limit.fReached) return kStatusTimeout;
+    const bool fNotified = NotifyOne(&pRecord->requestCondition);
     segment.SetPending();
     if (segment.IsClosed()) return kStatusClosed;
     if (!segment.IsPending()) return kExchangeDone;
-    const std::int64_t lDeadline = std::min(DeadlineFromTimeout(timeoutMs), limit.lTime);
-    const bool fAnswered =
-        WaitOnCondition(&pRecord->replyCondition, &pRecord->nExchangeMutex, lDeadline, kClientPace,
-                        &limit, fNotified ? &pRecord->requestCondition.nCommand : nullptr);
-    if (limit.fReached) exchangeMutex.Forget();
-    return fAnswered && !limit.fReached ? kExchangeDone : kStatusTimeout;
+    const bool fAnswered = WaitOnCondition(
+        &pRecord->replyCondition, &pRecord->nExchangeMutex, DeadlineFromTimeout(timeoutMs),
+        kClientPace, fNotified ? &pRecord->requestCondition.nCommand : nullptr);
+    return fAnswered ? kExchangeDone : kStatusTimeout;
 }
 
 // Takes one line and its line end off the front of the text, which has no NUL.
@@ -157,13 +140,12 @@ int CTANClientInterProcess::SendTANMessage(int id, std::string& request, std::st
 int CTANClientInterProcess::Exchange(CMessageSegment& segment, std::string const& request,
                                      std::string& reply, int timeoutMs) {
     MessageRecord* const pRecord = segment.Record();
-    WaitLimit limit = LimitOfExchange(timeoutMs);
     const CWordLock requestLock(&pRecord->nRequestLock, DeadlineFromTimeout(timeoutMs));
     if (!requestLock.IsHeld()) return kStatusTimeout;
-    CWordLock exchangeMutex(&pRecord->nExchangeMutex, DeadlineFromTimeout(timeoutMs));
+    const CWordLock exchangeMutex(&pRecord->nExchangeMutex, DeadlineFromTimeout(timeoutMs));
     if (!exchangeMutex.IsHeld()) return segment.IsClosed() ? kStatusClosed : kStatusTimeout;
 
-    const int nStatus = DeliverRequest(segment, request, timeoutMs, exchangeMutex, limit);
+    const int nStatus = DeliverRequest(segment, request, timeoutMs);
     if (nStatus != kExchangeDone) return nStatus;
 
     reply = segment.ReadReply();

@@ -14,6 +14,8 @@ constexpr useconds_t kPollingPeriodUs = 2000;
 constexpr int kEagerSpinUs = 20;
 constexpr int kEagerFirstSleepUs = 100;
 constexpr int kEagerLongestSleepUs = 200;
+// Between two looks of a waiter whose deadline came while a notification was under way.
+constexpr int kLastLooksUs = 100;
 
 // What this thread has learnt from its waits for commands, and from those for a mutex.
 thread_local CSpinHabit commandHabit;
@@ -31,44 +33,8 @@ std::uint32_t SwapWord(std::uint32_t* pWord, std::uint32_t nExpected,
     return nExpected;
 }
 
-std::int64_t TimeOf(const WaitLimit* pLimit) noexcept {
-    return pLimit ? pLimit->lTime : kNoDeadline;
-}
-
 bool HasPassed(std::int64_t lTime) noexcept {
     return lTime != kNoDeadline && LinkTimeNow() >= lTime;
-}
-
-// Takes the enter lock and keeps it when there is a waiter.
-bool EnterAsNotifier(ConditionWords* pCondition, WaitLimit* pLimit) noexcept {
-    if (!AcquireWord(&pCondition->nEnterLock, TimeOf(pLimit))) {
-        pLimit->fReached = true;
-        return false;
-    }
-    if (ReadWord(&pCondition->nWaiterCount) > 0) return true;
-    ReleaseWord(&pCondition->nEnterLock);
-    return false;
-}
-
-bool CommandOneWaiter(ConditionWords* pCondition, WaitLimit* pLimit) noexcept {
-    while (SwapWord(&pCondition->nCommand, kCommandSleep, kCommandNotifyOne) != kCommandSleep) {
-        if (HasPassed(TimeOf(pLimit))) {
-            pLimit->fReached = true;
-            ReleaseWord(&pCondition->nEnterLock);
-            return false;
-        }
-        sched_yield();
-    }
-    return true;
-}
-
-bool EnterAsWaiter(ConditionWords* pCondition, std::uint32_t* pMutex,
-                   std::int64_t lDeadline) noexcept {
-    const CWordLock enter(&pCondition->nEnterLock, lDeadline);
-    if (!enter.IsHeld()) return false;
-    __atomic_add_fetch(&pCondition->nWaiterCount, 1, __ATOMIC_SEQ_CST);
-    ReleaseWord(pMutex);
-    return true;
 }
 
 // Takes the command that was given; false when another waiter was faster.
@@ -87,36 +53,13 @@ bool TakeCommand(ConditionWords* pCondition) noexcept {
     return true;
 }
 
-// Leaves the waiters when the deadline has come; false while a notification is under way, which
-// this waiter may have to answer.
-bool LeaveOnTimeout(ConditionWords* pCondition) noexcept {
+// Leaves the waiters; false while a notification is under way, which this waiter may have to
+// answer.
+bool LeaveWaiters(ConditionWords* pCondition) noexcept {
     if (!TryAcquireWord(&pCondition->nEnterLock)) return false;
     __atomic_sub_fetch(&pCondition->nWaiterCount, 1, __ATOMIC_SEQ_CST);
     ReleaseWord(&pCondition->nEnterLock);
     return true;
-}
-
-// True when notified, false when the deadline came first. A notifier that keeps the enter lock
-// beyond the limit is not waited for.
-bool AwaitCommand(ConditionWords* pCondition, std::int64_t lDeadline, WaitPace const& pace,
-                  std::int64_t lLimit) noexcept {
-    CWaitPacer pacer(&pCondition->nCommand, pace.nSpinUs, pace.nFirstSleepUs, pace.nLongestSleepUs,
-                     commandHabit);
-    for (;;) {
-        if (ReadWord(&pCondition->nCommand) != kCommandSleep) {
-            if (TakeCommand(pCondition)) return true;
-        }
-        std::int64_t lLeftUs = kNoDeadline;
-        if (lDeadline != kNoDeadline) {
-            lLeftUs = lDeadline - LinkTimeNow();
-            if (lLeftUs <= 0 && LeaveOnTimeout(pCondition)) return false;
-            if (lLeftUs <= 0 && HasPassed(lLimit)) {
-                __atomic_sub_fetch(&pCondition->nWaiterCount, 1, __ATOMIC_SEQ_CST);
-                return false;
-            }
-        }
-        pacer.Pause(kCommandSleep, lLeftUs);
-    }
 }
 
 }  // namespace
@@ -146,26 +89,58 @@ void ReleaseWord(std::uint32_t* pWord) noexcept {
     SwapWord(pWord, 1, 0);
 }
 
-bool NotifyOne(ConditionWords* pCondition, WaitLimit* pLimit) noexcept {
-    return EnterAsNotifier(pCondition, pLimit) && CommandOneWaiter(pCondition, pLimit);
+bool NotifyOne(ConditionWords* pCondition) noexcept {
+    AcquireWord(&pCondition->nEnterLock, kNoDeadline);
+    return NotifyOneEntered(pCondition, nullptr);
 }
 
-bool NotifyOneAndRelease(ConditionWords* pCondition, std::uint32_t* pMutex,
-                         WaitLimit* pLimit) noexcept {
-    const bool fHasWaiter = EnterAsNotifier(pCondition, pLimit);
+bool NotifyOneEntered(ConditionWords* pCondition, std::uint32_t* pMutex) noexcept {
+    const bool fHasWaiter = ReadWord(&pCondition->nWaiterCount) > 0;
+    if (!fHasWaiter) ReleaseWord(&pCondition->nEnterLock);
+    if (pMutex != nullptr) ReleaseWord(pMutex);
+    if (!fHasWaiter) return false;
+    while (SwapWord(&pCondition->nCommand, kCommandSleep, kCommandNotifyOne) != kCommandSleep) {
+        sched_yield();
+    }
+    return true;
+}
+
+bool JoinWaiters(ConditionWords* pCondition, std::uint32_t* pMutex,
+                 std::int64_t lDeadline) noexcept {
+    const CWordLock enter(&pCondition->nEnterLock, lDeadline);
+    if (!enter.IsHeld()) return false;
+    __atomic_add_fetch(&pCondition->nWaiterCount, 1, __ATOMIC_SEQ_CST);
     ReleaseWord(pMutex);
-    return fHasWaiter && CommandOneWaiter(pCondition, pLimit);
+    return true;
+}
+
+bool AwaitCommand(ConditionWords* pCondition, std::int64_t lUntil, WaitPace const& pace) noexcept {
+    CWaitPacer pacer(&pCondition->nCommand, pace.nSpinUs, pace.nFirstSleepUs, pace.nLongestSleepUs,
+                     commandHabit);
+    for (;;) {
+        if (ReadWord(&pCondition->nCommand) != kCommandSleep && TakeCommand(pCondition)) {
+            return true;
+        }
+        const std::int64_t lLeftUs = lUntil == kNoDeadline ? kNoDeadline : lUntil - LinkTimeNow();
+        if (lLeftUs <= 0) return false;
+        pacer.Pause(kCommandSleep, lLeftUs);
+    }
 }
 
 bool WaitOnCondition(ConditionWords* pCondition, std::uint32_t* pMutex, std::int64_t lDeadline,
-                     WaitPace const& pace, WaitLimit* pLimit,
-                     const std::uint32_t* pWordToWake) noexcept {
-    const bool fWaiting = !HasPassed(lDeadline) && EnterAsWaiter(pCondition, pMutex, lDeadline);
+                     WaitPace const& pace, const std::uint32_t* pWordToWake) noexcept {
+    const bool fWaiting = !HasPassed(lDeadline) && JoinWaiters(pCondition, pMutex, lDeadline);
     if (pWordToWake != nullptr) WakeWord(pWordToWake);
     if (!fWaiting) return false;
-    const bool fNotified = AwaitCommand(pCondition, lDeadline, pace, TimeOf(pLimit));
-    const bool fMutexHeld = pace.fEagerMutex ? AcquireWordEagerly(pMutex, TimeOf(pLimit))
-                                             : AcquireWord(pMutex, TimeOf(pLimit));
-    if (!fMutexHeld) pLimit->fReached = true;
+    bool fNotified = AwaitCommand(pCondition, lDeadline, pace);
+    while (!fNotified && !LeaveWaiters(pCondition)) {
+        SleepOnWord(&pCondition->nCommand, kCommandSleep, kLastLooksUs);
+        fNotified = AwaitCommand(pCondition, lDeadline, pace);
+    }
+    if (pace.fEagerMutex) {
+        AcquireWordEagerly(pMutex);
+    } else {
+        AcquireWord(pMutex, kNoDeadline);
+    }
     return fNotified;
 }

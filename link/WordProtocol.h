@@ -26,27 +26,17 @@ bool AcquireWordEagerly(std::uint32_t* pWord, std::int64_t lDeadline = kNoDeadli
 /// Frees a held lock word; a word that is already free stays so.
 void ReleaseWord(std::uint32_t* pWord) noexcept;
 
-/// Bounds the steps to which the protocol gives no deadline: taking an enter lock in order to
-/// notify, placing the command, taking the mutex back. In good health each lasts microseconds, but
-/// when the other side died in the middle of one it would last for ever.
-struct WaitLimit {
-    std::int64_t lTime = kNoDeadline;  ///< link time at which such a step is given up
-    bool fReached = false;             ///< set when one was
-};
-
 /// Wakes one waiter of a condition, if there is one.
 ///
-/// When there was a waiter the enter lock stays held on return, and the woken waiter frees it; the
-/// result then is true. Waits for the enter lock and for an earlier notification to be taken,
-/// without limit unless there is one; a notification that was given up leaves the words as they
-/// were.
-bool NotifyOne(ConditionWords* pCondition, WaitLimit* pLimit = nullptr) noexcept;
+/// Waits for the enter lock, and for an earlier notification to be taken, without limit. When there
+/// was a waiter the enter lock stays held on return, and the woken waiter frees it; the result then
+/// is true.
+bool NotifyOne(ConditionWords* pCondition) noexcept;
 
-/// Does the same with `*pMutex` held and frees the mutex on the way, before the waiter can wake:
-/// the waiter then finds it free. Nobody can join or leave the waiters in between, because the
-/// enter lock is held. The mutex is freed in every case.
-bool NotifyOneAndRelease(ConditionWords* pCondition, std::uint32_t* pMutex,
-                         WaitLimit* pLimit = nullptr) noexcept;
+/// The same for a caller that holds the enter lock already and, unless `pMutex` is null, the mutex,
+/// which is freed before the waiter can wake: it then finds the mutex free. Nobody can join or
+/// leave the waiters in between.
+bool NotifyOneEntered(ConditionWords* pCondition, std::uint32_t* pMutex) noexcept;
 
 /// How a waiter spends its time between two looks at the command word, and how it takes the mutex
 /// back. The other side sees nothing of it.
@@ -66,8 +56,7 @@ inline constexpr WaitPace kHostPace{60, 100, 10'000, true};
 inline constexpr WaitPace kIdleHostPace{0, 20'000, 20'000, true};
 
 /// Waits on a condition with `*pMutex` held: frees the mutex while waiting and holds it again on
-/// return, however long that takes. True when notified, false when the deadline came first. When a
-/// limit was reached the mutex is not held.
+/// return, however long that takes. True when notified, false when the deadline came first.
 ///
 /// The waiter polls the command word, spinning at first and then sleeping on the word in growing
 /// steps, so that a long wait costs next to nothing.
@@ -75,8 +64,18 @@ inline constexpr WaitPace kIdleHostPace{0, 20'000, 20'000, true};
 /// With `pWordToWake`, whoever sleeps on that word is woken once the mutex is free: one that wakes
 /// on this core and needs the mutex then finds it so.
 bool WaitOnCondition(ConditionWords* pCondition, std::uint32_t* pMutex, std::int64_t lDeadline,
-                     WaitPace const& pace = kClientPace, WaitLimit* pLimit = nullptr,
+                     WaitPace const& pace = kClientPace,
                      const std::uint32_t* pWordToWake = nullptr) noexcept;
+
+/// The first step of such a wait, for a side that has other things to look after meanwhile: joins
+/// the waiters and frees the mutex. False, with the mutex held as before, when the enter lock was
+/// not to be had by the deadline.
+bool JoinWaiters(ConditionWords* pCondition, std::uint32_t* pMutex,
+                 std::int64_t lDeadline) noexcept;
+
+/// The second: true when a command came, and the caller is no waiter any more; false when it is
+/// `lUntil`, and the caller still is one.
+bool AwaitCommand(ConditionWords* pCondition, std::int64_t lUntil, WaitPace const& pace) noexcept;
 
 /// Holds a lock word for a scope.
 class CWordLock {
@@ -94,8 +93,6 @@ public:
 
     /// Whether the word is held.
     bool IsHeld() const noexcept { return m_pWord != nullptr; }
-    /// Leaves the word to whoever has it: it was freed, and could not be taken back.
-    void Forget() noexcept { m_pWord = nullptr; }
 
 private:
     std::uint32_t* m_pWord;

@@ -38,7 +38,7 @@ private:
 enum class ThreadState {
     Running,  ///< on a processor or waiting for one
     Waiting,  ///< asleep in a system call
-    Halted    ///< stopped by a signal or a debugger, or waiting for a device
+    Halted    ///< stopped by a signal, in the hands of a debugger, or waiting for a device
 };
 
 /// One thread of a process that has the object mapped.
@@ -46,7 +46,7 @@ struct MappingThread {
     int nProcess;
     int nThread;
     ThreadState nState;
-    std::uint64_t lTurns;  ///< how often it has been given a processor so far
+    std::uint64_t lTurns;  ///< how often it has left the processor by itself so far
 };
 
 /// Every thread of every process of this user that has the object mapped, in the order of process

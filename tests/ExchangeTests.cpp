@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "AllocationLimit.h"
+#include "ForkedProcess.h"
 #include "PeerHost.h"
 #include "link/LinkClock.h"
 #include "link/TANClientInterProcess.h"
@@ -166,62 +167,123 @@ TEST(Exchange, OneNotificationCountsAsTheAnswer) {
     EXPECT_EQ(exchange.strReply, "still pending");
 }
 
-TEST(Exchange, WordsThatADeadHostLeftCostThreeTimeoutsAtMost) {
-    constexpr int kTimeoutMs = 40;
-    constexpr std::int64_t kSlackUs = 300'000;
-    struct Leftover {
-        const char* szWhat;
-        std::vector<std::size_t> words;
-    };
-    const Leftover leftovers[] = {
-        {"request condition entered", {12}},
-        {"request condition entered, a waiter counted", {12, 20}},
-        {"notification that nobody takes", {16, 20}},
-        {"reply condition entered", {24}},
-        {"everything but the first two locks", {12, 16, 20, 24, 28, 32}},
-    };
-    for (Leftover const& leftover : leftovers) {
-        CTestMessageSegment segment(kHost);
-        for (const std::size_t nOffset : leftover.words) segment.Put<std::uint32_t>(nOffset, 1);
-        Exchange exchange;
-        const std::int64_t lStart = LinkTimeNow();
-        EXPECT_EQ(exchange.Send("x", kTimeoutMs), kTimeout) << leftover.szWhat;
-        EXPECT_LT(LinkTimeNow() - lStart, 3 * kTimeoutMs * 1000 + kSlackUs) << leftover.szWhat;
-        EXPECT_EQ(segment.RequestLock(), 0u) << leftover.szWhat;
-        EXPECT_EQ(segment.ExchangeMutex(), 0u) << leftover.szWhat;
-        EXPECT_EQ(exchange.strReply, "untouched") << leftover.szWhat;
-    }
+// Puts a word into the segment after a while; joined at the end of the scope.
+class CLatePut {
+public:
+    CLatePut(CTestMessageSegment& segment, std::size_t nOffset, std::uint32_t nValue,
+             std::chrono::milliseconds delay)
+        : m_thread([=, &segment] {
+              std::this_thread::sleep_for(delay);
+              segment.Put<std::uint32_t>(nOffset, nValue);
+          }) {}
+    ~CLatePut() { m_thread.join(); }
+
+private:
+    std::thread m_thread;
+};
+
+constexpr std::size_t kMutexOffset = 8;
+constexpr std::size_t kRequestEnterOffset = 12;
+constexpr std::size_t kRequestCommandOffset = 16;
+constexpr std::size_t kRequestWaitersOffset = 20;
+constexpr std::size_t kReplyEnterOffset = 24;
+constexpr std::size_t kReplyCommandOffset = 28;
+constexpr int kShortMs = 50;
+// Longer than everything that an exchange with that time-out may wait for with a deadline.
+constexpr auto kLongAfterwards = std::chrono::milliseconds(6 * kShortMs);
+constexpr std::int64_t kLongAfterwardsUs = 1000 * kLongAfterwards.count();
+
+TEST(Exchange, NotificationWaitsForTheEnterLockWithoutADeadline) {
+    CTestMessageSegment segment(kHost);
+    segment.Put<std::uint32_t>(kRequestEnterOffset, 1);
+    const CLatePut release(segment, kRequestEnterOffset, 0, kLongAfterwards);
+    Exchange exchange;
+    const std::int64_t lStart = LinkTimeNow();
+    EXPECT_EQ(exchange.Send("x", kShortMs), kTimeout);
+    EXPECT_GE(LinkTimeNow() - lStart, kLongAfterwardsUs + kShortMs * 1000);
+    EXPECT_TRUE(segment.IsPending());
+    ExpectAtRest(segment);
 }
 
-// Gives a waiting client what `words` say, which then finds the mutex or the enter lock held.
-void ExpectTimeoutWhileWaiting(std::vector<std::size_t> const& words) {
-    constexpr int kTimeoutMs = 40;
+TEST(Exchange, NotificationWaitsForTheCommandWordWithoutADeadline) {
     CTestMessageSegment segment(kHost);
-    std::thread host([&] {
-        for (;;) {
-            const boost::interprocess::scoped_lock lock(segment.Mutex());
-            if (segment.ReplyWaiters() == 1) break;
+    segment.Put<std::uint32_t>(kRequestCommandOffset, 1);
+    segment.Put<std::uint32_t>(kRequestWaitersOffset, 1);
+    const CLatePut takeCommand(segment, kRequestCommandOffset, 0, kLongAfterwards);
+    Exchange exchange;
+    const std::int64_t lStart = LinkTimeNow();
+    EXPECT_EQ(exchange.Send("x", kShortMs), kTimeout);
+    EXPECT_GE(LinkTimeNow() - lStart, kLongAfterwardsUs + kShortMs * 1000);
+    EXPECT_EQ(segment.Get<std::uint32_t>(kRequestCommandOffset), 1u);
+    EXPECT_EQ(segment.Get<std::uint32_t>(kRequestEnterOffset), 1u);
+    ExpectAtRest(segment);
+}
+
+TEST(Exchange, ClientThatCannotJoinTheWaitersTimesOutWithoutHavingJoined) {
+    CTestMessageSegment segment(kHost);
+    segment.Put<std::uint32_t>(kReplyEnterOffset, 1);
+    Exchange exchange;
+    EXPECT_EQ(exchange.Send("x", kShortMs), kTimeout);
+    EXPECT_EQ(segment.Get<std::uint32_t>(kReplyEnterOffset), 1u);
+    ExpectAtRest(segment);
+}
+
+TEST(Exchange, NotificationUnderWayAtTheDeadlineIsWaitedForAndCounts) {
+    CTestMessageSegment segment(kHost);
+    std::thread notifier([&] {
+        while (segment.ReplyWaiters() == 0 || segment.Get<std::uint32_t>(kReplyEnterOffset) != 0) {
+            std::this_thread::yield();
         }
-        for (const std::size_t nOffset : words) segment.Put<std::uint32_t>(nOffset, 1);
+        segment.Put<std::uint32_t>(kReplyEnterOffset, 1);
+        std::this_thread::sleep_for(kLongAfterwards);
+        segment.Put<std::uint32_t>(kReplyCommandOffset, 1);
     });
     Exchange exchange;
-    EXPECT_EQ(exchange.Send("x", kTimeoutMs), kTimeout);
+    const std::int64_t lStart = LinkTimeNow();
+    EXPECT_EQ(exchange.Send("x", kShortMs), 0);
+    EXPECT_GE(LinkTimeNow() - lStart, kLongAfterwardsUs);
+    notifier.join();
+    EXPECT_EQ(exchange.strReply, "x");
+    EXPECT_EQ(segment.Get<std::uint32_t>(kReplyEnterOffset), 0u);
+    EXPECT_EQ(segment.Get<std::uint32_t>(kReplyCommandOffset), 0u);
+    ExpectAtRest(segment);
+    EXPECT_EQ(exchange.Send("y", 0), kTimeout);
+}
+
+TEST(Exchange, MutexIsTakenBackAfterTheDeadlineHoweverLongThatLasts) {
+    CTestMessageSegment segment(kHost);
+    std::thread host([&] {
+        while (segment.ReplyWaiters() == 0 || segment.ExchangeMutex() != 0) {
+            std::this_thread::yield();
+        }
+        segment.Put<std::uint32_t>(kMutexOffset, 1);
+        std::this_thread::sleep_for(kLongAfterwards);
+        segment.Put<std::uint32_t>(kMutexOffset, 0);
+    });
+    Exchange exchange;
+    const std::int64_t lStart = LinkTimeNow();
+    EXPECT_EQ(exchange.Send("x", kShortMs), kTimeout);
+    EXPECT_GE(LinkTimeNow() - lStart, kLongAfterwardsUs);
     host.join();
-    EXPECT_EQ(segment.RequestLock(), 0u);
-    EXPECT_EQ(segment.ReplyWaiters(), 0u);
-    EXPECT_EQ(exchange.strReply, "untouched");
+    ExpectAtRest(segment);
 }
 
-TEST(Exchange, HostThatDiesWithTheMutexDoesNotKeepItsClient) {
-    ExpectTimeoutWhileWaiting({8});
-}
-
-TEST(Exchange, HostThatDiesBetweenEnteringAndNotifyingDoesNotKeepItsClient) {
-    ExpectTimeoutWhileWaiting({24});
-}
-
-TEST(Exchange, HostThatDiesAfterNotifyingWithTheMutexDoesNotKeepItsClient) {
-    ExpectTimeoutWhileWaiting({8, 24, 28});
+TEST(Exchange, ClientThatWasHaltedInItsFirstWaitHasTheWholeTimeoutForTheOthers) {
+    CTestMessageSegment segment(kHost);
+    segment.Put<std::uint32_t>(4, 1);
+    CForkedProcess client([] {
+        Exchange exchange;
+        return exchange.Send("x", 1000);
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    client.Halt();
+    std::this_thread::sleep_for(std::chrono::milliseconds(3200));
+    segment.Put<std::uint32_t>(4, 0);
+    client.Continue();
+    while (segment.ReplyWaiters() == 0 && !client.Wait(std::chrono::milliseconds(1))) {
+    }
+    segment.ReplyCondition().notify_one();
+    EXPECT_EQ(client.Wait(std::chrono::seconds(60)), 0);
 }
 
 TEST(Exchange, ErrorTextOfTheScriptBecomesTheLastError) {

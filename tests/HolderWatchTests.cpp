@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
+#include <sys/ptrace.h>
 #include <unistd.h>
 
 #include "ForkedProcess.h"
@@ -43,6 +44,16 @@ protected:
         }
     }
 
+    void ExpectNoDeathFor(CHolderWatch& watch, std::chrono::milliseconds time) {
+        const auto end = std::chrono::steady_clock::now() + time;
+        while (std::chrono::steady_clock::now() < end) {
+            if (watch.IsSuspicious()) {
+                ASSERT_NE(watch.Judge(), Holder::Gone);
+            }
+            usleep(kMomentUs);
+        }
+    }
+
     CTestMessageSegment m_segment{kHost};
     int m_nDescriptor = -1;
 };
@@ -58,14 +69,82 @@ TEST_F(CHolderWatchTest, TakesTheHolderForDeadWhenAllRunInVain) {
     AwaitGone(watch);
 }
 
-TEST_F(CHolderWatchTest, DoesNotTakeAClientForDeadThatHasJustWokenUp) {
+TEST_F(CHolderWatchTest, TakesThreeWholeWindowsForTheProof) {
+    const CForkedProcess client(RunForEver);
+    CHolderWatch watch(m_nDescriptor, &Record());
+    const auto start = std::chrono::steady_clock::now();
+    AwaitGone(watch);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(400 + 3 * 150));
+}
+
+TEST_F(CHolderWatchTest, ThreadThatSleepsAllTheTimeIsNoHolder) {
+    const CForkedProcess client([] { return pause(); });
+    CHolderWatch watch(m_nDescriptor, &Record());
+    AwaitGone(watch);
+}
+
+TEST_F(CHolderWatchTest, DoubtsAClientThatIsHaltedAndNeedsEveryWindowAfterItHasWokenUp) {
     const CForkedProcess client(RunForEver);
     client.Halt();
     CHolderWatch watch(m_nDescriptor, &Record());
-    EXPECT_EQ(NextVerdict(watch), Holder::Halted);
+    EXPECT_EQ(NextVerdict(watch), Holder::Doubtful);
+    EXPECT_EQ(NextVerdict(watch), Holder::Doubtful);
+    const auto start = std::chrono::steady_clock::now();
     client.Continue();
-    EXPECT_EQ(NextVerdict(watch), Holder::Halted);
     AwaitGone(watch);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(3 * 150));
+}
+
+TEST_F(CHolderWatchTest, DoubtsAClientInTheHandsOfADebugger) {
+    const CForkedProcess client(RunForEver);
+    if (ptrace(PTRACE_SEIZE, client.Id(), nullptr, nullptr) != 0) {
+        GTEST_SKIP() << "this system does not let a test trace its child";
+    }
+    CHolderWatch watch(m_nDescriptor, &Record());
+    EXPECT_EQ(NextVerdict(watch), Holder::Doubtful);
+    EXPECT_EQ(NextVerdict(watch), Holder::Doubtful);
+}
+
+TEST_F(CHolderWatchTest, DoubtsAHolderThatMayWaitForANotification) {
+    const CForkedProcess client(RunForEver);
+    Record().replyCondition.nWaiterCount = 1;
+    CHolderWatch watch(m_nDescriptor, &Record());
+    EXPECT_EQ(NextVerdict(watch), Holder::Doubtful);
+    EXPECT_EQ(NextVerdict(watch), Holder::Doubtful);
+    Record().replyCondition.nEnterLock = 1;
+    Record().replyCondition.nCommand = kCommandNotifyOne;
+    AwaitGone(watch);
+}
+
+TEST_F(CHolderWatchTest, DoubtsAHolderThatMayWaitForTheHostToTakeItsCommand) {
+    const CForkedProcess client(RunForEver);
+    Record().requestCondition.nCommand = kCommandNotifyOne;
+    CHolderWatch watch(m_nDescriptor, &Record());
+    EXPECT_EQ(NextVerdict(watch), Holder::Doubtful);
+    Record().requestCondition.nCommand = kCommandSleep;
+    AwaitGone(watch);
+}
+
+TEST_F(CHolderWatchTest, RequestThatIsSentDuringTheProofIsSeenThoughAllWordsAreTheSameAgain) {
+    const CForkedProcess client([this] {
+        for (;;) {
+            usleep(kMomentUs);
+            __atomic_store_n(&Record().fPending, std::uint8_t{1}, __ATOMIC_SEQ_CST);
+        }
+        return 0;
+    });
+    Record().fPending = 1;
+    CHolderWatch watch(m_nDescriptor, &Record());
+    ExpectNoDeathFor(watch, std::chrono::seconds(2));
+}
+
+TEST_F(CHolderWatchTest, ExchangeThatGetsOnBeginsTheProofAnew) {
+    const CForkedProcess client(RunForEver);
+    CHolderWatch watch(m_nDescriptor, &Record());
+    for (int nRound = 0; nRound < 2; ++nRound) {
+        ExpectNoDeathFor(watch, std::chrono::milliseconds(600));
+        watch.NoteProgress();
+    }
 }
 
 TEST_F(CHolderWatchTest, TakesNobodyForDeadWhileTheWordsChange) {
@@ -77,13 +156,7 @@ TEST_F(CHolderWatchTest, TakesNobodyForDeadWhileTheWordsChange) {
         return 0;
     });
     CHolderWatch watch(m_nDescriptor, &Record());
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
-    while (std::chrono::steady_clock::now() < end) {
-        if (watch.IsSuspicious()) {
-            ASSERT_NE(watch.Judge(), Holder::Gone);
-        }
-        usleep(kMomentUs);
-    }
+    ExpectNoDeathFor(watch, std::chrono::seconds(2));
 }
 
 TEST_F(CHolderWatchTest, SuspectsNobodyWhileTheLockIsFree) {

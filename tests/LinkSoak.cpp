@@ -1,7 +1,7 @@
 // A long run of mixed traffic: eight client processes send texts, captures and requests with short
-// time-outs to the program tavarin-host, which is stopped and started again every few seconds,
-// while half of the clients are killed now and then. Tells whether anything was lost or mixed up,
-// and draws the use of memory and descriptors.
+// time-outs to the program tavarin-host, which is halted wherever it is about once a second and is
+// stopped and started again every few seconds, while half of the clients are killed now and then.
+// Tells whether anything was lost or mixed up, and draws the use of memory and descriptors.
 //
 //   LinkSoak MINUTES PICTURE.svg
 
@@ -42,6 +42,10 @@ constexpr int kFrames = 800;
 constexpr int kTimeoutStatus = 121;
 constexpr auto kHostLife = 4s;
 constexpr auto kKillEvery = 3s;
+// How long the host runs between two halts at the most, and how long a halt lasts.
+constexpr int kLongestRunMs = 1000;
+constexpr int kShortestHaltMs = 50;
+constexpr int kLongestHaltMs = 1500;
 constexpr int kPatienceMs = 20'000;
 
 /// What a client has done, in memory that outlives it.
@@ -185,8 +189,16 @@ public:
         for (int nClient = 0; nClient < kClients; ++nClient) StartClient(nClient);
         const Clock::time_point start = Clock::now();
         Clock::time_point restart = start + kHostLife, killing = start + kKillEvery, sample = start;
+        Clock::time_point halting = start + kHostLife / 4, resuming{};
         while (Clock::now() < start + m_length) {
             std::this_thread::sleep_for(20ms);
+            if (m_fHalted && Clock::now() >= resuming) {
+                ResumeHost();
+                halting = Clock::now() + 1ms * Random(1, kLongestRunMs);
+            } else if (!m_fHalted && Clock::now() >= halting) {
+                HaltHost();
+                resuming = Clock::now() + 1ms * Random(kShortestHaltMs, kLongestHaltMs);
+            }
             if (Clock::now() >= sample) {
                 TakeSample(std::chrono::duration<double>(Clock::now() - start).count());
                 sample = Clock::now() + 1s;
@@ -217,11 +229,11 @@ public:
         }
         std::printf(
             "%ld answered (%ld captures), %ld timed out, %ld refused while the host restarted\n"
-            "%d host restarts, %d clients killed\n"
+            "%d host restarts, %d halts of the host, %d clients killed\n"
             "%ld lost, %ld mixed up, %ld stuck\n",
             sum.lAnswered + sum.lCaptures, sum.lCaptures.load(), sum.lTimedOut.load(),
-            sum.lRefused.load(), m_nRestarts, m_nKilled, sum.lLost.load(), sum.lMixed.load(),
-            sum.lStuck.load());
+            sum.lRefused.load(), m_nRestarts, m_nHalts, m_nKilled, sum.lLost.load(),
+            sum.lMixed.load(), sum.lStuck.load());
         PrintGrowth("host", [](SoakSample const& s) { return s.dHostMegabytes; });
         PrintGrowth("clients", [](SoakSample const& s) { return s.dClientMegabytes; });
         std::ofstream(strPicture) << DrawSoak(
@@ -240,6 +252,7 @@ private:
     }
 
     void RestartHost() {
+        if (m_fHalted) ResumeHost();
         m_host->Signal(SIGTERM);
         if (m_host->Wait() != 0) {
             std::fprintf(stderr, "the host ended badly: %s\n",
@@ -248,6 +261,21 @@ private:
         }
         ++m_nRestarts;
         StartHost();
+    }
+
+    void HaltHost() {
+        m_host->Signal(SIGSTOP);
+        m_fHalted = true;
+        ++m_nHalts;
+    }
+
+    void ResumeHost() {
+        m_host->Signal(SIGCONT);
+        m_fHalted = false;
+    }
+
+    int Random(int nFrom, int nTo) {
+        return std::uniform_int_distribution<int>(nFrom, nTo)(m_random);
     }
 
     void StartClient(int nClient) {
@@ -268,6 +296,7 @@ private:
     }
 
     void Finish() {
+        if (m_fHalted) ResumeHost();
         for (auto& pClient : m_clients) pClient.reset();
         for (int nClient = 0; nClient < kClients; ++nClient) {
             CSoakClient(nClient, (*m_pRecords)[nClient], "").CountCaptures();
@@ -293,6 +322,9 @@ private:
     std::optional<CChildProcess> m_host;
     std::array<std::unique_ptr<CForkedProcess>, kClients> m_clients;
     std::vector<SoakSample> m_samples;
+    std::mt19937 m_random{std::random_device()()};
+    bool m_fHalted = false;
+    int m_nHalts = 0;
     int m_nRestarts = 0;
     int m_nKilled = 0;
 };

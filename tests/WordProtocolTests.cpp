@@ -160,18 +160,32 @@ TEST(WordProtocol, NotifierLeavesTheEnterLockToTheWaiterItWakes) {
     EXPECT_EQ(words.Condition()->nCommand, kCommandNotifyOne);
 }
 
-TEST(WordProtocol, NotifierCanFreeTheMutexBeforeTheWaiterWakes) {
+TEST(WordProtocol, NotifierThatHasEnteredFreesTheMutexBeforeTheWaiterWakes) {
     CSharedWords words;
     ASSERT_TRUE(TryAcquireWord(words.Mutex()));
-    EXPECT_FALSE(NotifyOneAndRelease(words.Condition(), words.Mutex()));
+    ASSERT_TRUE(TryAcquireWord(&words.Condition()->nEnterLock));
+    EXPECT_FALSE(NotifyOneEntered(words.Condition(), words.Mutex()));
     words.ExpectAtRest();
 
     ASSERT_TRUE(TryAcquireWord(words.Mutex()));
+    ASSERT_TRUE(TryAcquireWord(&words.Condition()->nEnterLock));
     words.Condition()->nWaiterCount = 1;
-    EXPECT_TRUE(NotifyOneAndRelease(words.Condition(), words.Mutex()));
+    EXPECT_TRUE(NotifyOneEntered(words.Condition(), words.Mutex()));
     EXPECT_FALSE(words.IsMutexHeld());
     EXPECT_EQ(words.Condition()->nEnterLock, 1u);
     EXPECT_EQ(words.Condition()->nCommand, kCommandNotifyOne);
+}
+
+TEST(WordProtocol, WaiterThatLooksAfterOtherThingsStaysOneUntilItsCommandComes) {
+    CSharedWords words;
+    ASSERT_TRUE(TryAcquireWord(words.Mutex()));
+    ASSERT_TRUE(JoinWaiters(words.Condition(), words.Mutex(), kNoDeadline));
+    EXPECT_FALSE(words.IsMutexHeld());
+    EXPECT_FALSE(AwaitCommand(words.Condition(), LinkTimeNow() + 1'000, kHostPace));
+    EXPECT_EQ(words.Condition()->nWaiterCount, 1u);
+    EXPECT_TRUE(NotifyOne(words.Condition()));
+    EXPECT_TRUE(AwaitCommand(words.Condition(), kPast, kHostPace));
+    words.ExpectAtRest();
 }
 
 // Plays ping-pong: even turns belong to the product's side, odd turns to Boost's.

@@ -32,7 +32,7 @@ std::array<double, std::size(steps) + 1> RunCommand() {
         NotifyOne(&pRecord->requestCondition);
         segment.SetPending();
         WaitOnCondition(&pRecord->replyCondition, &pRecord->nExchangeMutex, kNoDeadline,
-                        kClientPace, nullptr, &pRecord->requestCondition.nCommand);
+                        kClientPace, &pRecord->requestCondition.nCommand);
         times[3] = NowUs();
         segment.ReadReply();
         segment.ReadError();

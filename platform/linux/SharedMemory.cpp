@@ -62,17 +62,19 @@ ThreadState StateOf(char cState) {
 std::optional<MappingThread> ReadThread(int nProcess, std::string const& strProcess, int nThread) {
     std::ifstream status(strProcess + "/task/" + std::to_string(nThread) + "/status");
     char cState = 0;
+    int nTracer = 0;
     std::uint64_t lTurns = 0;
     for (std::string strLine; std::getline(status, strLine);) {
         std::istringstream line(strLine);
         std::string strKey;
         line >> strKey;
         if (strKey == "State:") line >> cState;
-        std::uint64_t lCount = 0;
-        if (strKey.find("ctxt_switches:") != std::string::npos && line >> lCount) lTurns += lCount;
+        if (strKey == "TracerPid:") line >> nTracer;
+        if (strKey == "voluntary_ctxt_switches:") line >> lTurns;
     }
     if (cState == 0 || cState == 'Z' || cState == 'X') return std::nullopt;
-    return MappingThread{nProcess, nThread, StateOf(cState), lTurns};
+    const ThreadState nState = nTracer != 0 ? ThreadState::Halted : StateOf(cState);
+    return MappingThread{nProcess, nThread, nState, lTurns};
 }
 
 }  // namespace
