@@ -8,6 +8,7 @@
 
 #include "ChildProcess.h"
 #include "FileIO/FileName.h"
+#include "HostPairs.h"
 #include "TemporaryDirectory.h"
 #include "TestTone.h"
 #include "link/TANClientInterProcess.h"
@@ -180,6 +181,10 @@ TEST_F(HostProgram, SecondHostIsRefused) {
     EXPECT_EQ(second.Wait(), 1);
     EXPECT_NE(m_directory.Read("2.err").find("already running"), std::string::npos);
     EXPECT_EQ(m_client.GetTANProcessID(), m_host->Id());
+}
+
+TEST_F(HostProgram, OfTwoAtTheSameMomentOneRuns) {
+    ExpectOneHostOfEachPair(TAVARIN_HOST_PROGRAM, 10);
 }
 
 TEST_F(HostProgram, WithoutASessionCommandsSayWhatToDo) {
