@@ -16,8 +16,10 @@ constexpr std::size_t kMostChannels = 8;
 
 }  // namespace
 
-CLinkServer::CLinkServer(int nId, bool fSessionSelected, Handler handler)
+CLinkServer::CLinkServer(int nId, bool fSessionSelected, Handler handler,
+                         std::uint32_t nUpdateCount)
     : m_nId(nId), m_handler(std::move(handler)), m_fSessionSelected(fSessionSelected) {
+    SetUpdateCount(nUpdateCount);
     SendAwayFromLeftover(m_nId);
     m_channels.emplace_back(m_nId, SegmentName::OfTheHost,
                             [this](std::string const& request) { return Answer(request); });

@@ -130,6 +130,26 @@ TEST_F(HostProgram, UpdateCounterOfTheDirectoryFollowsTheSession) {
     EXPECT_EQ(m_client.m_nUpdateCount, m_client.GetUpdateCount());
 }
 
+TEST_F(HostProgram, UpdateCounterTellsARestart) {
+    for (int nStart = 0; nStart < 3; ++nStart) {
+        StartHost();
+        EXPECT_TRUE(m_client.NeedsUpdate());
+        EXPECT_EQ(m_client.m_nUpdateCount, m_client.GetUpdateCount());
+        EXPECT_GT(m_client.m_nUpdateCount, 0);
+        EXPECT_FALSE(m_client.NeedsUpdate());
+        EXPECT_EQ(StopHost(), 0);
+    }
+}
+
+TEST_F(HostProgram, UpdateCounterOfALoadedSessionTellsARestart) {
+    const std::string strSession = m_directory.File("session.json");
+    StartHost({"--session", strSession});
+    m_client.NeedsUpdate();
+    EXPECT_EQ(StopHost(), 0);
+    StartHost({"--session", strSession});
+    EXPECT_TRUE(m_client.NeedsUpdate());
+}
+
 TEST_F(HostProgram, StopsCleanlyOnEitherSignal) {
     for (const int nSignal : {SIGINT, SIGTERM}) {
         StartHost();

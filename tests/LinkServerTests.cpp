@@ -98,9 +98,10 @@ TEST(LinkServer, KeepsItsHeartbeatWhileAScriptRuns) {
 }
 
 TEST(LinkServer, ShowsItsUpdateCounter) {
-    CLinkServer server(kHost, true, Echo);
+    CLinkServer server(kHost, true, Echo, 5);
     CTANClientInterProcess client;
     client.NeedsUpdate();
+    EXPECT_EQ(client.m_nUpdateCount, 5);
     server.SetUpdateCount(17);
     EXPECT_TRUE(client.NeedsUpdate());
     EXPECT_EQ(client.m_nUpdateCount, 17);
