@@ -1,6 +1,7 @@
 #include "host/LinkServer.h"
 
 #include <chrono>
+#include <exception>
 #include <utility>
 
 #include "host/LeftoverSegment.h"
@@ -97,7 +98,8 @@ void CLinkServer::LookAfterChannels() {
             m_channels.emplace_back(m_nId, SegmentName::Spare,
                                     [this](std::string const& request) { return Answer(request); });
         if (!fresh.Replace(old)) m_channels.pop_back();
-    } catch (CHostSegmentError const&) {
-        // No room for one more: those who wait go on waiting, and it is tried again.
+    } catch (std::exception const&) {
+        // No memory, segment or thread for one more: those who wait go on waiting, and it is tried
+        // again.
     }
 }
