@@ -1,15 +1,16 @@
 #include "host/HostSegments.h"
 
-#include <sys/file.h>
+#include <unistd.h>
 
 #include <boost/interprocess/exceptions.hpp>
-#include <cerrno>
+#include <cstring>
 #include <system_error>
 #include <utility>
 
-#include "link/LinkClock.h"
+#include "host/ForeignHost.h"
 #include "link/MappedSegment.h"
 #include "platform/SharedMemory.h"
+#include "platform/SharedName.h"
 
 namespace {
 
@@ -30,77 +31,105 @@ std::string FreeName(std::string strName) {
     throw CHostSegmentError("cannot create the shared-memory segment " + name + ": " + strReason);
 }
 
-shared_memory_object CreateObject(std::string const& name, std::size_t nSize) {
-    try {
-        shared_memory_object object(create_only, name.c_str(), read_write, permissions(0600));
-        object.truncate(static_cast<offset_t>(nSize));
-        const int nError = ReserveSharedMemory(object.get_mapping_handle().handle, nSize);
-        if (nError == 0) return object;
-        shared_memory_object::remove(name.c_str());
-        RefuseToCreate(name, std::generic_category().message(nError));
-    } catch (interprocess_exception const& failure) {
-        RefuseToCreate(name, failure.what());
-    }
+shared_memory_object CreateObject(std::string const& name) try {
+    return shared_memory_object(create_only, name.c_str(), read_write, permissions(0600));
+} catch (interprocess_exception const& failure) {
+    RefuseToCreate(name, failure.what());
 }
 
-// A process keeps its own directory segment locked as long as it lives, so a hung host is told from
-// a dead one.
-bool IsHeldByAProcess(int nDescriptor) {
-    if (flock(nDescriptor, LOCK_EX | LOCK_NB) == 0) {
-        flock(nDescriptor, LOCK_UN);
-        return false;
-    }
-    return errno == EWOULDBLOCK;
+mapped_region MapObject(shared_memory_object& object, std::string const& name,
+                        std::size_t nSize) try {
+    object.truncate(static_cast<offset_t>(nSize));
+    const int nError = ReserveSharedMemory(object.get_mapping_handle().handle, nSize);
+    if (nError != 0) RefuseToCreate(name, std::generic_category().message(nError));
+    return mapped_region(object, read_write);
+} catch (interprocess_exception const& failure) {
+    RefuseToCreate(name, failure.what());
 }
 
-void RefuseLiveHost() {
+/// A directory segment as this host makes it. The mark tells the next host that its maker had the
+/// lock, and has died if the lock is to be had.
+struct MarkedDirectory {
+    DirectoryRecord record;
+    char szMark[8];
+    std::int32_t nProcess;
+};
+
+constexpr char szDirectoryMark[] = "tvrnlck";
+static_assert(sizeof(szDirectoryMark) == sizeof(MarkedDirectory::szMark));
+
+// Null for a directory of another maker's.
+const MarkedDirectory* FindMark(CMappedSegment const& directory) {
+    if (directory.Size() < sizeof(MarkedDirectory)) return nullptr;
+    const auto* const pMarked = reinterpret_cast<const MarkedDirectory*>(directory.Bytes());
+    const bool fMarked =
+        std::memcmp(pMarked->szMark, szDirectoryMark, sizeof(szDirectoryMark)) == 0;
+    return fMarked ? pMarked : nullptr;
+}
+
+[[noreturn]] void RefuseToLook(interprocess_exception const& failure) {
+    throw CHostSegmentError(std::string("cannot look at the link's directory segment ") +
+                            szDirectorySegment + ": " + failure.what());
+}
+
+// Somebody else has the lock.
+[[noreturn]] void RefuseSecondHost() {
+    std::string strProcess;
     try {
-        const CMappedSegment existing(szDirectorySegment);
-        if (existing.Size() < sizeof(DirectoryRecord)) return;
-        const auto* const pDirectory = reinterpret_cast<const DirectoryRecord*>(existing.Bytes());
-        if (!IsHeartbeatStale(pDirectory->lHeartbeat, LinkTimeNow())) {
-            throw CHostSegmentError("a host application is already running (host id " +
-                                    std::to_string(pDirectory->nCurrentHost) + "); quit it first");
-        }
-        if (IsHeldByAProcess(existing.Descriptor())) {
-            throw CHostSegmentError(
-                "another host holds the link's directory but does not answer; end that process "
-                "first");
-        }
-    } catch (interprocess_exception const& failure) {
-        const bool fNothingToRefuse =
-            failure.get_error_code() == not_found_error || failure.get_error_code() == size_error;
-        if (fNothingToRefuse) return;
-        throw CHostSegmentError(std::string("cannot look at the link's directory segment ") +
-                                szDirectorySegment + ": " + failure.what());
+        const CMappedSegment directory(szDirectorySegment);
+        const MarkedDirectory* const pMarked = FindMark(directory);
+        if (pMarked) strProcess = " (process " + std::to_string(pMarked->nProcess) + ")";
+    } catch (interprocess_exception const&) {
+        // It is about to make one, or to end.
     }
+    throw CHostSegmentError("a host application is already running" + strProcess +
+                            "; quit it first");
 }
 
 // The directory's name, free for this process.
-std::string ClaimDirectory() {
-    RefuseLiveHost();
-    return FreeName(szDirectorySegment);
+std::string ClaimDirectory(CNameLock const& lock) {
+    if (!lock.IsHeld()) RefuseSecondHost();
+    try {
+        const CMappedSegment existing(szDirectorySegment);
+        if (!FindMark(existing)) RefuseForeignHost(existing);
+        RemoveSharedName(existing.Descriptor(), szDirectorySegment);
+    } catch (interprocess_exception const& failure) {
+        const bool fEmpty = failure.get_error_code() == size_error;
+        if (fEmpty) return FreeName(szDirectorySegment);
+        if (failure.get_error_code() != not_found_error) RefuseToLook(failure);
+    }
+    return szDirectorySegment;
 }
 
 }  // namespace
 
-COwnedSegment::COwnedSegment(std::string name, std::size_t nSize)
-    : m_strName(std::move(name)),
-      m_object(CreateObject(m_strName, nSize)),
-      m_region(m_object, read_write) {}
+COwnedName::COwnedName(std::string name, int nDescriptor) noexcept
+    : m_strName(std::move(name)), m_nDescriptor(nDescriptor) {}
 
-COwnedSegment::~COwnedSegment() {
-    if (!m_strName.empty()) shared_memory_object::remove(m_strName.c_str());
+COwnedName::~COwnedName() {
+    if (!m_strName.empty()) RemoveSharedName(m_nDescriptor, m_strName.c_str());
 }
 
-bool COwnedSegment::TakeNameOf(COwnedSegment& other) noexcept {
-    if (!RenameSharedMemory(m_strName.c_str(), other.m_strName.c_str())) return false;
+bool COwnedName::Take(COwnedName& other) noexcept {
+    const char* const szName = other.m_strName.c_str();
+    if (!HasSharedName(other.m_nDescriptor, szName)) return false;
+    if (!RenameSharedMemory(m_strName.c_str(), szName)) return false;
     m_strName = std::exchange(other.m_strName, {});
     return true;
 }
 
-CHostDirectory::CHostDirectory() : m_segment(ClaimDirectory(), sizeof(DirectoryRecord)) {
-    flock(m_segment.Descriptor(), LOCK_EX | LOCK_NB);
+COwnedSegment::COwnedSegment(std::string name, std::size_t nSize)
+    : m_object(CreateObject(name)),
+      m_name(std::move(name), Descriptor()),
+      m_region(MapObject(m_object, m_name.Text(), nSize)) {}
+
+CHostDirectory::CHostDirectory() try
+    : m_lock(szDirectorySegment), m_segment(ClaimDirectory(m_lock), sizeof(MarkedDirectory)) {
+    auto* const pMarked = reinterpret_cast<MarkedDirectory*>(m_segment.Bytes());
+    pMarked->nProcess = getpid();
+    std::memcpy(pMarked->szMark, szDirectoryMark, sizeof(szDirectoryMark));
+} catch (std::system_error const& refusal) {
+    throw CHostSegmentError(std::string("cannot take the link's lock: ") + refusal.what());
 }
 
 CHostMessageSegment::CHostMessageSegment(int nId, SegmentName name)

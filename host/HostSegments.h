@@ -7,6 +7,7 @@
 #include <string>
 
 #include "link/SharedSegments.h"
+#include "platform/NameLock.h"
 
 /// Thrown when the link's segments cannot be had; the text tells the user why.
 class CHostSegmentError : public std::runtime_error {
@@ -25,13 +26,33 @@ inline constexpr std::int32_t kReplySize = 1024 * 1024;
 inline constexpr std::size_t kSegmentSize = kBufferOffset + kReplySize;
 }  // namespace MessageLayout
 
+/// The name of a shared-memory object of this process, removed with this object if it is still that
+/// object's.
+class COwnedName {
+public:
+    COwnedName(std::string name, int nDescriptor) noexcept;
+    ~COwnedName();
+    COwnedName(COwnedName const&) = delete;
+    COwnedName& operator=(COwnedName const&) = delete;
+
+    /// Takes another object's name in exchange for the own one, which nobody has afterwards. False
+    /// when the platform cannot do that, or the other has lost its name.
+    bool Take(COwnedName& other) noexcept;
+
+    /// Empty once another object has it.
+    std::string const& Text() const noexcept { return m_strName; }
+
+private:
+    std::string m_strName;
+    int m_nDescriptor;
+};
+
 /// One shared-memory object of this process, private to the user (mode 0600), zero-filled, mapped
 /// whole, and removed with this object.
 class COwnedSegment {
 public:
     /// Throws `CHostSegmentError` when the object exists already or cannot be made.
     COwnedSegment(std::string name, std::size_t nSize);
-    ~COwnedSegment();
     COwnedSegment(COwnedSegment const&) = delete;
     COwnedSegment& operator=(COwnedSegment const&) = delete;
 
@@ -42,17 +63,19 @@ public:
 
     /// Takes another segment's name, under which newcomers find this one from now on. The other
     /// stays mapped wherever it is. False when the platform cannot do that.
-    bool TakeNameOf(COwnedSegment& other) noexcept;
+    bool TakeNameOf(COwnedSegment& other) noexcept { return m_name.Take(other.m_name); }
 
 private:
-    std::string m_strName;  ///< empty once another segment has it
     boost::interprocess::shared_memory_object m_object;
+    COwnedName m_name;
     boost::interprocess::mapped_region m_region;
 };
 
-/// The directory segment of this process, held for as long as the process lives.
+/// The directory segment of this process, and the right to have it.
 ///
-/// What a crashed host left behind is taken over; a live one is refused.
+/// A lock decides which host of a user runs; it is held as long as this object lives. What a dead
+/// host left behind is taken over, whatever its heartbeat says; a live one is refused, also one of
+/// another kind, which does not know the lock.
 class CHostDirectory {
 public:
     /// Throws `CHostSegmentError` when a live host has the directory.
@@ -63,6 +86,7 @@ public:
     }
 
 private:
+    CNameLock m_lock;
     COwnedSegment m_segment;
 };
 

@@ -1,6 +1,7 @@
 #include "host/LinkServer.h"
 
 #include <chrono>
+#include <exception>
 #include <utility>
 
 #include "host/Farewell.h"
@@ -16,8 +17,10 @@ constexpr std::size_t kMostChannels = 8;
 
 }  // namespace
 
-CLinkServer::CLinkServer(int nId, bool fSessionSelected, Handler handler)
+CLinkServer::CLinkServer(int nId, bool fSessionSelected, Handler handler,
+                         std::uint32_t nUpdateCount)
     : m_nId(nId), m_handler(std::move(handler)), m_fSessionSelected(fSessionSelected) {
+    SetUpdateCount(nUpdateCount);
     SendAwayFromLeftover(m_nId);
     m_channels.emplace_back(m_nId, SegmentName::OfTheHost,
                             [this](std::string const& request) { return Answer(request); });
@@ -95,7 +98,8 @@ void CLinkServer::LookAfterChannels() {
             m_channels.emplace_back(m_nId, SegmentName::Spare,
                                     [this](std::string const& request) { return Answer(request); });
         if (!fresh.Replace(old)) m_channels.pop_back();
-    } catch (CHostSegmentError const&) {
-        // No room for one more: those who wait go on waiting, and it is tried again.
+    } catch (std::exception const&) {
+        // No memory, segment or thread for one more: those who wait go on waiting, and it is tried
+        // again.
     }
 }

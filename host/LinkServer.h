@@ -26,9 +26,9 @@ public:
     using Handler = CMessageChannel::Handler;
 
     /// Creates the segments and starts answering with `handler`, which is called for one request at
-    /// a time, but not always on the same thread. Throws `CHostSegmentError` when the segments
-    /// cannot be had.
-    CLinkServer(int nId, bool fSessionSelected, Handler handler);
+    /// a time, but not always on the same thread. The update counter is in the directory before the
+    /// first request is answered. Throws `CHostSegmentError` when the segments cannot be had.
+    CLinkServer(int nId, bool fSessionSelected, Handler handler, std::uint32_t nUpdateCount = 0);
     /// Closes the segments to new requests, answers the one under way and removes the segments.
     ~CLinkServer();
     CLinkServer(CLinkServer const&) = delete;

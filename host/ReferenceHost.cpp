@@ -1,14 +1,29 @@
 #include "host/ReferenceHost.h"
 
+#include <random>
 #include <utility>
+
+namespace {
+
+// A client takes another number for another state, so a host must not show one that an earlier host
+// has shown. Chance sees to that without anything to remember: of a thousand million starts, one
+// shows the number that a client has. What is counted from there stays a positive 32-bit number.
+std::uint32_t FirstUpdateCount() {
+    std::random_device chance;
+    return std::uniform_int_distribution<std::uint32_t>(1, std::uint32_t{1} << 30)(chance);
+}
+
+}  // namespace
 
 CReferenceHost::CReferenceHost(CSession session, CReferenceHostOptions options)
     : m_Options(std::move(options)),
       m_Session(std::move(session)),
       m_Engine(m_Session, m_Options.m_Engine) {
-    m_Server.emplace(m_Options.m_nId, m_Session.Selected(),
-                     [this](std::string const& strScript) { return Answer(strScript); });
-    m_Server->SetUpdateCount(Snapshot().UpdateCount());
+    m_Session.CountFrom(FirstUpdateCount());
+    m_Server.emplace(
+        m_Options.m_nId, m_Session.Selected(),
+        [this](std::string const& strScript) { return Answer(strScript); },
+        m_Session.UpdateCount());
 }
 
 void CReferenceHost::SelectSession(bool fSelected) {

@@ -154,6 +154,8 @@ public:
     int SampleRate() const { return m_Data.m_nSampleRate; }
     double LinkSMPTEOffset() const { return m_Data.m_dLinkSMPTEOffset; }
     std::uint32_t UpdateCount() const { return m_Data.m_nUpdateCount; }
+    /// Lets the update counter go on from another number.
+    void CountFrom(std::uint32_t nUpdateCount) { m_Data.m_nUpdateCount = nUpdateCount; }
 
     /// Whether a session is selected: documents can be selected only then.
     bool Selected() const { return m_Data.m_fSelected; }

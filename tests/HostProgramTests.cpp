@@ -8,6 +8,7 @@
 
 #include "ChildProcess.h"
 #include "FileIO/FileName.h"
+#include "HostPairs.h"
 #include "TemporaryDirectory.h"
 #include "TestTone.h"
 #include "link/TANClientInterProcess.h"
@@ -129,6 +130,26 @@ TEST_F(HostProgram, UpdateCounterOfTheDirectoryFollowsTheSession) {
     EXPECT_EQ(m_client.m_nUpdateCount, m_client.GetUpdateCount());
 }
 
+TEST_F(HostProgram, UpdateCounterTellsARestart) {
+    for (int nStart = 0; nStart < 3; ++nStart) {
+        StartHost();
+        EXPECT_TRUE(m_client.NeedsUpdate());
+        EXPECT_EQ(m_client.m_nUpdateCount, m_client.GetUpdateCount());
+        EXPECT_GT(m_client.m_nUpdateCount, 0);
+        EXPECT_FALSE(m_client.NeedsUpdate());
+        EXPECT_EQ(StopHost(), 0);
+    }
+}
+
+TEST_F(HostProgram, UpdateCounterOfALoadedSessionTellsARestart) {
+    const std::string strSession = m_directory.File("session.json");
+    StartHost({"--session", strSession});
+    m_client.NeedsUpdate();
+    EXPECT_EQ(StopHost(), 0);
+    StartHost({"--session", strSession});
+    EXPECT_TRUE(m_client.NeedsUpdate());
+}
+
 TEST_F(HostProgram, StopsCleanlyOnEitherSignal) {
     for (const int nSignal : {SIGINT, SIGTERM}) {
         StartHost();
@@ -180,6 +201,10 @@ TEST_F(HostProgram, SecondHostIsRefused) {
     EXPECT_EQ(second.Wait(), 1);
     EXPECT_NE(m_directory.Read("2.err").find("already running"), std::string::npos);
     EXPECT_EQ(m_client.GetTANProcessID(), m_host->Id());
+}
+
+TEST_F(HostProgram, OfTwoAtTheSameMomentOneRuns) {
+    ExpectOneHostOfEachPair(TAVARIN_HOST_PROGRAM, 10);
 }
 
 TEST_F(HostProgram, WithoutASessionCommandsSayWhatToDo) {
