@@ -72,6 +72,22 @@ TEST_P(CAnsweredClient, GetsItsReplyAfterAHaltAndHarmsNobody) {
     StopHost();
 }
 
+TEST_P(CAnsweredClient, EndsWithItsOwnReplyOrNoneWhenTheHostHasStoppedDuringItsHalt) {
+    StartHost(RunServer);
+    CVictim victim(-1);
+    CSteppedThread thread(victim.Process().Id());
+    victim.Start();
+    ASSERT_NO_FATAL_FAILURE(StepTo(thread, AnsweredClientSteps(), GetParam()));
+    LetGo();
+    thread.Detach(SIGSTOP);
+    m_host->Continue();
+    StopHost();
+    victim.Process().Continue();
+    const std::optional<int> status = victim.Process().Wait(kSoon);
+    ASSERT_NE(status, std::nullopt);
+    EXPECT_NE(status, kWrong);
+}
+
 TEST_P(CAnsweredClient, OfAHostThatMendsNothingCostsTheNextItsTimeout) {
     constexpr int kTimeoutMs = 150;
     StartHost(RunPeer);
@@ -236,8 +252,11 @@ TEST_P(CHostAtWork, LetsEveryPatientClientGoWhenItIsStartedAgain) {
     EXPECT_EQ(m_host->Wait(kLong), -1);
     client.Continue();
     RestartHost();
-    EXPECT_NE(client.Wait(kSoon), std::nullopt);
-    EXPECT_NE(behind.Wait(kSoon), std::nullopt);
+    for (CForkedProcess* const pClient : {&client, &behind}) {
+        const std::optional<int> status = pClient->Wait(kSoon);
+        ASSERT_NE(status, std::nullopt);
+        EXPECT_NE(status, kWrong);
+    }
     StopHost();
 }
 

@@ -23,6 +23,7 @@
 inline constexpr int kHost = 3;
 inline constexpr int kTimeout = 121;
 inline constexpr int kWrong = 99;
+inline constexpr int kHostEnded = 98;
 inline constexpr int kVictimTimeoutMs = 1500;
 inline constexpr auto kSoon = std::chrono::seconds(5);
 inline constexpr auto kLong = std::chrono::seconds(60);
@@ -32,14 +33,15 @@ inline constexpr char szDirectoryFile[] = "/dev/shm/__KEL_TAN_INTERPROCESS_DIR6_
 inline constexpr char strVictimRequest[] = "request of the victim";
 inline constexpr char strVictimReply[] = "reply to request of the victim";
 
-/// The exit status of a process that sends one request: 0 for its own reply, the exchange's status
-/// otherwise.
+/// The exit status of a process that sends one request: 0 for its own reply, `kHostEnded` for none
+/// and a text that says why, the exchange's status otherwise.
 inline int SendOnce(std::string strRequest, int nTimeoutMs) {
     CTANClientInterProcess client;
     std::string strReply;
     const std::string strExpected = "reply to " + strRequest;
     const int nStatus = client.SendTANMessage(kHost, strRequest, strReply, nTimeoutMs);
     if (nStatus != 0) return nStatus;
+    if (strReply.empty() && !client.m_strLastError.empty()) return kHostEnded;
     return strReply == strExpected ? 0 : kWrong;
 }
 
