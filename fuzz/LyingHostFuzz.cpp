@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -20,6 +21,8 @@ namespace {
 constexpr std::size_t kLargestSegment = std::size_t{1} << 16;
 constexpr std::size_t kDirections = 6;
 constexpr std::size_t kBytesPerLie = 6;
+// Longer than every wait with a deadline of a client whose time-outs are at most 3 milliseconds.
+constexpr std::chrono::milliseconds kLongestLying{20};
 
 /// What the input begins with.
 struct Directions {
@@ -68,6 +71,19 @@ public:
                          __ATOMIC_RELAXED);
     }
 
+    // Frees every word for which the protocol lets a client wait without a deadline.
+    void OpenEveryDoor() const {
+        if (m_nSize < sizeof(MessageRecord)) return;
+        auto* const pRecord = reinterpret_cast<MessageRecord*>(m_pBytes);
+        for (std::uint32_t* const pWord :
+             {&pRecord->requestCondition.nWaiterCount, &pRecord->requestCondition.nCommand,
+              &pRecord->requestCondition.nEnterLock, &pRecord->replyCondition.nEnterLock,
+              &pRecord->nExchangeMutex}) {
+            __atomic_store_n(pWord, 0, __ATOMIC_SEQ_CST);
+        }
+        __atomic_store_n(&pRecord->replyCondition.nCommand, kCommandNotifyOne, __ATOMIC_SEQ_CST);
+    }
+
 private:
     std::string m_strName;
     std::size_t m_nSize;
@@ -76,7 +92,8 @@ private:
 
 }  // namespace
 
-// One exchange with a segment of any size and contents, whose host changes words meanwhile.
+// One exchange with a segment of any size and contents, whose host changes words meanwhile, and
+// in the end lets its client go.
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
     if (size < kDirections) return 0;
     Directions directions{};
@@ -89,12 +106,14 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
 
     std::atomic<bool> fDone = false;
     std::thread host([&] {
-        while (nLies > 0 && !fDone) {
+        const auto end = std::chrono::steady_clock::now() + kLongestLying;
+        while (!fDone && std::chrono::steady_clock::now() < end) {
             for (std::size_t nLie = 0; nLie < nLies; ++nLie) {
                 segment.Lie(pLies + nLie * kBytesPerLie);
-                std::this_thread::yield();
             }
+            std::this_thread::yield();
         }
+        for (; !fDone; std::this_thread::yield()) segment.OpenEveryDoor();
     });
     CTANClientInterProcess client;
     std::string strRequest(directions.nRequestSize, 'r');
