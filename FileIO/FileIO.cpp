@@ -76,8 +76,9 @@ CFileIOException& CFileIOException::operator=(CFileIOException const& other) {
 void CFileIOException::SetDescription(std::string const& file, FileExceptionCode failure,
                                       unsigned long number) {
     fileName = file;
-    description =
-        fileName + RowOf(failure).text + std::to_string(static_cast<std::int32_t>(number));
+    // Up to the name's first NUL, as a C text has it.
+    description = fileName.c_str() + std::string(RowOf(failure).text) +
+                  std::to_string(static_cast<std::int32_t>(number));
 }
 
 std::uint32_t CFileIOException::GetStatus() const {

@@ -51,8 +51,8 @@ public:
     /// Copies everything but `fileName`, which stays as it was.
     CFileIOException& operator=(CFileIOException const& other);
 
-    /// Sets `fileName` and composes `description` from all three, the number as 32 signed bits.
-    /// Leaves `code` and `value` alone.
+    /// Sets `fileName` and composes `description` from all three, the name up to its first NUL and
+    /// the number as 32 signed bits. Leaves `code` and `value` alone.
     void SetDescription(std::string const& file, FileExceptionCode failure, unsigned long number);
 
     /// The number of this failure for callers that report numbers; 3002 for an unknown code.

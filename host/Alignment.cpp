@@ -118,6 +118,7 @@ CAudio Slice(CAudio const& audio, std::int64_t lStart, std::int64_t lFrames) {
     std::int64_t const lTo = std::clamp<std::int64_t>(lStart + lFrames, lFrom, audio.Frames());
     for (auto const& channel : audio.m_Channels) {
         slice.m_Channels.emplace_back(static_cast<std::size_t>(lFrames), 0.0f);
+        if (lFrom == lTo) continue;
         std::copy(channel.begin() + lFrom, channel.begin() + lTo,
                   slice.m_Channels.back().begin() + (lFrom - lStart));
     }

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <numeric>
 #include <system_error>
 #include <utility>
 
@@ -197,10 +198,22 @@ CAudioRange AudioOf(CRegion const& region) {
     return {region.m_strFile, region.m_lStart, region.m_lEnd, region.m_Channels};
 }
 
-/// Two regions hold the same sound; an older one whose file has gone does not count.
+/// The same stretch with all channels of its file, also those that the region does not use.
+CAudioRange AllAudioOf(CRegion const& region) {
+    CAudioRange range = AudioOf(region);
+    range.m_Channels.resize(static_cast<std::size_t>(ProbeAudioFile(region.m_strFile).m_nChannels));
+    std::iota(range.m_Channels.begin(), range.m_Channels.end(), 0);
+    return range;
+}
+
+/// A region holds the sound of a capture, or comes from a capture with the same sound of which it
+/// uses some channels: who asks does not say yet which ones are wanted. An older one whose file has
+/// gone does not count.
 bool SameSound(CHostContext const& context, CRegion const& candidate, CRegion const& present) {
     try {
-        return SameAudio(AudioOf(candidate), AudioOf(present), context.m_Checkpoint);
+        CAudioRange const capture = AudioOf(candidate);
+        return SameAudio(capture, AudioOf(present), context.m_Checkpoint) ||
+               SameAudio(capture, AllAudioOf(present), context.m_Checkpoint);
     } catch (CAudioFileError const&) {
         return false;
     }

@@ -43,6 +43,11 @@ CSession CReferenceHost::Snapshot() const {
     return m_Session;
 }
 
+std::uint32_t CReferenceHost::UpdateCount() const {
+    const std::lock_guard guard(m_Mutex);
+    return m_Session.UpdateCount();
+}
+
 CServerReply CReferenceHost::Answer(std::string const& strScript) {
     using Clock = std::chrono::steady_clock;
     const std::lock_guard guard(m_Mutex);

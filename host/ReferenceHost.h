@@ -46,6 +46,9 @@ public:
     /// A copy of the session as it stands between two scripts.
     CSession Snapshot() const;
 
+    /// The session's update counter at that moment.
+    std::uint32_t UpdateCount() const;
+
     /// Where the host writes audio of its own.
     std::string const& AudioDirectory() const { return m_Engine.AudioDirectory().Path(); }
 

@@ -3,12 +3,12 @@
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
-#include <optional>
+#include <memory>
 #include <thread>
 
-#include "host/AtomicFile.h"
 #include "host/ReferenceHost.h"
 #include "host/SessionFile.h"
+#include "host/SessionKeeper.h"
 #include "host/SessionSummary.h"
 #include "host/Timeline.h"
 
@@ -104,43 +104,43 @@ void Announce(Arguments const& arguments, CReferenceHost const& host) {
     std::fflush(stdout);
 }
 
-// Writes the session and its picture wherever the user wants them, when something has changed.
-class CSessionKeeper {
-public:
-    explicit CSessionKeeper(Arguments const& arguments) : m_Arguments(arguments) {}
-
-    void Keep(CReferenceHost const& host) {
-        if (m_Arguments.strSessionFile.empty() && m_Arguments.strTimelineFile.empty()) return;
-        const CSession session = host.Snapshot();
-        if (m_nKept == session.UpdateCount()) return;
-        if (!m_Arguments.strSessionFile.empty()) SaveSession(session, m_Arguments.strSessionFile);
-        if (!m_Arguments.strTimelineFile.empty()) {
-            WriteTimeline(session, m_Peaks, m_Arguments.strTimelineFile);
-        }
-        m_nKept = session.UpdateCount();
+CSessionKeeper MakeKeeper(Arguments const& arguments) {
+    CSessionKeeper keeper;
+    if (!arguments.strSessionFile.empty()) keeper.Add(arguments.strSessionFile, SaveSession);
+    if (!arguments.strTimelineFile.empty()) {
+        keeper.Add(arguments.strTimelineFile,
+                   [pPeaks = std::make_shared<CPeakCache>()](CSession const& session,
+                                                             std::string const& strPath) {
+                       WriteTimeline(session, *pPeaks, strPath);
+                   });
     }
+    return keeper;
+}
 
-private:
-    Arguments const& m_Arguments;
-    CPeakCache m_Peaks;
-    std::optional<std::uint32_t> m_nKept;
-};
-
-void RunHost(Arguments const& arguments) {
+// A closed terminal ends the host as an interruption does, unless it was started to outlive it. A
+// closed pipe ends only what was written into it.
+void PrepareSignals() {
     std::signal(SIGINT, Stop);
     std::signal(SIGTERM, Stop);
+    if (std::signal(SIGHUP, Stop) == SIG_IGN) std::signal(SIGHUP, SIG_IGN);
+    std::signal(SIGPIPE, SIG_IGN);
+}
+
+int RunHost(Arguments const& arguments) {
+    PrepareSignals();
     CReferenceHost host(MakeSession(arguments), MakeOptions(arguments));
-    CSessionKeeper keeper(arguments);
-    keeper.Keep(host);
+    CSessionKeeper keeper = MakeKeeper(arguments);
+    keeper.Begin(host);
     Announce(arguments, host);
     while (!g_fStop) {
         std::this_thread::sleep_for(kSavePeriod);
-        keeper.Keep(host);
+        keeper.KeepUp(host);
     }
-    // What is still being answered belongs into the file too.
+    // What is still being answered belongs into the files too.
     host.Close();
-    keeper.Keep(host);
+    const bool fAllKept = keeper.End(host);
     if (!arguments.fQuiet) std::fputs(DescribeSession(host.Snapshot()).c_str(), stdout);
+    return fAllKept ? kExitDone : kExitFailed;
 }
 
 }  // namespace
@@ -160,10 +160,9 @@ int main(int argc, char** argv) {
     }
 
     try {
-        RunHost(arguments);
+        return RunHost(arguments);
     } catch (std::exception const& failure) {
         std::fprintf(stderr, "tavarin-host: %s\n", failure.what());
         return kExitFailed;
     }
-    return kExitDone;
 }

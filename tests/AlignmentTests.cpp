@@ -52,6 +52,15 @@ TEST(CAlignmentTest, WhereTheDubHasNothingThereIsSilence) {
     for (std::size_t i = 44000; i < 60000; ++i) ASSERT_EQ(aligned.m_Channels[0][i], 0.0f);
 }
 
+TEST(CAlignmentTest, ADubThatHasEndedBeforeTheLoudestPartOfTheGuideIsListenedToAsSilence) {
+    CAudio guide = TestAudio::Silence(60000, 1, 1000);
+    TestAudio::AddBurst(guide, 50000, 5000, 50.0, 0.9);
+    CAudio dub = TestAudio::Silence(1000, 1, 1000);
+    TestAudio::AddBurst(dub, 100, 800, 50.0, 0.9);
+    EXPECT_EQ(AlignDub(guide, dub).Frames(), 60000);
+    EXPECT_EQ(AlignDub(dub, guide).Frames(), 1000);
+}
+
 TEST(CAlignmentTest, SilenceAndEmptinessGiveNoShift) {
     CAudio const voice = TestAudio::Phrase(20000);
     CAudio const silence = TestAudio::Silence(30000);

@@ -97,6 +97,13 @@ TEST(FileException, HasTheUnknownTextAndStatusForEveryOtherCode) {
     }
 }
 
+TEST(FileException, ItsDescriptionHasTheNameUpToItsFirstNul) {
+    const std::string name("a\0b", 3);
+    const CFileIOException exception(name, CFileIOException::OpenFailed, 1, "source", 7);
+    EXPECT_EQ(exception.fileName, name);
+    EXPECT_EQ(exception.description, "a: open failed: 1");
+}
+
 TEST(FileException, CodesAreNumberedFromOneInTheirOrder) {
     EXPECT_EQ(CFileIOException::OpenFailed, 1);
     EXPECT_EQ(CFileIOException::FileClosed, 2);

@@ -296,6 +296,16 @@ TEST(ModificationTime, IsGivenBackAsSet) {
     }
 }
 
+TEST(ModificationTime, JustBelowAWholeSecondIsThatSecond) {
+    const CTemporaryDirectory directory;
+    CFileName file(directory.Write("take.wav").c_str());
+    for (const double seconds : {-1e-17, -5e-324}) {
+        file.SetModificationDateTime(1000.0);
+        EXPECT_EQ(LogOf([&] { file.SetModificationDateTime(seconds); }), "");
+        EXPECT_EQ(file.GetModificationDateTime(), 0.0);
+    }
+}
+
 TEST(ModificationTime, IsZeroForAMissingFile) {
     EXPECT_EQ(CFileName("/no/such/file").GetModificationDateTime(), 0.0);
 }

@@ -183,6 +183,18 @@ TEST_P(CHostFunctionTest, TheSameAudioAtTheSamePlaceIsADuplicate) {
     EXPECT_EQ(Duplicate(0, strSame, 1000, 0, 47999), "0\n") << "another length";
 }
 
+TEST_P(CHostFunctionTest, ACaptureOfWhichChannelsWereChosenIsADuplicateWhenItComesAgain) {
+    CAudio audio = TestAudio::Phrase(1000, 0, 140.0, 3);
+    audio.m_Channels[1][500] += 0.25f;
+    EXPECT_EQ(Send(0, WriteFile("first.wav", audio), 0, 0, 1000, "{0,2}"), "");
+    EXPECT_EQ(Duplicate(0, WriteFile("again.wav", audio), 0, 0, 1000), "1\n");
+    audio.m_Channels[1][500] += 0.25f;
+    EXPECT_EQ(Duplicate(0, WriteFile("other.wav", audio), 0, 0, 1000), "0\n")
+        << "another sound in a channel that is not used";
+    audio.m_Channels.pop_back();
+    EXPECT_EQ(Duplicate(0, WriteFile("fewer.wav", audio), 0, 0, 1000), "0\n") << "fewer channels";
+}
+
 TEST_P(CHostFunctionTest, OneDifferentSampleIsNoDuplicate) {
     CAudio audio = TestAudio::Phrase(48000);
     EXPECT_EQ(Send(0, WriteFile("a.wav", audio), 0, 0, 48000), "");

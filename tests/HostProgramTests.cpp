@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
+#include <csignal>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -24,6 +27,9 @@ constexpr int kFrames = 3 * kRate;
 class HostProgram : public testing::Test {
 protected:
     void SetUp() override {
+        // As a terminal leaves them, whoever runs the tests.
+        std::signal(SIGHUP, SIG_DFL);
+        std::signal(SIGPIPE, SIG_DFL);
         WriteTestTone(m_directory.File("guide.wav"), kRate, kFrames);
         WriteTestTone(m_directory.File("dub.wav"), kRate, kFrames, kRate / 4);
     }
@@ -32,9 +38,11 @@ protected:
         if (m_host) StopHost();
     }
 
-    void StartHost(std::vector<std::string> arguments = {}) {
+    void StartHost(std::vector<std::string> arguments = {},
+                   std::vector<std::string> const& starter = {}) {
         arguments.insert(arguments.begin(), {TAVARIN_HOST_PROGRAM, "--sample-rate", "8000",
                                              "--tracks", "Guide,Dub,Out,Double"});
+        arguments.insert(arguments.begin(), starter.begin(), starter.end());
         m_host.emplace(arguments, m_directory.File("host.out"), m_directory.File("host.err"));
         for (int nTry = 0; nTry < 500; ++nTry) {
             if (m_client.GetCurrentIdFromMainDirectory() >= 0) return;
@@ -46,6 +54,39 @@ protected:
     int StopHost(int nSignal = SIGTERM) {
         m_host->Signal(nSignal);
         return m_host->Wait();
+    }
+
+    int CountErrors(std::string const& strText) const {
+        const std::string strErrors = m_directory.Read("host.err");
+        int nCount = 0;
+        for (std::size_t n = 0; (n = strErrors.find(strText, n)) != std::string::npos; ++n) {
+            ++nCount;
+        }
+        return nCount;
+    }
+
+    bool WaitForError(std::string const& strText) const {
+        for (int nTry = 0; nTry < 1000; ++nTry) {
+            if (CountErrors(strText) > 0) return true;
+            usleep(10'000);
+        }
+        return false;
+    }
+
+    // Until the host has written its files for the first time; what it says then.
+    std::string AwaitReady() const {
+        for (int nTry = 0; nTry < 1000; ++nTry) {
+            const std::string strOutput = m_directory.Read("host.out");
+            if (strOutput.ends_with('\n')) return strOutput;
+            usleep(10'000);
+        }
+        return {};
+    }
+
+    std::string AudioDirectory() const {
+        const std::string strBefore = "audio in ", strReady = AwaitReady();
+        const std::size_t nAt = strReady.find(strBefore) + strBefore.size();
+        return strReady.substr(nAt, strReady.size() - 1 - nAt);
     }
 
     // Runs the tool; its output is in Output() and Errors() afterwards.
@@ -150,14 +191,99 @@ TEST_F(HostProgram, UpdateCounterOfALoadedSessionTellsARestart) {
     EXPECT_TRUE(m_client.NeedsUpdate());
 }
 
-TEST_F(HostProgram, StopsCleanlyOnEitherSignal) {
-    for (const int nSignal : {SIGINT, SIGTERM}) {
+TEST_F(HostProgram, StopsCleanlyOnEitherSignalAndWhenItsTerminalIsClosed) {
+    for (const int nSignal : {SIGINT, SIGTERM, SIGHUP}) {
         StartHost();
+        const std::string strAudio = AudioDirectory();
+        EXPECT_TRUE(fs::is_directory(strAudio));
         EXPECT_EQ(StopHost(nSignal), 0);
+        EXPECT_FALSE(fs::exists(strAudio));
         EXPECT_EQ(m_client.GetCurrentIdFromMainDirectory(), -1);
         EXPECT_FALSE(fs::exists("/dev/shm/TAN_Host_1"));
         EXPECT_FALSE(fs::exists("/dev/shm/__KEL_TAN_INTERPROCESS_DIR6__"));
     }
+}
+
+TEST_F(HostProgram, OutlivesItsTerminalWhenItWasStartedForThat) {
+    StartHost({}, {"/bin/sh", "-c", "trap '' HUP; exec \"$0\" \"$@\""});
+    m_host->Signal(SIGHUP);
+    usleep(300'000);
+    EXPECT_EQ(m_client.GetTANProcessID(), m_host->Id());
+    EXPECT_EQ(StopHost(), 0);
+}
+
+TEST_F(HostProgram, GoesOnWhenNobodyReadsWhatItShows) {
+    const std::string strPipe = m_directory.File("host.out");
+    ASSERT_EQ(mkfifo(strPipe.c_str(), 0600), 0);
+    const int nReader = open(strPipe.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    StartHost({"--verbose"});
+    close(nReader);
+    for (int nRequest = 0; nRequest < 3; ++nRequest) {
+        std::vector<std::string> tracks;
+        m_client.ListTracksWithTimeout(false, &tracks, 5000);
+        EXPECT_EQ(tracks.size(), 4u);
+    }
+    EXPECT_EQ(StopHost(), 0);
+}
+
+// Where a session can be kept, or not, as the test likes.
+class CSessionPlace {
+public:
+    explicit CSessionPlace(CTemporaryDirectory const& directory)
+        : m_strPath(directory.MakeDirectory("place")) {}
+
+    std::string File(std::string const& strName) const { return m_strPath + "/" + strName; }
+    void Close() const { fs::rename(m_strPath, m_strPath + " elsewhere"); }
+    void Open() const { fs::rename(m_strPath + " elsewhere", m_strPath); }
+
+private:
+    std::string m_strPath;
+};
+
+TEST_F(HostProgram, SessionThatCannotBeSavedIsToldOnceAndSavedWhenItCan) {
+    const CSessionPlace place(m_directory);
+    StartHost({"--session", place.File("session.json"), "--audio", m_directory.File("audio"),
+               "--timeline", m_directory.File("timeline.svg")});
+    AwaitReady();
+    place.Close();
+    CFileName guide(Guide().c_str());
+    EXPECT_EQ(m_client.SendFile(false, 0, &guide, 0, 0, kFrames, 0), 0);
+    ASSERT_TRUE(WaitForError("cannot save the session"));
+    EXPECT_EQ(m_client.SendFile(false, 1, &guide, 0, 0, kFrames, 0), 0);
+    usleep(1'500'000);
+    EXPECT_EQ(CountErrors("cannot save the session"), 1);
+    EXPECT_NE(m_directory.Read("timeline.svg").find("guide.wav"), std::string::npos);
+    place.Open();
+    ASSERT_TRUE(WaitForError("is kept again"));
+    EXPECT_EQ(CountErrors("tavarin-host:"), 2);
+    const json session = json::parse(m_directory.Read("place/session.json"));
+    EXPECT_EQ(session["documents"]["script"]["tracks"][1]["regions"].size(), 1u);
+    EXPECT_EQ(StopHost(), 0);
+}
+
+TEST_F(HostProgram, SessionThatIsNotSavedAtTheEndIsTold) {
+    const CSessionPlace place(m_directory);
+    const std::string strSession = place.File("session.json");
+    StartHost({"--session", strSession, "--audio", m_directory.File("audio")});
+    AwaitReady();
+    place.Close();
+    CFileName guide(Guide().c_str());
+    EXPECT_EQ(m_client.SendFile(false, 0, &guide, 0, 0, kFrames, 0), 0);
+    EXPECT_EQ(StopHost(), 1);
+    EXPECT_NE(
+        m_directory.Read("host.err").find("\"" + strSession + "\" lacks what has changed since"),
+        std::string::npos)
+        << m_directory.Read("host.err");
+    EXPECT_NE(m_directory.Read("host.out").find("of guide.wav"), std::string::npos);
+    EXPECT_FALSE(fs::exists("/dev/shm/TAN_Host_1"));
+}
+
+TEST_F(HostProgram, SessionThatCannotBeSavedAtTheStartRefusesIt) {
+    CChildProcess host({TAVARIN_HOST_PROGRAM, "--session", m_directory.File("nowhere/s.json"),
+                        "--audio", m_directory.File("audio")},
+                       m_directory.File("1.out"), m_directory.File("1.err"));
+    EXPECT_EQ(host.Wait(), 1);
+    EXPECT_NE(m_directory.Read("1.err").find("cannot save the session"), std::string::npos);
 }
 
 TEST_F(HostProgram, EveryCaptureThatWasTakenIsSavedWhenItStops) {

@@ -53,9 +53,16 @@ Failure SetModificationTime(const std::string& path, double seconds) {
     if (!(std::fabs(seconds) < kLatestSecond)) {
         return Describe(std::make_error_code(std::errc::invalid_argument));
     }
+    double dWhole = std::floor(seconds);
+    double dRest = seconds - dWhole;
+    // The rest of a number just below a whole one may be too close to 1 for a double.
+    if (dRest >= 1) {
+        dWhole += 1;
+        dRest = 0;
+    }
     timespec modified{};
-    modified.tv_sec = static_cast<time_t>(std::floor(seconds));
-    modified.tv_nsec = static_cast<long>((seconds - std::floor(seconds)) * kNanosecondsPerSecond);
+    modified.tv_sec = static_cast<time_t>(dWhole);
+    modified.tv_nsec = static_cast<long>(dRest * kNanosecondsPerSecond);
     const timespec times[] = {{0, UTIME_OMIT}, modified};
     if (utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW) != 0) return DescribeErrno();
     return std::nullopt;
