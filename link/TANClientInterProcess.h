@@ -26,7 +26,8 @@ class CMessageSegment;
 /// locale.
 ///
 /// Blocking: the host check waits up to 1 second for the directory lock; an exchange up to three
-/// times its time-out. Every command but the track list waits without limit for the host.
+/// times its time-out, and beyond that only for a word that a dead or halted host holds. Every
+/// command but the track list waits without limit for the host.
 class CTANClientInterProcess {
 public:
     /// True keeps the two message texts over the next exchange, which otherwise clears them.
