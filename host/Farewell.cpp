@@ -71,10 +71,11 @@ void SendEverybodyAway(int nDescriptor, unsigned char* pBytes, std::size_t nSize
     Set<std::uint8_t>(&record.fClosed, 1);
     const std::uint32_t nNever = 0;
     const std::int64_t lEnd = LinkTimeNow() + kLongestUs;
-    while (!IsAlone(nDescriptor)) {
+    for (;;) {
         PutFarewell(record, pBytes, nSize);
         OpenEveryDoor(record);
-        if (LinkTimeNow() >= lEnd) return;
+        // Whoever still comes, before the segment loses its name, finds the words ready too.
+        if (IsAlone(nDescriptor) || LinkTimeNow() >= lEnd) return;
         SleepOnWord(&nNever, 0, kBetweenTriesUs);
     }
 }
