@@ -87,10 +87,11 @@ bool CMessageChannel::Replace(CMessageChannel& old) noexcept {
 void CMessageChannel::Serve() {
     while (!IsOver() && TakeMutex()) {
         if (HasNewRequest()) {
-            AnswerRequest();
+            if (!AnswerRequest()) continue;
         } else {
-            WaitForRequest();
+            JoinWaitersForRequest();
         }
+        AwaitRequest();
     }
     // Who had passed the closed flag is answered still.
     if (IsClosed() && TakeMutex() && HasNewRequest()) AnswerRequest();
@@ -127,11 +128,14 @@ void CMessageChannel::FreeMutex() noexcept {
     m_fMutexHeld = false;
 }
 
-// The thread stays among the waiters until a request comes.
-void CMessageChannel::WaitForRequest() {
-    ConditionWords* const pCondition = &Record()->requestCondition;
-    JoinWaiters(pCondition, &Record()->nExchangeMutex, kNoDeadline);
+void CMessageChannel::JoinWaitersForRequest() noexcept {
+    JoinWaiters(&Record()->requestCondition, &Record()->nExchangeMutex, kNoDeadline);
     m_fMutexHeld = false;
+}
+
+// The thread stays among the waiters until a request comes.
+void CMessageChannel::AwaitRequest() {
+    ConditionWords* const pCondition = &Record()->requestCondition;
     for (int nLooks = 0;; ++nLooks) {
         WaitPace const& pace = nLooks < kLooksUntilIdle ? kHostPace : kIdleHostPace;
         if (AwaitCommand(pCondition, LinkTimeNow() + kLookUs, pace)) break;
@@ -141,8 +145,9 @@ void CMessageChannel::WaitForRequest() {
 }
 
 // Called with the exchange mutex held. It is free while the script runs, so that a client whose
-// time-out ends can go its way.
-void CMessageChannel::AnswerRequest() {
+// time-out ends can go its way. True when the reply has gone out and the thread is among the
+// waiters for the next request: its client, once it is woken, never meets this thread at the mutex.
+bool CMessageChannel::AnswerRequest() {
     ConditionWords* const pCondition = &Record()->replyCondition;
     const char* const pRequest = m_segment.Buffer();
     m_strRequest.assign(pRequest, strnlen(pRequest, MessageLayout::kRequestCapacity));
@@ -155,15 +160,15 @@ void CMessageChannel::AnswerRequest() {
         if (!fWritten) WriteReply(reply);
         Set(&Record()->fPending, 0);
         if (AcquireWordEagerly(&pCondition->nEnterLock, LinkTimeNow() + kLookUs)) {
-            const bool fNotified = NotifyOneEntered(pCondition, &Record()->nExchangeMutex);
-            m_fMutexHeld = false;
+            JoinWaitersForRequest();
+            if (NotifyOneEntered(pCondition)) WakeWord(&pCondition->nCommand);
             m_watch.NoteProgress();
-            if (fNotified) WakeWord(&pCondition->nCommand);
-            return;
+            return true;
         }
         FreeMutex();
-        if (!AwaitFreeEnterLock(*pCondition)) return;
+        if (!AwaitFreeEnterLock(*pCondition)) return false;
     }
+    return false;
 }
 
 // Its client is on the way into the condition or out of it, and may need the mutex, which is free

@@ -56,8 +56,9 @@ private:
     bool HasNewRequest() const noexcept;
     bool TakeMutex();
     void FreeMutex() noexcept;
-    void WaitForRequest();
-    void AnswerRequest();
+    void JoinWaitersForRequest() noexcept;
+    void AwaitRequest();
+    bool AnswerRequest();
     bool AwaitFreeEnterLock(ConditionWords& condition) noexcept;
     std::optional<CServerReply> RunRequest() noexcept;
     void WriteReply(std::optional<CServerReply> const& reply) noexcept;

@@ -91,14 +91,14 @@ void ReleaseWord(std::uint32_t* pWord) noexcept {
 
 bool NotifyOne(ConditionWords* pCondition) noexcept {
     AcquireWord(&pCondition->nEnterLock, kNoDeadline);
-    return NotifyOneEntered(pCondition, nullptr);
+    return NotifyOneEntered(pCondition);
 }
 
-bool NotifyOneEntered(ConditionWords* pCondition, std::uint32_t* pMutex) noexcept {
-    const bool fHasWaiter = ReadWord(&pCondition->nWaiterCount) > 0;
-    if (!fHasWaiter) ReleaseWord(&pCondition->nEnterLock);
-    if (pMutex != nullptr) ReleaseWord(pMutex);
-    if (!fHasWaiter) return false;
+bool NotifyOneEntered(ConditionWords* pCondition) noexcept {
+    if (ReadWord(&pCondition->nWaiterCount) == 0) {
+        ReleaseWord(&pCondition->nEnterLock);
+        return false;
+    }
     while (SwapWord(&pCondition->nCommand, kCommandSleep, kCommandNotifyOne) != kCommandSleep) {
         sched_yield();
     }

@@ -33,10 +33,8 @@ void ReleaseWord(std::uint32_t* pWord) noexcept;
 /// is true.
 bool NotifyOne(ConditionWords* pCondition) noexcept;
 
-/// The same for a caller that holds the enter lock already and, unless `pMutex` is null, the mutex,
-/// which is freed before the waiter can wake: it then finds the mutex free. Nobody can join or
-/// leave the waiters in between.
-bool NotifyOneEntered(ConditionWords* pCondition, std::uint32_t* pMutex) noexcept;
+/// The same for a caller that holds the enter lock already.
+bool NotifyOneEntered(ConditionWords* pCondition) noexcept;
 
 /// How a waiter spends its time between two looks at the command word, and how it takes the mutex
 /// back. The other side sees nothing of it.

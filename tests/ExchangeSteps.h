@@ -96,9 +96,11 @@ inline std::vector<ExchangeStep> const& HostSteps() {
         {"reply written", [](View v) { return v.fReplied; }},
         {"no longer pending", [](View v) { return v.record.fPending == 0; }},
         {"entered to notify", [](View v) { return v.record.replyCondition.nEnterLock == 1; }},
-        {"mutex freed with the reply", [](View v) { return v.record.nExchangeMutex == 0; }},
-        {"reply announced", [](View v) { return v.record.replyCondition.nCommand == 1; }},
+        {"entered to wait again", [](View v) { return v.record.requestCondition.nEnterLock == 1; }},
         {"counted again", [](View v) { return v.record.requestCondition.nWaiterCount == 1; }},
+        {"mutex freed with the reply", [](View v) { return v.record.nExchangeMutex == 0; }},
+        {"waiting again", [](View v) { return v.record.requestCondition.nEnterLock == 0; }},
+        {"reply announced", [](View v) { return v.record.replyCondition.nCommand == 1; }},
     };
     return steps;
 }

@@ -160,18 +160,15 @@ TEST(WordProtocol, NotifierLeavesTheEnterLockToTheWaiterItWakes) {
     EXPECT_EQ(words.Condition()->nCommand, kCommandNotifyOne);
 }
 
-TEST(WordProtocol, NotifierThatHasEnteredFreesTheMutexBeforeTheWaiterWakes) {
+TEST(WordProtocol, NotifierThatHasEnteredLeavesTheLockOnlyToAWaiter) {
     CSharedWords words;
-    ASSERT_TRUE(TryAcquireWord(words.Mutex()));
     ASSERT_TRUE(TryAcquireWord(&words.Condition()->nEnterLock));
-    EXPECT_FALSE(NotifyOneEntered(words.Condition(), words.Mutex()));
+    EXPECT_FALSE(NotifyOneEntered(words.Condition()));
     words.ExpectAtRest();
 
-    ASSERT_TRUE(TryAcquireWord(words.Mutex()));
     ASSERT_TRUE(TryAcquireWord(&words.Condition()->nEnterLock));
     words.Condition()->nWaiterCount = 1;
-    EXPECT_TRUE(NotifyOneEntered(words.Condition(), words.Mutex()));
-    EXPECT_FALSE(words.IsMutexHeld());
+    EXPECT_TRUE(NotifyOneEntered(words.Condition()));
     EXPECT_EQ(words.Condition()->nEnterLock, 1u);
     EXPECT_EQ(words.Condition()->nCommand, kCommandNotifyOne);
 }
