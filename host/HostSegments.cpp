@@ -87,8 +87,7 @@ const MarkedDirectory* FindMark(CMappedSegment const& directory) {
 }
 
 // The directory's name, free for this process.
-std::string ClaimDirectory(CNameLock const& lock) {
-    if (!lock.IsHeld()) RefuseSecondHost();
+std::string ClaimDirectory() {
     try {
         const CMappedSegment existing(szDirectorySegment);
         if (!FindMark(existing)) RefuseForeignHost(existing);
@@ -123,13 +122,16 @@ COwnedSegment::COwnedSegment(std::string name, std::size_t nSize)
       m_name(std::move(name), Descriptor()),
       m_region(MapObject(m_object, m_name.Text(), nSize)) {}
 
-CHostDirectory::CHostDirectory() try
-    : m_lock(szDirectorySegment), m_segment(ClaimDirectory(m_lock), sizeof(MarkedDirectory)) {
+CHostLock::CHostLock() try : m_lock(szDirectorySegment) {
+    if (!m_lock.IsHeld()) RefuseSecondHost();
+} catch (std::system_error const& refusal) {
+    throw CHostSegmentError(std::string("cannot take the link's lock: ") + refusal.what());
+}
+
+CHostDirectory::CHostDirectory() : m_segment(ClaimDirectory(), sizeof(MarkedDirectory)) {
     auto* const pMarked = reinterpret_cast<MarkedDirectory*>(m_segment.Bytes());
     pMarked->nProcess = getpid();
     std::memcpy(pMarked->szMark, szDirectoryMark, sizeof(szDirectoryMark));
-} catch (std::system_error const& refusal) {
-    throw CHostSegmentError(std::string("cannot take the link's lock: ") + refusal.what());
 }
 
 CHostMessageSegment::CHostMessageSegment(int nId, SegmentName name)

@@ -71,14 +71,22 @@ private:
     boost::interprocess::mapped_region m_region;
 };
 
-/// The directory segment of this process, and the right to have it.
-///
-/// A lock decides which host of a user runs; it is held as long as this object lives. What a dead
-/// host left behind is taken over, whatever its heartbeat says; a live one is refused, also one of
-/// another kind, which does not know the lock.
+/// The right to be the user's one host, held as long as this object lives.
+class CHostLock {
+public:
+    /// Throws `CHostSegmentError` when another host has it.
+    CHostLock();
+
+private:
+    CNameLock m_lock;
+};
+
+/// The directory segment of this process. What a dead host left behind is taken over, whatever its
+/// heartbeat says; a live host of another kind, which does not know the lock, is refused.
 class CHostDirectory {
 public:
-    /// Throws `CHostSegmentError` when a live host has the directory.
+    /// To be made with the lock held. Throws `CHostSegmentError` when a live host has the
+    /// directory.
     CHostDirectory();
 
     DirectoryRecord* Record() const noexcept {
@@ -86,7 +94,6 @@ public:
     }
 
 private:
-    CNameLock m_lock;
     COwnedSegment m_segment;
 };
 

@@ -18,8 +18,11 @@ constexpr std::size_t kMostChannels = 8;
 }  // namespace
 
 CLinkServer::CLinkServer(int nId, bool fSessionSelected, Handler handler,
-                         std::uint32_t nUpdateCount)
-    : m_nId(nId), m_handler(std::move(handler)), m_fSessionSelected(fSessionSelected) {
+                         std::uint32_t nUpdateCount, std::shared_ptr<const CHostLock> pLock)
+    : m_nId(nId),
+      m_handler(std::move(handler)),
+      m_pLock(std::move(pLock)),
+      m_fSessionSelected(fSessionSelected) {
     SetUpdateCount(nUpdateCount);
     SendAwayFromLeftover(m_nId);
     m_channels.emplace_back(m_nId, SegmentName::OfTheHost,

@@ -3,6 +3,7 @@
 #include <condition_variable>
 #include <cstdint>
 #include <list>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -27,8 +28,10 @@ public:
 
     /// Creates the segments and starts answering with `handler`, which is called for one request at
     /// a time, but not always on the same thread. The update counter is in the directory before the
-    /// first request is answered. Throws `CHostSegmentError` when the segments cannot be had.
-    CLinkServer(int nId, bool fSessionSelected, Handler handler, std::uint32_t nUpdateCount = 0);
+    /// first request is answered. Throws `CHostSegmentError` when the segments cannot be had, or
+    /// without a given lock when another host has it.
+    CLinkServer(int nId, bool fSessionSelected, Handler handler, std::uint32_t nUpdateCount = 0,
+                std::shared_ptr<const CHostLock> pLock = std::make_shared<CHostLock>());
     /// Closes the segments to new requests, answers the one under way and removes the segments.
     ~CLinkServer();
     CLinkServer(CLinkServer const&) = delete;
@@ -48,6 +51,7 @@ private:
     const int m_nId;
     const Handler m_handler;
     std::mutex m_handlerMutex;
+    const std::shared_ptr<const CHostLock> m_pLock;
     CHostDirectory m_directory;
     std::mutex m_channelsMutex;
     std::list<CMessageChannel>

@@ -22,8 +22,8 @@ CReferenceHost::CReferenceHost(CSession session, CReferenceHostOptions options)
     m_Session.CountFrom(FirstUpdateCount());
     m_Server.emplace(
         m_Options.m_nId, m_Session.Selected(),
-        [this](std::string const& strScript) { return Answer(strScript); },
-        m_Session.UpdateCount());
+        [this](std::string const& strScript) { return Answer(strScript); }, m_Session.UpdateCount(),
+        m_Options.m_pLock ? m_Options.m_pLock : std::make_shared<CHostLock>());
 }
 
 void CReferenceHost::SelectSession(bool fSelected) {

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -22,6 +23,9 @@ struct CReferenceHostOptions {
     CScriptEngineOptions m_Engine;
     /// Told of every exchange, on the answering thread, before the client gets its reply.
     std::function<void(CHostExchange const&)> m_Observer;
+    /// The right to be the host, when it was taken before; otherwise the host takes it for as long
+    /// as it serves.
+    std::shared_ptr<const CHostLock> m_pLock;
 };
 
 /// A host application for development and tests: a session, the script engine that works on it and

@@ -83,8 +83,10 @@ void ShowExchange(CHostExchange const& exchange) {
     std::fflush(stdout);
 }
 
-CReferenceHostOptions MakeOptions(Arguments const& arguments) {
+CReferenceHostOptions MakeOptions(Arguments const& arguments,
+                                  std::shared_ptr<const CHostLock> pLock) {
     CReferenceHostOptions options;
+    options.m_pLock = std::move(pLock);
     options.m_nId = arguments.nId;
     options.m_Engine.m_strAudioDirectory = arguments.strAudioDirectory;
     if (arguments.strAudioDirectory.empty() && !arguments.strSessionFile.empty()) {
@@ -128,7 +130,10 @@ void PrepareSignals() {
 
 int RunHost(Arguments const& arguments) {
     PrepareSignals();
-    CReferenceHost host(MakeSession(arguments), MakeOptions(arguments));
+    // Held from before the session is loaded until it is saved for the last time, so that no two
+    // hosts have the same one.
+    const auto pLock = std::make_shared<CHostLock>();
+    CReferenceHost host(MakeSession(arguments), MakeOptions(arguments, pLock));
     CSessionKeeper keeper = MakeKeeper(arguments);
     keeper.Begin(host);
     Announce(arguments, host);

@@ -10,6 +10,7 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <memory>
 #include <optional>
 
 #include "ForkedProcess.h"
@@ -42,6 +43,14 @@ std::string Bytes(std::string const& strName) {
 
 bool Has(std::string const& strName) {
     return fs::exists(szSharedMemory + strName);
+}
+
+// What a host replies.
+std::string Send(std::string strRequest) {
+    CTANClientInterProcess client;
+    std::string strReply;
+    EXPECT_EQ(client.SendTANMessage(kHost, strRequest, strReply, 10'000), 0);
+    return strReply;
 }
 
 // Why a host cannot start; empty when it can.
@@ -118,6 +127,67 @@ protected:
 
 TEST_F(HostStart, OfTwoAtTheSameMomentOneRuns) {
     ExpectOneHostOfEachPair(TAVARIN_HOST_PROGRAM, 200);
+}
+
+// Hosts of one session, each of which begins as soon as the last one lets it.
+class CHostsOfOneSession {
+public:
+    explicit CHostsOfOneSession(CTemporaryDirectory const& directory) : m_directory(directory) {}
+
+    void Stop() {
+        m_pHost->Signal(SIGTERM);
+        EXPECT_EQ(m_pHost->Wait(), 0);
+    }
+    // Tries until it is not refused.
+    void Start() {
+        do {
+            m_strOutput = "out" + std::to_string(++m_nStarts);
+            m_pHost = std::make_unique<CChildProcess>(
+                std::vector<std::string>{TAVARIN_HOST_PROGRAM, "--session",
+                                         m_directory.File("session.json"), "--audio",
+                                         m_directory.File("audio")},
+                m_directory.File(m_strOutput), m_directory.File("err"));
+        } while (!IsReady());
+    }
+    void Restart() {
+        const std::unique_ptr<CChildProcess> pLast = std::move(m_pHost);
+        pLast->Signal(SIGTERM);
+        Start();
+        EXPECT_EQ(pLast->Wait(), 0);
+    }
+
+private:
+    // False when it was refused.
+    bool IsReady() const {
+        for (;;) {
+            if (m_directory.Read(m_strOutput).ends_with('\n')) return true;
+            siginfo_t ended{};
+            waitid(P_PID, static_cast<id_t>(m_pHost->Id()), &ended, WEXITED | WNOHANG | WNOWAIT);
+            if (ended.si_pid != 0) return false;
+        }
+    }
+
+    CTemporaryDirectory const& m_directory;
+    std::unique_ptr<CChildProcess> m_pHost;
+    std::string m_strOutput;
+    int m_nStarts = 0;
+};
+
+TEST_F(HostStart, NextHostHasWhatTheLastOneSaved) {
+    const CTemporaryDirectory directory;
+    CHostsOfOneSession hosts(directory);
+    hosts.Start();
+    for (int nPosition = 1; nPosition <= 30; ++nPosition) {
+        const std::string strPosition = std::to_string(nPosition);
+        EXPECT_EQ(Send("SelectScriptDocument() MoveDisplayToPosition(" + strPosition +
+                       ") print('moved')"),
+                  "moved\n");
+        hosts.Restart();
+        EXPECT_NE(directory.Read("session.json").find("\"displayPosition\": " + strPosition + "."),
+                  std::string::npos)
+            << nPosition;
+    }
+    hosts.Stop();
 }
 
 TEST_F(HostStart, KilledHostIsReplacedAtOnceWhateverItsHeartbeatSays) {
