@@ -47,7 +47,7 @@ endfunction()
 
 file(STRINGS "${PROJECT_SOURCE_DIR}/cmake/PublicHeaders.txt" tavarin_public_headers)
 tavarin_install_headers("${PROJECT_SOURCE_DIR}" ${tavarin_public_headers})
-if(NOT APPLE)
+if(NOT TAVARIN_FRAMEWORKS)
     tavarin_install_headers("${PROJECT_SOURCE_DIR}/platform/posix" CoreFoundation/CoreFoundation.h)
     tavarin_install_headers("${PROJECT_SOURCE_DIR}/platform/gnustep" CoreGraphics/CoreGraphics.h)
 endif()

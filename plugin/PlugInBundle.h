@@ -3,10 +3,12 @@
 #import <AppKit/AppKit.h>
 
 #import "Source/ViewControllerOperations.h"
+#import "Source/WindowOperations.h"
 #include "plugin/PlugInTable.h"
 
 /// A controller of any kind.
-typedef NSViewController<TavarinProLink_ViewControllerOperations> CPlugInController;
+typedef NSViewController<TavarinProLink_ViewControllerOperations, TavarinProLink_WindowOperations>
+    CPlugInController;
 
 /// The bundle with the views. It stands beside this module, wherever that was installed. All
 /// plug-ins of a process share one, with one factory: a class of one name can be there only once.

@@ -45,12 +45,11 @@ public:
     void const* TrackList() const;
     /// @}
 
-    /// Tells the view of takes that the host has from before it was made.
-    void Remember(std::optional<CTake> const& first, std::optional<CTake> const& second);
+    /// Tells the view of a take that the host has on a track from before the view was made.
+    void Remember(std::int32_t nTrack, CTake const& take);
 
 private:
     void Notify(std::int32_t nType, void* pRecord, std::uint32_t nSize);
 
-    PlugInKind m_Kind;
     CPlugInController* m_controller;
 };

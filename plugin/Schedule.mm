@@ -23,7 +23,11 @@ CSchedule::CSchedule(CPlugInAccess& plugIn, CPlugInView& view,
       m_NextCheck(Clock::now()),
       m_nWantedTrack(plugIn.Track()),
       m_nSeenReport(plugIn.Status().nSerial) {
-    m_View.Remember(plugIn.LastTakeOn(0), plugIn.LastTakeOn(1));
+    for (const std::int32_t nTrack : {0, 1}) {
+        if (const std::optional<CTake> take = plugIn.LastTakeOn(nTrack)) {
+            m_View.Remember(nTrack, *take);
+        }
+    }
     m_View.ChooseTrack(m_nWantedTrack);
     if (const std::optional<std::int32_t> nTrack = m_View.Track()) m_nSeenTrack = *nTrack;
     m_pSeenList = m_View.TrackList();

@@ -6,6 +6,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
+#include <future>
 #include <map>
 #include <optional>
 
@@ -155,13 +157,11 @@ protected:
         return answer;
     }
     std::vector<RuleReport> Check(HostCheckOptions const& options = QuickOptions()) {
-        std::jthread heart([this](std::stop_token const& stop) {
-            while (m_fAlive && !stop.stop_requested()) {
-                m_host.Directory().SetHeartbeat(LinkTimeNow());
-                usleep(20'000);
-            }
-        });
-        return CheckHost(options);
+        auto check = std::async(std::launch::async, [&options] { return CheckHost(options); });
+        do {
+            if (m_fAlive) m_host.Directory().SetHeartbeat(LinkTimeNow());
+        } while (check.wait_for(std::chrono::milliseconds(20)) != std::future_status::ready);
+        return check.get();
     }
     Verdict Of(std::string const& strName, std::vector<RuleReport> const& reports) {
         return FindingOf(strName, reports).verdict;

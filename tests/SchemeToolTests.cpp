@@ -25,7 +25,8 @@ protected:
         while (const std::size_t size = std::fread(buffer, 1, sizeof buffer, pipe)) {
             output.append(buffer, size);
         }
-        return {WEXITSTATUS(pclose(pipe)), output};
+        const int nStatus = pclose(pipe);
+        return {WEXITSTATUS(nStatus), output};
     }
 
     CTemporaryDirectory m_directory;

@@ -6,7 +6,7 @@
 CWaitNotice::CWaitNotice(std::string strWhat, int nTerminal)
     : m_nTerminal(nTerminal), m_strWhat(std::move(strWhat)) {
     if (!isatty(m_nTerminal)) return;
-    m_thread = std::jthread([this](std::stop_token const& stop) { CountSeconds(stop); });
+    m_thread = std::thread([this] { CountSeconds(); });
 }
 
 CWaitNotice::~CWaitNotice() {
@@ -27,15 +27,19 @@ void CWaitNotice::Hide() {
 
 void CWaitNotice::End() {
     if (!m_thread.joinable()) return;
-    m_thread = std::jthread();
+    {
+        const std::lock_guard lock(m_mutex);
+        m_fEnd = true;
+    }
+    m_wake.notify_one();
+    m_thread.join();
     Erase();
     m_nSeconds = 0;
 }
 
-void CWaitNotice::CountSeconds(std::stop_token const& stop) {
+void CWaitNotice::CountSeconds() {
     std::unique_lock lock(m_mutex);
-    while (!m_wake.wait_for(lock, stop, std::chrono::seconds(1),
-                            [&] { return stop.stop_requested(); })) {
+    while (!m_wake.wait_for(lock, std::chrono::seconds(1), [this] { return m_fEnd; })) {
         ++m_nSeconds;
         Draw();
     }

@@ -27,14 +27,15 @@ public:
     void End();
 
 private:
-    void CountSeconds(std::stop_token const& stop);
+    void CountSeconds();
     void Draw() const;
     void Erase() const;
 
     const int m_nTerminal;
     std::mutex m_mutex;
-    std::condition_variable_any m_wake;
+    std::condition_variable m_wake;
     std::string m_strWhat;  // empty: hidden
     int m_nSeconds = 0;
-    std::jthread m_thread;
+    bool m_fEnd = false;
+    std::thread m_thread;
 };

@@ -11,6 +11,7 @@
 #include <system_error>
 
 #include "platform/posix/MoveFile.h"
+#include "platform/posix/SystemCalls.h"
 
 namespace FileSystem {
 namespace {
@@ -38,8 +39,9 @@ std::optional<Attributes> GetAttributes(const std::string& path) {
     if (lstat(path.c_str(), &status) != 0) return std::nullopt;
     Attributes attributes;
     attributes.nSize = static_cast<std::uint64_t>(status.st_size);
-    attributes.dModified = static_cast<double>(status.st_mtim.tv_sec) +
-                           static_cast<double>(status.st_mtim.tv_nsec) / kNanosecondsPerSecond;
+    const timespec modified = ModificationTime(status);
+    attributes.dModified = static_cast<double>(modified.tv_sec) +
+                           static_cast<double>(modified.tv_nsec) / kNanosecondsPerSecond;
     return attributes;
 }
 

@@ -1,6 +1,5 @@
 #include "platform/posix/MoveFile.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -9,6 +8,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+
+#include "platform/posix/SystemCalls.h"
 
 namespace FileSystem {
 namespace {
@@ -33,7 +34,7 @@ std::error_code MoveByCheckedRename(const char* from, const char* to) {
 }
 
 std::error_code MoveWithinFileSystem(const char* from, const char* to) {
-    const auto error = ResultOf(renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE));
+    const auto error = ResultOf(RenameToFreeName(from, to));
     const bool unsupported =
         error == std::errc::invalid_argument || error == std::errc::function_not_supported;
     return unsupported ? MoveFileByLink(from, to) : error;

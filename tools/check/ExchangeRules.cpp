@@ -1,8 +1,8 @@
 #include <signal.h>
 
-#include <atomic>
 #include <cctype>
 #include <cstring>
+#include <future>
 #include <thread>
 #include <vector>
 
@@ -138,14 +138,14 @@ Finding AnswersInOrder(CCheckedHost& host) {
 }
 
 Finding AnswersManyClients(CCheckedHost& host) {
-    std::atomic<int> nOwn = 0;
-    {
-        std::vector<std::jthread> clients;
-        for (int nClient = 1; nClient <= kClients; ++nClient) {
-            clients.emplace_back(
-                [&, nClient] { nOwn += CountOwnAnswers(host, nClient, kExchangesOfEach); });
-        }
+    std::vector<std::future<int>> clients;
+    for (int nClient = 1; nClient <= kClients; ++nClient) {
+        clients.push_back(std::async(std::launch::async, [&host, nClient] {
+            return CountOwnAnswers(host, nClient, kExchangesOfEach);
+        }));
     }
+    int nOwn = 0;
+    for (std::future<int>& client : clients) nOwn += client.get();
     constexpr int kAll = kClients * kExchangesOfEach;
     return PassedIf(nOwn == kAll, std::to_string(nOwn) + " of " + std::to_string(kAll) + " from " +
                                       std::to_string(kClients) + " clients");
