@@ -52,6 +52,7 @@ void TakeCapture(TavarinProAPTLink_ViewController* view, paramPostAnalyze const&
 }
 
 - (void)dealloc {
+    for (NSButton* button : {m_btnGuide, m_btnDub, m_btnAutoTrackSwitch}) LetGo(button);
     [super dealloc];
 }
 

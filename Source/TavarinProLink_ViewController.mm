@@ -71,6 +71,11 @@ void ShowTracks(TavarinProLink_ViewController* view, std::vector<std::string> co
     // That form removes nothing. A centre that keeps dead observers would call this one when the
     // pop-up outlives it.
     [center removeObserver:self];
+    // The pop-up keeps its entries, and has nobody to tell of a choice.
+    LetGo(m_popupTracks);
+    [m_popupTracks unbind:@"contentValues"];
+    [m_popupTracks unbind:@"selectedIndex"];
+    [m_TracksArray setContent:nil];
     [m_Tracks release];
     [super dealloc];
 }

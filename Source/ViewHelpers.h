@@ -26,6 +26,9 @@ void ShowTexts(CTANClientInterProcess const& script, NSTextField* textLastError,
 void ShowTextsOrLogo(CTANClientInterProcess const& script, NSTextField* textLastError,
                      NSTextField* textAdvice, NSImageView* imageLogo);
 
+/// A control that may live longer than the controller behind it calls nobody from now on.
+void LetGo(NSControl* control);
+
 /// Reads the current host again; true when it is not `*pnCurrentHost`, which then follows.
 bool HasHostChanged(CTANClientInterProcess& script, std::int32_t* pnCurrentHost);
 

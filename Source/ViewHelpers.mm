@@ -112,6 +112,11 @@ void ShowTextsOrLogo(CTANClientInterProcess const& script, NSTextField* textLast
     [imageLogo setHidden:!fNothingToSay];
 }
 
+void LetGo(NSControl* control) {
+    [control setTarget:nil];
+    [control setAction:NULL];
+}
+
 bool HasHostChanged(CTANClientInterProcess& script, std::int32_t* pnCurrentHost) {
     const std::int32_t nHost = script.GetCurrentTANHost();
     if (nHost == *pnCurrentHost) return false;

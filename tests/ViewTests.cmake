@@ -38,6 +38,7 @@ endfunction()
 tavarin_add_view_test(LinkViewTests)
 tavarin_add_view_test(APTLinkViewTests)
 tavarin_add_view_test(DoublerLinkViewTests)
+tavarin_add_view_test(ViewLifetimeTests)
 tavarin_add_view_test(ViewFactoryTests)
 # For the constants; the classes and the scheme are the bundle's.
 target_include_directories(ViewFactoryTests PRIVATE
