@@ -1,6 +1,9 @@
 #import "Source/PanelControls.h"
 
+#include <optional>
+
 #import "Source/PanelDrawing.h"
+#include "Source/Preferences.h"
 #include "colours/ComponentCodes.h"
 #import "controls/GraphicUtils.h"
 #import "controls/QXButtonCell.h"
@@ -62,6 +65,33 @@ void DrawFocus(NSView* view) {
     [edge stroke];
 }
 
+/// A cell's codes of the pressed look in place of the others, put back at the end of the scope.
+class CLitLook {
+public:
+    explicit CLitLook(QXButtonCell* cell)
+        : m_cell(cell), m_faceUp(cell->m_nFaceUp), m_borderUp(cell->m_nBorderUp) {
+        cell->m_nFaceUp = cell->m_nFaceDown;
+        cell->m_nBorderUp = cell->m_nBorderDown;
+    }
+    ~CLitLook() {
+        m_cell->m_nFaceUp = m_faceUp;
+        m_cell->m_nBorderUp = m_borderUp;
+    }
+    CLitLook(CLitLook const&) = delete;
+    CLitLook& operator=(CLitLook const&) = delete;
+
+private:
+    QXButtonCell* m_cell;
+    CComponentCode m_faceUp;
+    CComponentCode m_borderUp;
+};
+
+/// The cell of a button if it is one that draws itself; otherwise nil.
+QXButtonCell* OwnCell(NSButton* button) {
+    id cell = [button cell];
+    return [cell isKindOfClass:[QXButtonCell class]] ? cell : nil;
+}
+
 }  // namespace
 
 @implementation TavarinProLink_PanelView
@@ -79,6 +109,30 @@ void DrawFocus(NSView* view) {
     return YES;
 }
 
+// A user who closes the window may end the workstation next, or the workstation itself.
+- (void)viewWillMoveToWindow:(NSWindow*)window {
+    NSNotificationCenter* center = [NSNotificationCenter defaultCenter];
+    [center removeObserver:self name:NSWindowWillCloseNotification object:nil];
+    if (window == nil) {
+        WritePreferences();
+    } else {
+        [center addObserver:self
+                   selector:@selector(WindowWillClose:)
+                       name:NSWindowWillCloseNotification
+                     object:window];
+    }
+    [super viewWillMoveToWindow:window];
+}
+
+- (void)WindowWillClose:(NSNotification*)notification {
+    WritePreferences();
+}
+
+- (void)dealloc {
+    [[NSNotificationCenter defaultCenter] removeObserver:self];
+    [super dealloc];
+}
+
 @end
 
 @implementation TavarinProLink_ToggleButton
@@ -92,19 +146,13 @@ void DrawFocus(NSView* view) {
 }
 
 - (void)drawRect:(NSRect)dirty {
-    QXButtonCell* cell = [self cell];
+    QXButtonCell* cell = OwnCell(self);
     // The focus is shown here, for the cell does not know how.
     [cell setShowsFirstResponder:NO];
-    const CComponentCode faceUp = cell->m_nFaceUp;
-    const CComponentCode borderUp = cell->m_nBorderUp;
-    if ([self state] != 0) {
-        cell->m_nFaceUp = cell->m_nFaceDown;
-        cell->m_nBorderUp = cell->m_nBorderDown;
-    }
+    std::optional<CLitLook> lit;
+    if (cell != nil && [self state] != 0) lit.emplace(cell);
     [super drawRect:dirty];
-    cell->m_nFaceUp = faceUp;
-    cell->m_nBorderUp = borderUp;
-    DrawFocus(self);
+    if (cell != nil) DrawFocus(self);
 }
 
 @end

@@ -69,16 +69,24 @@ std::int64_t Truncated(double dPosition) {
     return static_cast<std::int64_t>(dPosition);
 }
 
-void Export(CTANClientInterProcess& script, bool fAudioSuite, paramExportSelectedRegion& record) {
+void RefusePath(CTANClientInterProcess& script, const char* szFile) {
+    script.m_strLastError = std::string("Error - The path of the ") + szFile + " file is too long.";
+    script.m_strAdvice = "Use a folder with a shorter path.";
+}
+
+Answer Export(CTANClientInterProcess& script, bool fAudioSuite, paramExportSelectedRegion& record) {
     CFileName file;
     record.fResult = script.ExportSelectedRegion(fAudioSuite, record.nSampleRate, &file);
-    if (!record.fResult) return;
+    if (!record.fResult) return Answer::Answered;
     const std::string strPath = file.GetFullPathString();
     if (strPath.size() >= sizeof(record.szFilePath)) {
         record.fResult = false;
-        return;
+        file.FileDelete();
+        RefusePath(script, "exported");
+        return Answer::Refused;
     }
     std::memcpy(record.szFilePath, strPath.c_str(), strPath.size() + 1);
+    return Answer::Answered;
 }
 
 void Render(CTANClientInterProcess& script, bool fAudioSuite, paramRenderSelectedRegion& record) {
@@ -126,6 +134,7 @@ bool HasHostChanged(CTANClientInterProcess& script, std::int32_t* pnCurrentHost)
 
 void RequireRecord(std::int32_t iNotificationType, void const* pNotificationData,
                    std::uint32_t iNotificationDataSize) {
+    if (iNotificationType == notifyPrint) TAVARIN_REQUIRE(pNotificationData != nullptr);
     for (CRecordSize const& record : kRecordSizes) {
         if (record.nType != iNotificationType) continue;
         if (record.nSize != iNotificationDataSize) {
@@ -135,8 +144,10 @@ void RequireRecord(std::int32_t iNotificationType, void const* pNotificationData
     }
 }
 
-bool HasPath(paramPostAnalyze const& capture) {
-    return std::memchr(capture.szFilePath, 0, sizeof(capture.szFilePath)) != nullptr;
+bool HasPath(CTANClientInterProcess& script, paramPostAnalyze const& capture) {
+    if (std::memchr(capture.szFilePath, 0, sizeof(capture.szFilePath)) != nullptr) return true;
+    RefusePath(script, "captured");
+    return false;
 }
 
 bool HandOverCapture(CTANClientInterProcess& script, bool fAudioSuite, int nTrack,
@@ -161,25 +172,24 @@ std::int64_t CaptureEnd(paramPostAnalyze const& capture) {
     return Truncated(capture.dFilePosition + capture.dRegionEnd);
 }
 
-bool AnswerNotification(CTANClientInterProcess& script, bool fAudioSuite,
-                        std::int32_t iNotificationType, void const* pNotificationData) {
+Answer AnswerNotification(CTANClientInterProcess& script, bool fAudioSuite,
+                          std::int32_t iNotificationType, void const* pNotificationData) {
     switch (iNotificationType) {
         case notifyExportSelectedRegion:
-            Export(script, fAudioSuite,
-                   RecordToAnswer<paramExportSelectedRegion>(pNotificationData));
-            return true;
+            return Export(script, fAudioSuite,
+                          RecordToAnswer<paramExportSelectedRegion>(pNotificationData));
         case notifyRenderSelectedRegion:
             Render(script, fAudioSuite,
                    RecordToAnswer<paramRenderSelectedRegion>(pNotificationData));
-            return true;
+            return Answer::Answered;
         case notifyUpdateCount:
             RecordToAnswer<paramUpdateCount>(pNotificationData).lUpdateCount =
                 script.GetUpdateCount();
-            return true;
+            return Answer::Answered;
         case notifyPrint:
             script.PrintToTavarin(static_cast<const char*>(pNotificationData));
-            return false;
+            return Answer::Silent;
         default:
-            return false;
+            return Answer::Silent;
     }
 }
