@@ -98,8 +98,7 @@ TEST_F(ControlLeaks, MissingArrowDrawsNothingAndTakesOnlyItsGap) {
 
 TEST_F(ControlLeaks, ArrowIsLookedForUntilItIsThere) {
     namespace fs = std::filesystem;
-    const fs::path program = fs::read_symlink("/proc/self/exe");
-    const fs::path resources = program.parent_path() / "Resources" / program.filename();
+    const fs::path resources = [[[NSBundle mainBundle] resourcePath] UTF8String];
     QXPopUpButtonCell* cell = [[[QXPopUpButtonCell alloc] init] autorelease];
     CDrawingCalls calls;
     const auto draw = [&] {
@@ -107,11 +106,12 @@ TEST_F(ControlLeaks, ArrowIsLookedForUntilItIsThere) {
     };
     draw();
     EXPECT_TRUE(calls.m_images.empty());
+    fs::create_directories(resources);
     fs::copy_file(TAVARIN_ARROW, resources / "PopupArrow.png",
                   fs::copy_options::overwrite_existing);
     draw();
     EXPECT_EQ(calls.m_images.size(), 1u);
-    fs::remove(resources / "PopupArrow.png");
+    fs::remove_all(resources);
     draw();
     EXPECT_EQ(calls.m_images.size(), 2u) << "kept once it is there";
 }
