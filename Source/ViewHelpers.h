@@ -16,9 +16,8 @@
 /// says is lost. Not owned by the caller.
 NSString* TextFromHost(std::string const& strText);
 
-/// The advice and then the error, each into its field; a field's tooltip repeats its text. The
-/// advice begins right below the last line of the error; both stay in the area that the two fields
-/// fill together.
+/// The advice and then the error, each into its field; a field's tooltip repeats its text. Where
+/// the fields are and how they share their room is the nib's business.
 void ShowTexts(CTANClientInterProcess const& script, NSTextField* textLastError,
                NSTextField* textAdvice);
 

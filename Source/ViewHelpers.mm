@@ -1,6 +1,5 @@
 #import "Source/ViewHelpers.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -9,10 +8,6 @@
 #include "platform/Assertion.h"
 
 namespace {
-
-constexpr CGFloat kTallest = 10000;
-constexpr CGFloat kTextGap = 6;
-constexpr CGFloat kTextInset = 2;
 
 struct CRecordSize {
     std::int32_t nType;
@@ -41,24 +36,6 @@ void SetText(NSTextField* field, std::string const& strText) {
     NSString* text = TextFromHost(strText);
     [field setStringValue:text];
     [field setToolTip:strText.empty() ? nil : text];
-}
-
-// The height that a field's text needs at its width, line by line.
-CGFloat HeightOfText(NSTextField* field) {
-    const NSSize room = NSMakeSize([field frame].size.width - 2 * kTextInset, kTallest);
-    const NSRect text =
-        [[field attributedStringValue] boundingRectWithSize:room
-                                                    options:NSStringDrawingUsesLineFragmentOrigin];
-    return ceil(text.size.height);
-}
-
-// The error takes what it needs of the area that both fields fill, and the advice the rest.
-void Stack(NSTextField* above, NSTextField* below) {
-    const NSRect area = NSUnionRect([above frame], [below frame]);
-    const CGFloat height = std::min(HeightOfText(above) + kTextGap, area.size.height);
-    const CGFloat rest = area.size.height - height;
-    [above setFrame:NSMakeRect(area.origin.x, area.origin.y + rest, area.size.width, height)];
-    [below setFrame:NSMakeRect(area.origin.x, area.origin.y, area.size.width, rest)];
 }
 
 std::int64_t Truncated(double dPosition) {
@@ -108,7 +85,6 @@ void ShowTexts(CTANClientInterProcess const& script, NSTextField* textLastError,
                NSTextField* textAdvice) {
     SetText(textAdvice, script.m_strAdvice);
     SetText(textLastError, script.m_strLastError);
-    Stack(textLastError, textAdvice);
 }
 
 void ShowTextsOrLogo(CTANClientInterProcess const& script, NSTextField* textLastError,
