@@ -165,6 +165,45 @@ TEST_F(ViewFactory, LongTextsWrapAndAreNotClipped) {
     EXPECT_GT(NeededHeight(view->m_textLastError), 1.5 * oneLine) << "the last text wraps";
 }
 
+TEST_F(ViewFactory, FieldsKeepTheFramesThatANibGaveThem) {
+    TavarinProLink_ViewController* view = MakeLink();
+    const NSRect left = NSMakeRect(0, 0, 200, 20), right = NSMakeRect(210, 0, 200, 20);
+    NSTextField* error = [[[NSTextField alloc] initWithFrame:left] autorelease];
+    NSTextField* advice = [[[NSTextField alloc] initWithFrame:right] autorelease];
+    view->m_textLastError = error;
+    view->m_textAdvice = advice;
+    view->m_Script.m_strLastError = "an error\nof two lines";
+    view->m_Script.m_strAdvice = "an advice";
+    [view SetTextFields];
+    EXPECT_EQ(Text(advice), "an advice");
+    EXPECT_TRUE(NSEqualRects([error frame], left)) << [NSStringFromRect([error frame]) UTF8String];
+    EXPECT_TRUE(NSEqualRects([advice frame], right))
+        << [NSStringFromRect([advice frame]) UTF8String];
+}
+
+TEST_F(ViewFactory, ErrorsOfManyLinesLeaveTheAdviceItsRoom) {
+    TavarinProAPTLink_ViewController* view = MakeAPT();
+    std::string strLines = "[string \"script\"]:1: attempt to call a nil value";
+    for (std::string const& strAdvice :
+         {std::string("Look at the script."), std::string(4000, 'a')}) {
+        for (int nLine = 2; nLine <= 10; ++nLine) {
+            strLines += "\n\t[string \"script\"]:" + std::to_string(nLine) + ": in function";
+            view->m_Script.m_strLastError = strLines;
+            view->m_Script.m_strAdvice = strAdvice;
+            [view SetTextFields];
+            const NSRect error = [view->m_textLastError frame];
+            const NSRect advice = [view->m_textAdvice frame];
+            EXPECT_GE(advice.size.height, 15) << nLine;
+            EXPECT_GE(error.size.height, 2 * 15) << nLine;
+            EXPECT_FALSE(NSIntersectsRect(error, advice)) << nLine;
+            EXPECT_TRUE(NSContainsRect([[view->m_textAdvice superview] bounds], error));
+            EXPECT_TRUE(NSContainsRect([[view->m_textAdvice superview] bounds], advice));
+            EXPECT_EQ(Text(view->m_textAdvice), strAdvice);
+            EXPECT_EQ(strLines, [[view->m_textLastError toolTip] UTF8String]);
+        }
+    }
+}
+
 template <typename Cell>
 void ExpectDefaultCodes(Cell* cell) {
     EXPECT_EQ(cell->m_nFaceUp, ccButtonFace);
