@@ -6,16 +6,12 @@
 /// What the nibs' views are made of besides AppKit's own and the cells of `controls/`.
 
 /// The background of a plug-in view, with a strip along its top edge for the view's name. In the
-/// colours of the process-wide scheme.
+/// colours of the process-wide scheme, all of it anew when the scheme changes. When its window
+/// closes, the preferences are written to disk.
 @interface TavarinProLink_PanelView : NSView
 @end
 
-/// A button from a nib, with a QXButtonCell, that looks pressed, with its lamp lit, as long as its
-/// state is on. It shows when it has the keyboard focus.
+/// A button from a nib that looks pressed, with its lamp lit, as long as its state is on. It shows
+/// when it has the keyboard focus. For a QXButtonCell; with another cell the look is the cell's.
 @interface TavarinProLink_ToggleButton : NSButton
-@end
-
-/// A pop-up that keeps entries of equal titles apart, unlike AppKit's own, so that positions in the
-/// menu are positions in the list behind it. It shows when it has the keyboard focus.
-@interface TavarinProLink_TrackPopUp : NSPopUpButton
 @end

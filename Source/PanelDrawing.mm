@@ -1,6 +1,14 @@
 #import "Source/PanelDrawing.h"
 
+#include "colours/ComponentCodes.h"
 #include "colours/ComponentColour.h"
+
+namespace {
+
+constexpr CGFloat kFocusInset = 1.5;
+constexpr CGFloat kFocusRadius = 4.5;
+
+}  // namespace
 
 NSColor* PanelColour(CComponentCode code) {
     if (!gAppColours.IsGradient(code)) return gAppColours.FindNSColor(code);
@@ -15,4 +23,17 @@ void DrawPanelText(NSString* text, CGFloat size, CComponentCode colour, NSRect l
         dictionaryWithObjectsAndKeys:[NSFont systemFontOfSize:size], NSFontAttributeName,
                                      textColour, NSForegroundColorAttributeName, nil];
     [text drawInRect:line withAttributes:attributes];
+}
+
+void DrawFocus(NSView* view) {
+    if (![[view window] isKeyWindow] || [[view window] firstResponder] != view) return;
+    NSColor* colour = PanelColour(ccButtonBorderActive);
+    if (colour == nil) return;
+    [colour set];
+    NSBezierPath* edge =
+        [NSBezierPath bezierPathWithRoundedRect:NSInsetRect([view bounds], kFocusInset, kFocusInset)
+                                        xRadius:kFocusRadius
+                                        yRadius:kFocusRadius];
+    [edge setLineWidth:1];
+    [edge stroke];
 }

@@ -10,6 +10,8 @@ std::string strAutoSwitch = "AutoSwitch";
 
 namespace {
 
+bool fSavedSinceWritten = false;
+
 struct CReleaseCore {
     void operator()(const void* object) const { CFRelease(object); }
 };
@@ -32,6 +34,9 @@ std::int32_t AsInteger(CFPropertyListRef value) {
     if (CFGetTypeID(value) == CFStringGetTypeID()) {
         return CFStringGetIntValue(static_cast<CFStringRef>(value));
     }
+    if (CFGetTypeID(value) == CFBooleanGetTypeID()) {
+        return CFBooleanGetValue(static_cast<CFBooleanRef>(value)) ? 1 : 0;
+    }
     SInt32 nValue = 0;
     if (CFGetTypeID(value) == CFNumberGetTypeID()) {
         CFNumberGetValue(static_cast<CFNumberRef>(value), kCFNumberSInt32Type, &nValue);
@@ -53,4 +58,11 @@ void SaveInt(std::string const& strKey, std::int32_t nValue) {
     const CCoreOwner key = MakeString(strKey);
     const CCoreOwner value = MakeString(std::to_string(nValue));
     CFPreferencesSetAppValue(AsString(key), value.get(), Domain());
+    fSavedSinceWritten = true;
+}
+
+void WritePreferences() {
+    if (!fSavedSinceWritten) return;
+    fSavedSinceWritten = false;
+    CFPreferencesAppSynchronize(Domain());
 }

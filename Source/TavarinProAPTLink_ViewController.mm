@@ -23,7 +23,6 @@ void RememberExtent(TavarinProAPTLink_ViewController* view, paramPostAnalyze con
 }
 
 void TakeCapture(TavarinProAPTLink_ViewController* view, paramPostAnalyze const& capture) {
-    if (!HasPath(capture)) return;
     const int nTrack = view->m_fGuideSelected ? kGuideTrack : kDubTrack;
     // Before the duplicate check, so that a track only ever holds the newest take.
     view->m_Script.ClearTrack(view->m_fAudioSuite, nTrack);
@@ -35,7 +34,6 @@ void TakeCapture(TavarinProAPTLink_ViewController* view, paramPostAnalyze const&
     } else if (view->m_fAutoSwitch) {
         SelectGuide(view, false);
     }
-    [view SetTextFields];
 }
 
 }  // namespace
@@ -52,6 +50,7 @@ void TakeCapture(TavarinProAPTLink_ViewController* view, paramPostAnalyze const&
 }
 
 - (void)dealloc {
+    for (NSButton* button : {m_btnGuide, m_btnDub, m_btnAutoTrackSwitch}) LetGo(button);
     [super dealloc];
 }
 
@@ -101,14 +100,16 @@ void TakeCapture(TavarinProAPTLink_ViewController* view, paramPostAnalyze const&
                        DataSize:(uint32_t)iNotificationDataSize {
     RequireRecord(iNotificationType, pNotificationData, iNotificationDataSize);
     if (iNotificationType == notifyPostAnalyze) {
-        TakeCapture(self, *static_cast<paramPostAnalyze const*>(pNotificationData));
+        auto const& capture = *static_cast<paramPostAnalyze const*>(pNotificationData);
+        if (HasPath(m_Script, capture)) TakeCapture(self, capture);
+        [self SetTextFields];
         return 0;
     }
-    const bool fShowTexts =
+    const Answer answer =
         AnswerNotification(m_Script, m_fAudioSuite, iNotificationType, pNotificationData);
     const bool fExported = iNotificationType == notifyExportSelectedRegion;
     if (fExported && !m_fGuideSelected && m_fAutoSwitch) SelectGuide(self, true);
-    if (fShowTexts) [self SetTextFields];
+    if (answer != Answer::Silent) [self SetTextFields];
     return 0;
 }
 

@@ -9,7 +9,6 @@ constexpr int kDoubledTrack = 1;
 constexpr int64_t kNotYet = -1;
 
 void TakeCapture(TavarinProDoublerLink_ViewController* view, paramPostAnalyze const& capture) {
-    if (!HasPath(capture)) return;
     // Before the duplicate check, so that the track only ever holds the newest take.
     view->m_Script.ClearTrack(view->m_fAudioSuite, kInputTrack);
     if (HandOverCapture(view->m_Script, view->m_fAudioSuite, kInputTrack, capture)) {
@@ -17,7 +16,6 @@ void TakeCapture(TavarinProDoublerLink_ViewController* view, paramPostAnalyze co
         view->m_lInputEnd = CaptureEnd(capture);
     }
     [view CreateDoubler];
-    [view SetTextFields];
 }
 
 }  // namespace
@@ -60,12 +58,14 @@ void TakeCapture(TavarinProDoublerLink_ViewController* view, paramPostAnalyze co
                        DataSize:(uint32_t)iNotificationDataSize {
     RequireRecord(iNotificationType, pNotificationData, iNotificationDataSize);
     if (iNotificationType == notifyPostAnalyze) {
-        TakeCapture(self, *static_cast<paramPostAnalyze const*>(pNotificationData));
+        auto const& capture = *static_cast<paramPostAnalyze const*>(pNotificationData);
+        if (HasPath(m_Script, capture)) TakeCapture(self, capture);
+        [self SetTextFields];
         return 0;
     }
-    if (AnswerNotification(m_Script, m_fAudioSuite, iNotificationType, pNotificationData)) {
-        [self SetTextFields];
-    }
+    const Answer answer =
+        AnswerNotification(m_Script, m_fAudioSuite, iNotificationType, pNotificationData);
+    if (answer != Answer::Silent) [self SetTextFields];
     return 0;
 }
 

@@ -71,6 +71,11 @@ void ShowTracks(TavarinProLink_ViewController* view, std::vector<std::string> co
     // That form removes nothing. A centre that keeps dead observers would call this one when the
     // pop-up outlives it.
     [center removeObserver:self];
+    // The pop-up keeps its entries, and has nobody to tell of a choice.
+    LetGo(m_popupTracks);
+    [m_popupTracks unbind:@"contentValues"];
+    [m_popupTracks unbind:@"selectedIndex"];
+    [m_TracksArray setContent:nil];
     [m_Tracks release];
     [super dealloc];
 }
@@ -107,11 +112,19 @@ void ShowTracks(TavarinProLink_ViewController* view, std::vector<std::string> co
                        DataSize:(uint32_t)iNotificationDataSize {
     RequireRecord(iNotificationType, pNotificationData, iNotificationDataSize);
     if (iNotificationType != notifyPostAnalyze) {
-        AnswerNotification(m_Script, m_fAudioSuite, iNotificationType, pNotificationData);
+        const Answer answer =
+            AnswerNotification(m_Script, m_fAudioSuite, iNotificationType, pNotificationData);
+        // This view leaves what a command says for the next look at the host, which would wipe out
+        // what only the view knows.
+        if (answer == Answer::Refused) [self SetTextFields];
         return 0;
     }
     auto const& capture = *static_cast<paramPostAnalyze const*>(pNotificationData);
-    if (HasPath(capture)) HandOverCapture(m_Script, m_fAudioSuite, SelectedTrack(self), capture);
+    if (HasPath(m_Script, capture)) {
+        HandOverCapture(m_Script, m_fAudioSuite, SelectedTrack(self), capture);
+    } else {
+        [self SetTextFields];
+    }
     return 0;
 }
 

@@ -5,14 +5,30 @@
 #import "Source/TavarinProLink_ViewController.h"
 #include "colours/ComponentColour.h"
 #include "colours/DefaultColours.h"
+#import "controls/GraphicUtils.h"
+#import "controls/QXButtonCell.h"
+#import "controls/QXPopUpButtonCell.h"
 #include "platform/Assertion.h"
 
 namespace {
 
-// AppKit looks for a nib only when the view is first shown, in other places too.
+// AppKit looks for a nib only when the view is first shown, in other places too. No bundle means
+// those of AppKit's choice.
 bool HasNib(NSBundle* bundle, NSString* nib) {
-    return [bundle pathForResource:nib ofType:@"nib"] != nil ||
+    return bundle == nil || [bundle pathForResource:nib ofType:@"nib"] != nil ||
            [bundle pathForResource:nib ofType:@"xib"] != nil;
+}
+
+// The first class of a name that a process loads is the only one: another module's drawing would
+// take the place of the views' own.
+void ReportForeignClasses() {
+    NSBundle* own = [NSBundle bundleForClass:[TavarinProLink_ViewControllerFactory class]];
+    for (Class drawing : {[GraphicUtils class], [QXButtonCell class], [QXPopUpButtonCell class]}) {
+        NSBundle* bundle = [NSBundle bundleForClass:drawing];
+        if (bundle == own) continue;
+        NSLog(@"The class %@ is another one, from %@: the views may look wrong.",
+              NSStringFromClass(drawing), [bundle bundlePath]);
+    }
 }
 
 // Nibs find their images by name. Not every AppKit looks for a name in the bundle of the nib.
@@ -40,6 +56,10 @@ Controller* MakeController(Controller* viewController, NSString* nib, NSBundle* 
 }  // namespace
 
 @implementation TavarinProLink_ViewControllerFactory
+
++ (void)initialize {
+    if (self == [TavarinProLink_ViewControllerFactory class]) ReportForeignClasses();
+}
 
 - (id)init {
     self = [super init];

@@ -16,9 +16,8 @@
 /// says is lost. Not owned by the caller.
 NSString* TextFromHost(std::string const& strText);
 
-/// The advice and then the error, each into its field; a field's tooltip repeats its text. The
-/// advice begins right below the last line of the error; both stay in the area that the two fields
-/// fill together.
+/// The advice and then the error, each into its field; a field's tooltip repeats its text. Where
+/// the fields are and how they share their room is the nib's business.
 void ShowTexts(CTANClientInterProcess const& script, NSTextField* textLastError,
                NSTextField* textAdvice);
 
@@ -26,16 +25,20 @@ void ShowTexts(CTANClientInterProcess const& script, NSTextField* textLastError,
 void ShowTextsOrLogo(CTANClientInterProcess const& script, NSTextField* textLastError,
                      NSTextField* textAdvice, NSImageView* imageLogo);
 
+/// A control that may live longer than the controller behind it calls nobody from now on.
+void LetGo(NSControl* control);
+
 /// Reads the current host again; true when it is not `*pnCurrentHost`, which then follows.
 bool HasHostChanged(CTANClientInterProcess& script, std::int32_t* pnCurrentHost);
 
 /// Stops the process, naming the condition, when a record has not the size of its kind or is
-/// missing. Says nothing about prints and unknown ids.
+/// missing. A print may have any size; nothing is said about unknown ids.
 void RequireRecord(std::int32_t iNotificationType, void const* pNotificationData,
                    std::uint32_t iNotificationDataSize);
 
-/// Whether a capture's path ends within its field. A capture for which it does not is ignored.
-bool HasPath(paramPostAnalyze const& capture);
+/// Whether a capture's path ends within its field. A capture for which it does not has no file to
+/// hand over; the client's texts say so.
+bool HasPath(CTANClientInterProcess& script, paramPostAnalyze const& capture);
 
 /// Hands a capture over to a track of the host. A duplicate is deleted from disk instead; then the
 /// result is false.
@@ -47,7 +50,14 @@ bool HandOverCapture(CTANClientInterProcess& script, bool fAudioSuite, int nTrac
 std::int64_t CaptureStart(paramPostAnalyze const& capture);
 std::int64_t CaptureEnd(paramPostAnalyze const& capture);
 
+/// What became of a notification.
+enum class Answer {
+    Silent,    ///< the texts are as they were
+    Answered,  ///< the texts are worth showing again
+    Refused,   ///< the record could not take the answer; the texts, which say so, have to be shown
+};
+
 /// Carries out the notifications that all views treat alike, everything but captures, and writes
-/// the answers into their records. True when the texts are worth showing again.
-bool AnswerNotification(CTANClientInterProcess& script, bool fAudioSuite,
-                        std::int32_t iNotificationType, void const* pNotificationData);
+/// the answers into their records. An exported file whose path does not fit is removed.
+Answer AnswerNotification(CTANClientInterProcess& script, bool fAudioSuite,
+                          std::int32_t iNotificationType, void const* pNotificationData);

@@ -1,6 +1,5 @@
 #import "Source/ViewHelpers.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -9,10 +8,6 @@
 #include "platform/Assertion.h"
 
 namespace {
-
-constexpr CGFloat kTallest = 10000;
-constexpr CGFloat kTextGap = 6;
-constexpr CGFloat kTextInset = 2;
 
 struct CRecordSize {
     std::int32_t nType;
@@ -43,24 +38,6 @@ void SetText(NSTextField* field, std::string const& strText) {
     [field setToolTip:strText.empty() ? nil : text];
 }
 
-// The height that a field's text needs at its width, line by line.
-CGFloat HeightOfText(NSTextField* field) {
-    const NSSize room = NSMakeSize([field frame].size.width - 2 * kTextInset, kTallest);
-    const NSRect text =
-        [[field attributedStringValue] boundingRectWithSize:room
-                                                    options:NSStringDrawingUsesLineFragmentOrigin];
-    return ceil(text.size.height);
-}
-
-// The error takes what it needs of the area that both fields fill, and the advice the rest.
-void Stack(NSTextField* above, NSTextField* below) {
-    const NSRect area = NSUnionRect([above frame], [below frame]);
-    const CGFloat height = std::min(HeightOfText(above) + kTextGap, area.size.height);
-    const CGFloat rest = area.size.height - height;
-    [above setFrame:NSMakeRect(area.origin.x, area.origin.y + rest, area.size.width, height)];
-    [below setFrame:NSMakeRect(area.origin.x, area.origin.y, area.size.width, rest)];
-}
-
 std::int64_t Truncated(double dPosition) {
     constexpr double kLimit = 9223372036854775808.0;
     if (std::isnan(dPosition)) return 0;
@@ -69,16 +46,24 @@ std::int64_t Truncated(double dPosition) {
     return static_cast<std::int64_t>(dPosition);
 }
 
-void Export(CTANClientInterProcess& script, bool fAudioSuite, paramExportSelectedRegion& record) {
+void RefusePath(CTANClientInterProcess& script, const char* szFile) {
+    script.m_strLastError = std::string("Error - The path of the ") + szFile + " file is too long.";
+    script.m_strAdvice = "Use a folder with a shorter path.";
+}
+
+Answer Export(CTANClientInterProcess& script, bool fAudioSuite, paramExportSelectedRegion& record) {
     CFileName file;
     record.fResult = script.ExportSelectedRegion(fAudioSuite, record.nSampleRate, &file);
-    if (!record.fResult) return;
+    if (!record.fResult) return Answer::Answered;
     const std::string strPath = file.GetFullPathString();
     if (strPath.size() >= sizeof(record.szFilePath)) {
         record.fResult = false;
-        return;
+        file.FileDelete();
+        RefusePath(script, "exported");
+        return Answer::Refused;
     }
     std::memcpy(record.szFilePath, strPath.c_str(), strPath.size() + 1);
+    return Answer::Answered;
 }
 
 void Render(CTANClientInterProcess& script, bool fAudioSuite, paramRenderSelectedRegion& record) {
@@ -100,7 +85,6 @@ void ShowTexts(CTANClientInterProcess const& script, NSTextField* textLastError,
                NSTextField* textAdvice) {
     SetText(textAdvice, script.m_strAdvice);
     SetText(textLastError, script.m_strLastError);
-    Stack(textLastError, textAdvice);
 }
 
 void ShowTextsOrLogo(CTANClientInterProcess const& script, NSTextField* textLastError,
@@ -112,6 +96,11 @@ void ShowTextsOrLogo(CTANClientInterProcess const& script, NSTextField* textLast
     [imageLogo setHidden:!fNothingToSay];
 }
 
+void LetGo(NSControl* control) {
+    [control setTarget:nil];
+    [control setAction:NULL];
+}
+
 bool HasHostChanged(CTANClientInterProcess& script, std::int32_t* pnCurrentHost) {
     const std::int32_t nHost = script.GetCurrentTANHost();
     if (nHost == *pnCurrentHost) return false;
@@ -121,6 +110,7 @@ bool HasHostChanged(CTANClientInterProcess& script, std::int32_t* pnCurrentHost)
 
 void RequireRecord(std::int32_t iNotificationType, void const* pNotificationData,
                    std::uint32_t iNotificationDataSize) {
+    if (iNotificationType == notifyPrint) TAVARIN_REQUIRE(pNotificationData != nullptr);
     for (CRecordSize const& record : kRecordSizes) {
         if (record.nType != iNotificationType) continue;
         if (record.nSize != iNotificationDataSize) {
@@ -130,8 +120,10 @@ void RequireRecord(std::int32_t iNotificationType, void const* pNotificationData
     }
 }
 
-bool HasPath(paramPostAnalyze const& capture) {
-    return std::memchr(capture.szFilePath, 0, sizeof(capture.szFilePath)) != nullptr;
+bool HasPath(CTANClientInterProcess& script, paramPostAnalyze const& capture) {
+    if (std::memchr(capture.szFilePath, 0, sizeof(capture.szFilePath)) != nullptr) return true;
+    RefusePath(script, "captured");
+    return false;
 }
 
 bool HandOverCapture(CTANClientInterProcess& script, bool fAudioSuite, int nTrack,
@@ -156,25 +148,24 @@ std::int64_t CaptureEnd(paramPostAnalyze const& capture) {
     return Truncated(capture.dFilePosition + capture.dRegionEnd);
 }
 
-bool AnswerNotification(CTANClientInterProcess& script, bool fAudioSuite,
-                        std::int32_t iNotificationType, void const* pNotificationData) {
+Answer AnswerNotification(CTANClientInterProcess& script, bool fAudioSuite,
+                          std::int32_t iNotificationType, void const* pNotificationData) {
     switch (iNotificationType) {
         case notifyExportSelectedRegion:
-            Export(script, fAudioSuite,
-                   RecordToAnswer<paramExportSelectedRegion>(pNotificationData));
-            return true;
+            return Export(script, fAudioSuite,
+                          RecordToAnswer<paramExportSelectedRegion>(pNotificationData));
         case notifyRenderSelectedRegion:
             Render(script, fAudioSuite,
                    RecordToAnswer<paramRenderSelectedRegion>(pNotificationData));
-            return true;
+            return Answer::Answered;
         case notifyUpdateCount:
             RecordToAnswer<paramUpdateCount>(pNotificationData).lUpdateCount =
                 script.GetUpdateCount();
-            return true;
+            return Answer::Answered;
         case notifyPrint:
             script.PrintToTavarin(static_cast<const char*>(pNotificationData));
-            return false;
+            return Answer::Silent;
         default:
-            return false;
+            return Answer::Silent;
     }
 }

@@ -238,11 +238,16 @@ public:
     /// All colours, from the greatest packed code to the least; valid until the scheme changes.
     std::vector<Entry> const& Entries() const { return m_entries; }
 
+    /// Has an action called after every change that goes by way of the scheme; null ends that.
+    void WhenChanged(void (*action)()) { m_pChanged = action; }
+
 private:
     CComponentColour* FindPacked(CComponentCode code) const;
     void Merge(std::vector<Entry> entries);
+    void Changed() const;
 
     std::vector<Entry> m_entries;
+    void (*m_pChanged)() = nullptr;
 };
 
 /// The scheme that everything in the process is drawn in; empty at first.

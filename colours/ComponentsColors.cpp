@@ -83,7 +83,14 @@ double* CComponentsColors::FindRGBA(CComponentCode code) const {
 }
 
 void CComponentsColors::UpdateColour(CComponentCode code, float r, float g, float b, float a) {
-    if (CComponentColour* colour = FindPacked(code)) colour->UpdateColour(r, g, b, a);
+    CComponentColour* colour = FindPacked(code);
+    if (colour == nullptr) return;
+    colour->UpdateColour(r, g, b, a);
+    Changed();
+}
+
+void CComponentsColors::Changed() const {
+    if (m_pChanged != nullptr) m_pChanged();
 }
 
 void CComponentsColors::Add(CComponentColour* colour) {
@@ -96,10 +103,12 @@ void CComponentsColors::Add(CComponentColour* colour) {
     } else if (place->pColour.get() != colour) {
         place->pColour.reset(colour);
     }
+    Changed();
 }
 
 void CComponentsColors::Clear() {
     m_entries.clear();
+    Changed();
 }
 
 void CComponentsColors::Save(CParameterBlock* block) const {
@@ -135,4 +144,5 @@ bool CComponentsColors::Load(CParameterBlock* block, CGColorSpace* space) {
 void CComponentsColors::Merge(std::vector<Entry> entries) {
     std::ranges::move(entries, std::back_inserter(m_entries));
     KeepLastOfEach(m_entries);
+    Changed();
 }

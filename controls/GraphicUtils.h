@@ -33,7 +33,8 @@ extern NSString* const fontXAxisLabel;
 ///
 /// A background is painted first, across the whole rectangle, and is always a plain colour. A
 /// colour that is missing, or that is a gradient where a plain one is needed, paints nothing.
-/// Nothing is left behind in the context.
+/// Plain rectangles and backgrounds leave their colour behind as the context's fill colour; nothing
+/// else is left there.
 @interface GraphicUtils : NSObject
 
 /// Paints a rectangle with colours; either may be null.

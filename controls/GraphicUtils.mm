@@ -87,7 +87,6 @@ void FillPlain(CGContextRef context, CGColorRef color, NSRect rect) {
 
 void FillBackground(CGContextRef context, CComponentCode background, NSRect rect) {
     if (background == CComponentCode()) return;
-    const CSavedState state(context);
     FillPlain(context, gAppColours.FindCGColorRef(background), rect);
 }
 
@@ -115,13 +114,13 @@ void AddHole(CGContextRef context, NSRect hole) {
              Rect:(NSRect)rect
     FillDirection:(std::int32_t)nFillDirection
           Flipped:(BOOL)fFlipped {
-    const CSavedState state(context);
     if (pBackground != nullptr) FillPlain(context, pBackground->m_cgColor, rect);
     if (pColor == nullptr) return;
     if (dynamic_cast<CGradientFill*>(pColor) == nullptr) {
         FillPlain(context, pColor->m_cgColor, rect);
         return;
     }
+    const CSavedState state(context);
     CGContextBeginPath(context);
     CGContextAddRect(context, rect);
     CGContextClip(context);

@@ -10,15 +10,19 @@ constexpr CGFloat kArrowOpacity = 0.9;
 constexpr CGFloat kArrowOpacityDisabled = 0.3;
 
 NSImage* LoadArrow() {
-    NSString* path =
-        [[NSBundle bundleForClass:[QXPopUpButtonCell class]] pathForResource:@"PopupArrow"
-                                                                      ofType:@"png"];
+    NSBundle* bundle = [NSBundle bundleForClass:[QXPopUpButtonCell class]];
+    NSString* path = [bundle pathForResource:@"PopupArrow" ofType:@"png"];
+    // A bundle may remember that a resource was missing.
+    if (path == nil) {
+        path = [[bundle resourcePath] stringByAppendingPathComponent:@"PopupArrow.png"];
+    }
     return path == nil ? nil : [[NSImage alloc] initWithContentsOfFile:path];
 }
 
-/// All pop-ups' arrow, loaded when it is first drawn; nil when there is none.
+/// All pop-ups' arrow, loaded when it is first drawn; nil as long as there is none.
 NSImage* PopupArrow() {
-    static NSImage* const arrow = LoadArrow();
+    static NSImage* arrow = nil;
+    if (arrow == nil) arrow = LoadArrow();
     return arrow;
 }
 

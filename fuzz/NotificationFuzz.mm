@@ -40,7 +40,7 @@ std::unique_ptr<Record> RecordFrom(std::uint8_t const* data, std::size_t size) {
 void Capture(CTANClientInterProcess& client, paramPostAnalyze const& capture) {
     const bool fEnds = std::find(capture.szFilePath, capture.szFilePath + kRecordPathSize, '\0') !=
                        capture.szFilePath + kRecordPathSize;
-    TAVARIN_REQUIRE(HasPath(capture) == fEnds);
+    TAVARIN_REQUIRE(HasPath(client, capture) == fEnds);
     CaptureStart(capture);
     CaptureEnd(capture);
     if (!fEnds) return;
@@ -64,11 +64,12 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
             Capture(client, *RecordFrom<paramPostAnalyze>(pRecord, nRecord));
             break;
         case 1: {
-            Host().AnswerWith("2\n0\n" +
+            // A file whose path does not fit is removed: none can be where this one is.
+            Host().AnswerWith("2\n0\n/nowhere/" +
                               std::string(reinterpret_cast<char const*>(pRecord), nRecord));
             auto record = RecordFrom<paramExportSelectedRegion>(pRecord, nRecord);
-            TAVARIN_REQUIRE(
-                AnswerNotification(client, true, notifyExportSelectedRegion, record.get()));
+            TAVARIN_REQUIRE(AnswerNotification(client, true, notifyExportSelectedRegion,
+                                               record.get()) != Answer::Silent);
             TAVARIN_REQUIRE(!record->fResult ||
                             std::memchr(record->szFilePath, 0, sizeof(record->szFilePath)));
             break;

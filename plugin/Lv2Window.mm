@@ -6,8 +6,10 @@
 #include <functional>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 
+#include "platform/ExceptionGuard.h"
 #include "plugin/ExternalWindow.h"
 #import "plugin/PlugInWindow.h"
 
@@ -52,16 +54,15 @@ struct CLv2Window : CExternalWidget {
 bool Guarded(CLv2Window& ui, std::function<void()> const& action) {
     NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
     bool fDone = false;
-    @try {
+    const std::optional<std::string> strException = ExceptionIn([&] {
         try {
             action();
             fDone = true;
         } catch (std::exception const& failure) {
             ui.plugIn->Report(PlugInResult::WindowFailed, failure.what());
         }
-    } @catch (NSException* exception) {
-        ui.plugIn->Report(PlugInResult::WindowFailed, [[exception reason] UTF8String]);
-    }
+    });
+    if (strException) ui.plugIn->Report(PlugInResult::WindowFailed, *strException);
     [pool drain];
     return fDone;
 }

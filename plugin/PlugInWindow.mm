@@ -141,6 +141,8 @@ NSString* StatusText(CPlugInAccess const& plugIn) {
 - (BOOL)windowShouldClose:(id)window {
     m_fClosed = YES;
     [window orderOut:nil];
+    // The window is only hidden; the view in it does not notice.
+    [[NSUserDefaults standardUserDefaults] synchronize];
     return NO;
 }
 @end

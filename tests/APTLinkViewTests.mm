@@ -1,5 +1,8 @@
 // The APT Link view against a peer host, through the bundle's own selectors.
 
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <optional>
 
 #import "ViewFixture.h"
@@ -227,6 +230,38 @@ TEST_F(APTLinkView, StoringKeepsOtherPreferences) {
     EXPECT_TRUE([[stored objectForKey:@"AutoSwitch"] isEqual:@"1"]);
 }
 
+// What is on disk, whatever this process has in mind.
+std::string OnDisk() {
+    std::string strAll;
+    for (auto const& file : std::filesystem::directory_iterator(getenv("TAVARIN_TEST_DEFAULTS"))) {
+        if (!file.is_regular_file()) continue;
+        std::ifstream stream(file.path());
+        strAll += std::string(std::istreambuf_iterator<char>(stream), {});
+    }
+    const auto nKey = strAll.find("AutoSwitch");
+    return nKey == std::string::npos ? ""
+                                     : strAll.substr(nKey, strAll.find("</string>", nKey) - nKey);
+}
+
+TEST_F(APTLinkView, SwitchIsOnDiskWhenTheWindowHasClosed) {
+    [Defaults() synchronize];
+    TavarinProAPTLink_ViewController* view = MakeAPT();
+    NSWindow* window = Show(view);
+    [view OnAutoTrackSwitch:nil];
+    ASSERT_EQ(OnDisk(), "") << "not at once";
+    [window close];
+    EXPECT_TRUE(OnDisk().ends_with("1")) << OnDisk();
+}
+
+TEST_F(APTLinkView, SwitchIsOnDiskWhenTheViewHasLeftItsWindow) {
+    [Defaults() synchronize];
+    TavarinProAPTLink_ViewController* view = MakeAPT();
+    NSWindow* window = Show(view);
+    [view OnAutoTrackSwitch:nil];
+    [window setContentView:[[[NSView alloc] initWithFrame:NSZeroRect] autorelease]];
+    EXPECT_TRUE(OnDisk().ends_with("1")) << OnDisk();
+}
+
 TEST_F(APTLinkView, TextsHideWhenThereIsNothingToSay) {
     TavarinProAPTLink_ViewController* view = MakeAPT();
     view->m_Script.m_strLastError = "error";
@@ -298,12 +333,15 @@ TEST_F(APTLinkView, UnknownIdDoesNotRefresh) {
     EXPECT_EQ(host.Asked(), Strings{});
 }
 
-TEST_F(APTLinkView, PathWithoutAnEndIsIgnored) {
+TEST_F(APTLinkView, PathWithoutAnEndIsRefusedAndSaidSo) {
     CViewHost host;
     TavarinProAPTLink_ViewController* view = MakeWithSwitch(true);
     paramPostAnalyze capture = MakeCapture(std::string(kRecordPathSize, 'x'));
     EXPECT_EQ(Notify(view, notifyPostAnalyze, capture), 0);
     EXPECT_EQ(host.Asked(), Strings{});
+    EXPECT_EQ(Text(view->m_textLastError), "Error - The path of the captured file is too long.");
+    EXPECT_FALSE([view->m_textLastError isHidden]);
+    EXPECT_TRUE([view->m_imageLogo isHidden]);
     ExpectButtons(view, true, true);
 }
 

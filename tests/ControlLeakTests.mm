@@ -2,6 +2,8 @@
 
 #include <malloc.h>
 
+#include <filesystem>
+
 #import "DrawingCalls.h"
 #import "DrawingFixture.h"
 #include "colours/ComponentCodes.h"
@@ -92,6 +94,26 @@ TEST_F(ControlLeaks, MissingArrowDrawsNothingAndTakesOnlyItsGap) {
     EXPECT_TRUE(calls.m_images.empty());
     ASSERT_EQ(calls.m_texts.size(), 1u);
     EXPECT_TRUE(NSEqualRects(calls.m_texts[0].rect, NSMakeRect(10, 11, 82, 18)));
+}
+
+TEST_F(ControlLeaks, ArrowIsLookedForUntilItIsThere) {
+    namespace fs = std::filesystem;
+    const fs::path resources = [[[NSBundle mainBundle] resourcePath] UTF8String];
+    QXPopUpButtonCell* cell = [[[QXPopUpButtonCell alloc] init] autorelease];
+    CDrawingCalls calls;
+    const auto draw = [&] {
+        Draw(true, [&](CGContextRef) { [cell drawWithFrame:kFrame inView:Canvas(true)]; });
+    };
+    draw();
+    EXPECT_TRUE(calls.m_images.empty());
+    fs::create_directories(resources);
+    fs::copy_file(TAVARIN_ARROW, resources / "PopupArrow.png",
+                  fs::copy_options::overwrite_existing);
+    draw();
+    EXPECT_EQ(calls.m_images.size(), 1u);
+    fs::remove_all(resources);
+    draw();
+    EXPECT_EQ(calls.m_images.size(), 2u) << "kept once it is there";
 }
 
 }  // namespace

@@ -95,12 +95,15 @@ TEST_F(DoublerLinkView, FirstCheckWithoutASessionDoesNotRefresh) {
     EXPECT_FALSE([view->m_imageLogo isHidden]);
 }
 
-TEST_F(DoublerLinkView, PathWithoutAnEndIsIgnored) {
+TEST_F(DoublerLinkView, PathWithoutAnEndIsRefusedAndSaidSo) {
     CViewHost host;
     TavarinProDoublerLink_ViewController* view = MakeDoubler();
     paramPostAnalyze capture = MakeCapture(std::string(kRecordPathSize, 'x'));
     EXPECT_EQ(Notify(view, notifyPostAnalyze, capture), 0);
     EXPECT_EQ(host.Asked(), Strings{});
+    EXPECT_EQ(Text(view->m_textLastError), "Error - The path of the captured file is too long.");
+    EXPECT_FALSE([view->m_textLastError isHidden]);
+    EXPECT_TRUE([view->m_imageLogo isHidden]);
 }
 
 }  // namespace

@@ -355,7 +355,18 @@ struct CState {
     }
 };
 
-TEST_F(GraphicUtilsDrawing, NothingIsLeftBehind) {
+// A plain rectangle and any background set the fill colour; a round rectangle's own is put back.
+CState Left(CState before, CComponentCode color, CComponentCode background, float radius) {
+    for (const CComponentCode code : {background, radius == 0 ? color : CComponentCode()}) {
+        double const* pRgba = gAppColours.FindRGBA(code);
+        if (pRgba == nullptr || gAppColours.FindCGColorRef(code) == nullptr) continue;
+        std::copy_n(pRgba, 3, before.rgb);
+        before.alpha = pRgba[3];
+    }
+    return before;
+}
+
+TEST_F(GraphicUtilsDrawing, OnlyTheFillColourIsLeftBehind) {
     AddPlain(kOther, 0, 0, 1, 0.5);
     for (const CComponentCode color : {kPlain, kOther, kGradient, kMissing, kNone}) {
         for (const CComponentCode background : {kNone, kOther, kGradient}) {
@@ -373,7 +384,9 @@ TEST_F(GraphicUtilsDrawing, NothingIsLeftBehind) {
                                          Radius:radius
                                   FillDirection:1
                                         Flipped:YES];
-                    EXPECT_TRUE(CState(context) == before);
+                    EXPECT_TRUE(CState(context) == Left(before, color, background, radius));
+                    DPSsetrgbcolor(native, 1, 0, 0);
+                    const CState between(context);
                     CGContextSaveGState(context);
                     CGContextBeginPath(context);
                     CGContextAddRect(context, NSMakeRect(0, 0, 100, 80));
@@ -386,8 +399,9 @@ TEST_F(GraphicUtilsDrawing, NothingIsLeftBehind) {
                                            Hole:NSMakeRect(30, 15, 5, 5)
                                   FillDirection:1
                                         Flipped:YES];
-                    EXPECT_TRUE(CState(context) == before);
+                    EXPECT_TRUE(CState(context) == Left(between, color, background, radius));
                     CGContextRestoreGState(context);
+                    DPSsetrgbcolor(native, 1, 0, 0);
                     DPSsetalpha(native, 1);
                     CGContextFillPath(context);
                     CGContextFillRect(context, NSMakeRect(120, 0, 40, 80));

@@ -198,13 +198,15 @@ TEST_F(LinkView, CaptureWithoutAHostSendsNothingAndKeepsTheFile) {
     EXPECT_TRUE(m_directory.Has("take.wav"));
 }
 
-TEST_F(LinkView, PathWithoutAnEndIsIgnored) {
+TEST_F(LinkView, PathWithoutAnEndIsRefusedAndSaidSo) {
     CViewHost host;
     TavarinProLink_ViewController* view = MakeLink();
     host.Asked();
     paramPostAnalyze capture = MakeCapture(std::string(kRecordPathSize, 'x'));
     EXPECT_EQ(Notify(view, notifyPostAnalyze, capture), 0);
     EXPECT_EQ(host.Asked(), Strings{});
+    EXPECT_EQ(Text(view->m_textLastError), "Error - The path of the captured file is too long.");
+    EXPECT_EQ(Text(view->m_textAdvice), "Use a folder with a shorter path.");
 }
 
 TEST_F(LinkView, LongestPathOfARecordArrives) {
@@ -251,12 +253,24 @@ TEST_F(LinkView, ExportedPathThatDoesNotFitIsRefused) {
     Notify(view, notifyExportSelectedRegion, record);
     EXPECT_FALSE(record.fResult);
     EXPECT_STREQ(record.szFilePath, "as it was");
+    EXPECT_EQ(Text(view->m_textLastError), "Error - The path of the exported file is too long.");
 
     const std::string strLongest = "/a/" + std::string(kRecordPathSize - 4, 'y');
     host.SetExport("2\n0\n" + strLongest + "\n");
     Notify(view, notifyExportSelectedRegion, record);
     EXPECT_TRUE(record.fResult);
     EXPECT_EQ(record.szFilePath, strLongest);
+}
+
+TEST_F(LinkView, ExportedFileThatNobodyWasToldOfIsRemoved) {
+    CViewHost host;
+    TavarinProLink_ViewController* view = MakeLink();
+    std::string strName;
+    while (strName.size() < kRecordPathSize) strName += std::string(200, 'd') + "/";
+    strName += "result.wav";
+    host.SetExport("2\n0\n" + m_directory.Write(strName, "audio") + "\n");
+    EXPECT_FALSE(Export(view));
+    EXPECT_FALSE(m_directory.Has(strName));
 }
 
 TEST_F(LinkView, RenderWritesExtentAndResult) {

@@ -40,6 +40,8 @@ public:
     /// Presses and releases in the middle of a view, the way a hand does: AppKit sees the one
     /// before the other happens.
     bool Click(NSView* view);
+    /// Presses and releases a key that xdotool knows by this name.
+    void Key(std::string const& strName);
 
 private:
     void Run(std::vector<std::string> arguments);

@@ -59,6 +59,10 @@ void CTestPointer::Release() {
     Run({"mouseup", "1"});
 }
 
+void CTestPointer::Key(std::string const& strName) {
+    Run({"key", strName});
+}
+
 bool CTestPointer::Click(NSView* view) {
     std::vector<CStep> steps;
     steps.emplace_back(CAfterLooks{0}, [=, this] { MoveTo(view); });

@@ -6,6 +6,24 @@
 #include "colours/ComponentCodes.h"
 #import "controls/QXButtonCell.h"
 #import "controls/QXPopUpButtonCell.h"
+#include "platform/ExceptionGuard.h"
+
+/// A cell of another kind, with fields of its own where a QXButtonCell has its codes.
+@interface TavarinTestPlainCell : NSButtonCell {
+@public
+    unsigned char m_fields[64];
+    BOOL m_fTouched;
+}
+@end
+
+@implementation TavarinTestPlainCell
+- (void)drawInteriorWithFrame:(NSRect)frame inView:(NSView*)view {
+    for (std::size_t nField = 0; nField < sizeof(m_fields); ++nField) {
+        if (m_fields[nField] != nField) m_fTouched = YES;
+    }
+    [super drawInteriorWithFrame:frame inView:view];
+}
+@end
 
 namespace {
 
@@ -147,6 +165,45 @@ TEST_F(ViewFactory, LongTextsWrapAndAreNotClipped) {
     EXPECT_GT(NeededHeight(view->m_textLastError), 1.5 * oneLine) << "the last text wraps";
 }
 
+TEST_F(ViewFactory, FieldsKeepTheFramesThatANibGaveThem) {
+    TavarinProLink_ViewController* view = MakeLink();
+    const NSRect left = NSMakeRect(0, 0, 200, 20), right = NSMakeRect(210, 0, 200, 20);
+    NSTextField* error = [[[NSTextField alloc] initWithFrame:left] autorelease];
+    NSTextField* advice = [[[NSTextField alloc] initWithFrame:right] autorelease];
+    view->m_textLastError = error;
+    view->m_textAdvice = advice;
+    view->m_Script.m_strLastError = "an error\nof two lines";
+    view->m_Script.m_strAdvice = "an advice";
+    [view SetTextFields];
+    EXPECT_EQ(Text(advice), "an advice");
+    EXPECT_TRUE(NSEqualRects([error frame], left)) << [NSStringFromRect([error frame]) UTF8String];
+    EXPECT_TRUE(NSEqualRects([advice frame], right))
+        << [NSStringFromRect([advice frame]) UTF8String];
+}
+
+TEST_F(ViewFactory, ErrorsOfManyLinesLeaveTheAdviceItsRoom) {
+    TavarinProAPTLink_ViewController* view = MakeAPT();
+    std::string strLines = "[string \"script\"]:1: attempt to call a nil value";
+    for (std::string const& strAdvice :
+         {std::string("Look at the script."), std::string(4000, 'a')}) {
+        for (int nLine = 2; nLine <= 10; ++nLine) {
+            strLines += "\n\t[string \"script\"]:" + std::to_string(nLine) + ": in function";
+            view->m_Script.m_strLastError = strLines;
+            view->m_Script.m_strAdvice = strAdvice;
+            [view SetTextFields];
+            const NSRect error = [view->m_textLastError frame];
+            const NSRect advice = [view->m_textAdvice frame];
+            EXPECT_GE(advice.size.height, 15) << nLine;
+            EXPECT_GE(error.size.height, 2 * 15) << nLine;
+            EXPECT_FALSE(NSIntersectsRect(error, advice)) << nLine;
+            EXPECT_TRUE(NSContainsRect([[view->m_textAdvice superview] bounds], error));
+            EXPECT_TRUE(NSContainsRect([[view->m_textAdvice superview] bounds], advice));
+            EXPECT_EQ(Text(view->m_textAdvice), strAdvice);
+            EXPECT_EQ(strLines, [[view->m_textLastError toolTip] UTF8String]);
+        }
+    }
+}
+
 template <typename Cell>
 void ExpectDefaultCodes(Cell* cell) {
     EXPECT_EQ(cell->m_nFaceUp, ccButtonFace);
@@ -168,6 +225,38 @@ TEST_F(ViewFactory, CellsFromTheNibsDrawThemselvesAndHaveTheirDefaults) {
     EXPECT_STREQ([[[tracks cell] className] UTF8String], "QXPopUpButtonCell");
     ExpectDefaultCodes((QXPopUpButtonCell*)[tracks cell]);
     EXPECT_FALSE(((QXPopUpButtonCell*)[tracks cell])->m_fReadOnly);
+}
+
+TEST_F(ViewFactory, ButtonsLeaveTheFieldsOfOtherCellsAlone) {
+    NSButton* button = MakeAPT()->m_btnGuide;
+    TavarinTestPlainCell* cell = [[[TavarinTestPlainCell alloc] init] autorelease];
+    for (std::size_t nField = 0; nField < sizeof(cell->m_fields); ++nField) {
+        cell->m_fields[nField] = static_cast<unsigned char>(nField);
+    }
+    [button setCell:cell];
+    [button setState:1];
+    [button display];
+    EXPECT_FALSE(cell->m_fTouched);
+}
+
+void RaiseInsteadOfATitle(id, SEL) {
+    [NSException raise:@"NoTitle" format:@"no title can be drawn"];
+}
+
+TEST_F(ViewFactory, CellsKeepTheirCodesWhenDrawingThrows) {
+    TavarinProAPTLink_ViewController* view = MakeAPT();
+    NSButton* button = view->m_btnGuide;
+    ASSERT_EQ([button state], 1);
+    Show(view);
+    Method title = class_getInstanceMethod(objc_getClass("QXButtonCell"),
+                                           @selector(drawTitle:withFrame:inView:));
+    const IMP drawTitle = method_setImplementation(title, (IMP)(void (*)())RaiseInsteadOfATitle);
+    [button lockFocus];
+    EXPECT_EQ(ExceptionIn([button] { [button drawRect:[button bounds]]; }),
+              "no title can be drawn");
+    [button unlockFocus];
+    method_setImplementation(title, drawTitle);
+    ExpectDefaultCodes((QXButtonCell*)[button cell]);
 }
 
 TEST_F(ViewFactory, BundleHasTheArrowInBothResolutions) {
@@ -233,25 +322,40 @@ TEST_F(ViewAssertions, MissingRecordStopsTheProcess) {
     }
 }
 
+TEST_F(ViewAssertions, MissingPrintStopsTheProcess) {
+    for (AnyView view : m_views) {
+        EXPECT_EXIT([view NotificationReceived:notifyPrint Data:nullptr DataSize:0],
+                    testing::KilledBySignal(SIGABRT), "pNotificationData != nullptr");
+    }
+}
+
+TEST_F(ViewFactory, NoBundleIsLeftToTheInitialiser) {
+    TavarinProLink_ViewController* view = [Factory() LinkViewControllerFromBundle:nil
+                                                                 effectParameters:kParameters
+                                                                       controller:kController];
+    ASSERT_NE(view, nil);
+    EXPECT_EQ([view nibBundle], nil);
+    EXPECT_STREQ([[view nibName] UTF8String], "TavarinProLink_View");
+    ExpectPointers(view);
+}
+
 TEST_F(ViewAssertions, MissingNibStopsTheProcess) {
     NSString* path =
         [NSString stringWithUTF8String:m_directory.MakeDirectory("Empty.bundle").c_str()];
     NSBundle* empty = [NSBundle bundleWithPath:path];
     ASSERT_NE(empty, nil);
-    for (NSBundle* bundle : {empty, static_cast<NSBundle*>(nil)}) {
-        EXPECT_EXIT([Factory() LinkViewControllerFromBundle:bundle
-                                           effectParameters:nullptr
-                                                 controller:nullptr],
-                    testing::KilledBySignal(SIGABRT), ": viewController != nil,");
-        EXPECT_EXIT([Factory() APTLinkViewControllerFromBundle:bundle
+    EXPECT_EXIT([Factory() LinkViewControllerFromBundle:empty
+                                       effectParameters:nullptr
+                                             controller:nullptr],
+                testing::KilledBySignal(SIGABRT), ": viewController != nil,");
+    EXPECT_EXIT([Factory() APTLinkViewControllerFromBundle:empty
+                                          effectParameters:nullptr
+                                                controller:nullptr],
+                testing::KilledBySignal(SIGABRT), ": viewController != nil,");
+    EXPECT_EXIT([Factory() DoublerLinkViewControllerFromBundle:empty
                                               effectParameters:nullptr
                                                     controller:nullptr],
-                    testing::KilledBySignal(SIGABRT), ": viewController != nil,");
-        EXPECT_EXIT([Factory() DoublerLinkViewControllerFromBundle:bundle
-                                                  effectParameters:nullptr
-                                                        controller:nullptr],
-                    testing::KilledBySignal(SIGABRT), ": viewController != nil,");
-    }
+                testing::KilledBySignal(SIGABRT), ": viewController != nil,");
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 // The views in windows on a display, under a real pointer.
 
+#import "Source/TrackList.h"
+#import "Source/TrackPopUp.h"
 #import "TestPointer.h"
 #import "ViewFixture.h"
 
@@ -9,6 +11,15 @@ using Strings = std::vector<std::string>;
 
 class ViewPointer : public CViewTest {
 protected:
+    // Keys go to the window that a launched application has in front.
+    static void SetUpTestSuite() {
+        CViewTest::SetUpTestSuite();
+        [[NSUserDefaults standardUserDefaults]
+            registerDefaults:[NSDictionary dictionaryWithObject:@"YES"
+                                                         forKey:@"GSSuppressAppIcon"]];
+        [NSApp finishLaunching];
+    }
+
     void SetUp() override {
         CViewTest::SetUp();
         [[NSUserDefaults standardUserDefaults] setPersistentDomain:[NSDictionary dictionary]
@@ -114,6 +125,113 @@ TEST_F(ViewPointer, ClicksChooseTheTakeAndThePictureFollows) {
     EXPECT_EQ([view->m_btnAutoTrackSwitch state], 0);
     EXPECT_EQ(Stored(), "0");
     EXPECT_NE(Picture(view->m_btnAutoTrackSwitch), strOn);
+}
+
+TavarinProLink_TrackPopUp* Tracks(TavarinProLink_ViewController* view) {
+    return (TavarinProLink_TrackPopUp*)view->m_popupTracks;
+}
+
+Strings ManyTracks() {
+    Strings tracks;
+    for (int nTrack = 0; nTrack < 1000; ++nTrack)
+        tracks.push_back("Track " + std::to_string(nTrack));
+    return tracks;
+}
+
+TEST_F(ViewPointer, QuickClickOpensTheListAndLeavesItOpen) {
+    CViewHost host({"Vox", "Gtr", "Keys"});
+    TavarinProLink_ViewController* view = MakeLink();
+    Show(view);
+    NSArray* known = VisibleWindows();
+    ASSERT_TRUE(m_pointer.Click(Tracks(view)));
+    EXPECT_TRUE([Tracks(view) IsOpen]);
+    ASSERT_EQ([NewWindows(known) count], 1u);
+    const NSRect list = [[NewWindows(known) objectAtIndex:0] frame];
+    m_pointer.MoveTo(NSMakePoint(NSMidX(list), NSMaxY(list) - list.size.height * 5 / 6));
+    ASSERT_TRUE(TakeSteps({{CAfterLooks{5}, [this] { m_pointer.Press(); }},
+                           {CAfterLooks{5}, [this] { m_pointer.Release(); }},
+                           {[=] { return ![Tracks(view) IsOpen]; }, [] {}}}));
+    EXPECT_EQ(Selected(view->m_TracksArray), 2);
+    EXPECT_FALSE(IsOpen(known));
+}
+
+TEST_F(ViewPointer, EscapeClosesTheListAndKeepsTheChoice) {
+    CViewHost host;
+    TavarinProLink_ViewController* view = MakeLink();
+    Show(view);
+    ASSERT_TRUE(m_pointer.Click(Tracks(view)));
+    ASSERT_TRUE([Tracks(view) IsOpen]);
+    m_pointer.Key("Down");
+    m_pointer.Key("Escape");
+    EXPECT_TRUE(WaitFor([=] { return ![Tracks(view) IsOpen]; }));
+    EXPECT_EQ(Selected(view->m_TracksArray), 0);
+}
+
+TEST_F(ViewPointer, KeysGoThroughTheListAndTypingFindsATrack) {
+    CViewHost host(ManyTracks());
+    TavarinProLink_ViewController* view = MakeLink();
+    Show(view);
+    [[[view view] window] makeFirstResponder:Tracks(view)];
+    const auto choose = [&](Strings const& keys, int nExpected) {
+        m_pointer.Key("space");
+        ASSERT_TRUE(WaitFor([=] { return [Tracks(view) IsOpen]; }));
+        for (std::string const& strKey : keys) m_pointer.Key(strKey);
+        m_pointer.Key("Return");
+        ASSERT_TRUE(WaitFor([=] { return ![Tracks(view) IsOpen]; }));
+        EXPECT_EQ(Selected(view->m_TracksArray), nExpected);
+    };
+    choose({"Down", "Down"}, 2);
+    choose({"End"}, 999);
+    choose({"Up"}, 998);
+    choose({"Home", "Down"}, 1);
+    choose({"t", "r", "a", "c", "k", "space", "7", "3", "1"}, 731);
+}
+
+TEST_F(ViewPointer, ClickElsewhereClosesTheListAndDoesNothingElse) {
+    CViewHost host;
+    TavarinProLink_ViewController* view = MakeLink();
+    Show(view);
+    ASSERT_TRUE(m_pointer.Click(Tracks(view)));
+    ASSERT_TRUE([Tracks(view) IsOpen]);
+    m_pointer.MoveTo(NSMakePoint(205, 520));
+    ASSERT_TRUE(TakeSteps({{CAfterLooks{5}, [this] { m_pointer.Press(); }},
+                           {CAfterLooks{5}, [this] { m_pointer.Release(); }},
+                           {CAfterLooks{5}, [] {}}}));
+    EXPECT_FALSE([Tracks(view) IsOpen]);
+    EXPECT_EQ(Selected(view->m_TracksArray), 0);
+}
+
+TEST_F(ViewPointer, OpenListLeavesTheRunLoopToOthersAlsoWhileAButtonIsHeld) {
+    CViewHost host;
+    TavarinProLink_ViewController* view = MakeLink();
+    Show(view);
+    m_pointer.MoveTo(Tracks(view));
+    m_pointer.Press();
+    // Whoever runs the loop gets it back after every event, in its usual mode.
+    EXPECT_TRUE(WaitFor([=] { return [Tracks(view) IsOpen]; }));
+    int nTurns = 0;
+    EXPECT_TRUE(WaitFor([&] { return ++nTurns > 5; }));
+    EXPECT_TRUE([Tracks(view) IsOpen]);
+    m_pointer.Release();
+    [Tracks(view) Close];
+}
+
+TEST_F(ViewPointer, LongListScrollsUnderTheArrow) {
+    CViewHost host(ManyTracks());
+    TavarinProLink_ViewController* view = MakeLink();
+    Show(view);
+    NSArray* known = VisibleWindows();
+    ASSERT_TRUE(m_pointer.Click(Tracks(view)));
+    ASSERT_EQ([NewWindows(known) count], 1u);
+    NSWindow* window = [NewWindows(known) objectAtIndex:0];
+    TavarinProLink_TrackList* list = (TavarinProLink_TrackList*)[window contentView];
+    EXPECT_TRUE(NSContainsRect([[NSScreen mainScreen] frame], [window frame]));
+    EXPECT_EQ([list First], 0);
+    m_pointer.MoveTo(NSMakePoint(NSMidX([window frame]), NSMinY([window frame]) + 5));
+    EXPECT_TRUE(WaitFor([=] { return [list First] > 3; }));
+    m_pointer.MoveTo(NSMakePoint(NSMidX([window frame]), NSMaxY([window frame]) - 5));
+    EXPECT_TRUE(WaitFor([=] { return [list First] == 0; }));
+    [Tracks(view) Close];
 }
 
 }  // namespace

@@ -1,14 +1,18 @@
 // What the views stand on, called directly: preferences, texts from the host, and the palette that
 // the factory fills in.
 
+#include <CoreFoundation/CFPreferences.h>
 #import <Foundation/Foundation.h>
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstdlib>
 
+#include "ChildProcess.h"
 #include "Source/Preferences.h"
 #import "Source/TavarinProLink_ViewControllerFactory.h"
 #import "Source/ViewHelpers.h"
+#include "TemporaryDirectory.h"
 #include "colours/ComponentCodes.h"
 #include "colours/ComponentColour.h"
 #include "colours/DefaultColours.h"
@@ -74,6 +78,19 @@ TEST_F(Preferences, ValuesOfOtherKindsAreReadToo) {
     EXPECT_EQ(GetInt("Key", 42, INT_MIN, INT_MAX), 0);
 }
 
+// A platform may keep truth values apart from numbers.
+TEST_F(Preferences, TruthValuesAreReadWhateverTheirKind) {
+    for (const bool fValue : {true, false}) {
+        Store([NSNumber numberWithBool:fValue]);
+        CFTypeRef value = CFPreferencesCopyAppValue(CFSTR("Key"), CFSTR(TAVARIN_BUNDLE_IDENTIFIER));
+        ASSERT_NE(value, nullptr);
+        EXPECT_EQ(CFGetTypeID(value), CFBooleanGetTypeID());
+        EXPECT_EQ(CFBooleanGetValue(static_cast<CFBooleanRef>(value)) != 0, fValue);
+        CFRelease(value);
+        EXPECT_EQ(GetInt("Key", 42, INT_MIN, INT_MAX), fValue ? 1 : 0);
+    }
+}
+
 TEST_F(Preferences, SavedValueComesBackAndIsText) {
     Store(nil);
     for (const int nValue : {0, 1, -1, INT_MIN, INT_MAX}) {
@@ -84,6 +101,22 @@ TEST_F(Preferences, SavedValueComesBackAndIsText) {
         ASSERT_TRUE([stored isKindOfClass:[NSString class]]);
         EXPECT_EQ(std::to_string(nValue), [stored UTF8String]);
     }
+}
+
+// Run by the next test in a process of its own.
+TEST_F(Preferences, DISABLED_SaveAndExit) {
+    SaveInt("Exit", 42);
+    std::exit(0);
+}
+
+TEST_F(Preferences, SavedValueIsOnDiskWhenTheProcessHasEnded) {
+    CTemporaryDirectory directory;
+    CChildProcess child({"/proc/self/exe", "--gtest_also_run_disabled_tests",
+                         "--gtest_filter=*DISABLED_SaveAndExit"},
+                        directory.File("out"), directory.File("err"));
+    ASSERT_EQ(child.Wait(), 0) << directory.Read("err");
+    [[NSUserDefaults standardUserDefaults] synchronize];
+    EXPECT_EQ(GetInt("Exit", 0, 0, 100), 42);
 }
 
 using HostTexts = CPoolTest;

@@ -38,7 +38,8 @@ endfunction()
 tavarin_add_view_test(LinkViewTests)
 tavarin_add_view_test(APTLinkViewTests)
 tavarin_add_view_test(DoublerLinkViewTests)
-tavarin_add_view_test(ViewFactoryTests)
+tavarin_add_view_test(ViewLifetimeTests)
+tavarin_add_view_test(ViewFactoryTests LIBS tavarin_application)
 # For the constants; the classes and the scheme are the bundle's.
 target_include_directories(ViewFactoryTests PRIVATE
     "$<TARGET_PROPERTY:tavarin_coregraphics,INTERFACE_INCLUDE_DIRECTORIES>")
@@ -53,10 +54,28 @@ if(TARGET tavarin-host)
     add_dependencies(HostRestartViewTests tavarin-host)
 endif()
 
+# These two have an application of their own to start, or a class of their own to bring.
+add_executable(HostedApplicationTests HostedApplicationTests.mm)
+target_link_libraries(HostedApplicationTests PRIVATE
+    tavarin_application GTest::gtest GTest::gtest_main tavarin_warnings)
+tavarin_register_view_test(HostedApplicationTests)
+add_executable(ForeignClassTests ForeignClassTests.mm)
+target_compile_definitions(ForeignClassTests PRIVATE TAVARIN_BUNDLE="${tavarin_bundle}")
+target_link_libraries(ForeignClassTests PRIVATE
+    tavarin_appkit GTest::gtest GTest::gtest_main tavarin_warnings)
+add_dependencies(ForeignClassTests TavarinProLink)
+tavarin_register_view_test(ForeignClassTests)
+
 # This one is linked with the views themselves, and loads no bundle.
 add_executable(ViewSupportTests ViewSupportTests.mm $<TARGET_OBJECTS:tavarin_views>)
 target_link_libraries(ViewSupportTests PRIVATE tavarin_views GTest::gtest GTest::gtest_main)
 tavarin_register_view_test(ViewSupportTests)
+
+add_executable(ViewSchemeTests ViewSchemeTests.mm $<TARGET_OBJECTS:tavarin_views>)
+target_compile_definitions(ViewSchemeTests PRIVATE TAVARIN_BUNDLE="${tavarin_bundle}")
+target_link_libraries(ViewSchemeTests PRIVATE tavarin_views GTest::gtest GTest::gtest_main)
+add_dependencies(ViewSchemeTests TavarinProLink)
+tavarin_register_view_test(ViewSchemeTests)
 
 if(TARGET tavarin-host AND TARGET tavarin-workstation)
     add_executable(WorkstationTests WorkstationTests.cpp)

@@ -8,8 +8,8 @@
 namespace {
 
 void Stop(NSException* exception) {
-    std::fprintf(stderr, "%s: %s\n", [[exception name] UTF8String],
-                 [[exception reason] UTF8String]);
+    NSString* reason = [exception reason] == nil ? @"no reason given" : [exception reason];
+    std::fprintf(stderr, "%s: %s\n", [[exception name] UTF8String], [reason UTF8String]);
     std::abort();
 }
 

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <limits>
 #include <type_traits>
 
@@ -16,7 +17,14 @@ struct __CFNumber {
     bool Equals(const __CFNumber& other) const { return value == other.value; }
 };
 
-static_assert(std::is_standard_layout_v<__CFNumber>,
+struct __CFBoolean {
+    CoreHeader header;
+    bool value;
+
+    bool Equals(const __CFBoolean& other) const { return value == other.value; }
+};
+
+static_assert(std::is_standard_layout_v<__CFNumber> && std::is_standard_layout_v<__CFBoolean>,
               "a pointer to an object is a pointer to its header");
 
 namespace {
@@ -41,7 +49,15 @@ NSString* AsNSString(CFStringRef string) {
     return [NSString stringWithUTF8String:CFStringGetCStringPtr(string, kCFStringEncodingUTF8)];
 }
 
+// A truth value is a number of a class of its own.
+bool IsBoolean(id value) {
+    return [value isKindOfClass:[[NSNumber numberWithBool:YES] class]];
+}
+
 CFPropertyListRef AsCoreObject(id value) {
+    if (IsBoolean(value)) {
+        return new __CFBoolean{{&CoreOperationsFor<__CFBoolean>::table}, [value boolValue] != NO};
+    }
     if ([value isKindOfClass:[NSNumber class]]) {
         return new __CFNumber{{&CoreOperationsFor<__CFNumber>::table}, [value longLongValue]};
     }
@@ -55,6 +71,17 @@ id AsFoundationObject(CFPropertyListRef value) {
     }
     TAVARIN_REQUIRE(CFGetTypeID(value) == CFStringGetTypeID());
     return AsNSString(static_cast<CFStringRef>(value));
+}
+
+bool Synchronize() {
+    const CPool pool;
+    return [[NSUserDefaults standardUserDefaults] synchronize];
+}
+
+// The user defaults are written by and by, by a run loop that may never turn again.
+void SynchronizeAtExit() {
+    static const int nRegistered = std::atexit([] { Synchronize(); });
+    static_cast<void>(nRegistered);
 }
 
 }  // namespace
@@ -71,6 +98,15 @@ CFTypeID CFStringGetTypeID(void) {
 
 CFTypeID CFNumberGetTypeID(void) {
     return TypeIdOf(&CoreOperationsFor<__CFNumber>::table);
+}
+
+CFTypeID CFBooleanGetTypeID(void) {
+    return TypeIdOf(&CoreOperationsFor<__CFBoolean>::table);
+}
+
+Boolean CFBooleanGetValue(CFBooleanRef boolean) {
+    TAVARIN_REQUIRE(boolean != nullptr);
+    return boolean->value;
 }
 
 Boolean CFNumberGetValue(CFNumberRef number, CFNumberType type, void* value) {
@@ -107,5 +143,10 @@ void CFPreferencesSetAppValue(CFStringRef key, CFPropertyListRef value, CFString
         [values setObject:AsFoundationObject(value) forKey:AsNSString(key)];
     }
     [defaults setPersistentDomain:values forName:domain];
+    SynchronizeAtExit();
+}
+
+Boolean CFPreferencesAppSynchronize(CFStringRef) {
+    return Synchronize();
 }
 }

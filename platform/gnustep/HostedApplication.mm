@@ -10,6 +10,7 @@
 #include <csignal>
 
 #include "platform/Application.h"
+#include "platform/ExceptionGuard.h"
 
 namespace {
 
@@ -69,7 +70,8 @@ private:
 // The process's arguments are not for this application: it would take settings from them, and open
 // those that name files.
 void ForgetArguments() {
-    static std::string strName = [[[NSProcessInfo processInfo] processName] UTF8String];
+    const char* szName = [[[NSProcessInfo processInfo] processName] UTF8String];
+    static std::string strName = szName == nullptr ? "" : szName;
     static char* arguments[] = {strName.data(), nullptr};
     [NSProcessInfo initializeWithArguments:arguments count:1 environment:environ];
 }
@@ -77,18 +79,15 @@ void ForgetArguments() {
 bool MakeApplication(std::string* strReason) {
     if (NSApp != nil) return true;
     const CHostSettings settings;
-    bool fMade = false;
-    @try {
+    const std::optional<std::string> strFailure = ExceptionIn([] {
         ForgetArguments();
         PrepareApplication();
         [NSApplication sharedApplication];
         [NSApp finishLaunching];
-        fMade = true;
-    } @catch (NSException* exception) {
-        *strReason = [[exception reason] UTF8String];
-    }
+    });
     settings.GiveBack();
-    return fMade;
+    *strReason = strFailure.value_or("");
+    return !strFailure;
 }
 
 }  // namespace

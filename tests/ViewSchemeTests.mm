@@ -1,0 +1,116 @@
+// Open views while the process-wide scheme changes. Linked with the views, whose scheme this is; of
+// the bundle only the nibs are used.
+
+#import <AppKit/AppKit.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#import "Source/TavarinProAPTLink_ViewController.h"
+#import "Source/TavarinProLink_ViewControllerFactory.h"
+#include "colours/ComponentCodes.h"
+#include "colours/ComponentColour.h"
+#include "colours/DefaultColours.h"
+
+namespace {
+
+class ViewScheme : public testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
+        [NSApplication sharedApplication];
+        [pool drain];
+    }
+    void SetUp() override {
+        m_pool = [[NSAutoreleasePool alloc] init];
+        m_factory = [[[TavarinProLink_ViewControllerFactory alloc] init] autorelease];
+    }
+    void TearDown() override { [m_pool drain]; }
+
+    // In a window that is on the screen.
+    TavarinProAPTLink_ViewController* Make() {
+        TavarinProAPTLink_ViewController* view =
+            [[m_factory APTLinkViewControllerFromBundle:[NSBundle bundleWithPath:@TAVARIN_BUNDLE]
+                                       effectParameters:nullptr
+                                             controller:nullptr] autorelease];
+        NSWindow* window = [[[NSWindow alloc] initWithContentRect:[[view view] frame]
+                                                        styleMask:NSBorderlessWindowMask
+                                                          backing:NSBackingStoreBuffered
+                                                            defer:NO] autorelease];
+        [window setReleasedWhenClosed:NO];
+        [window setContentView:[view view]];
+        [window orderFront:nil];
+        [window display];
+        return view;
+    }
+
+    static NSBitmapImageRep* Image(NSView* view) {
+        [[view window] displayIfNeeded];
+        [view lockFocus];
+        NSBitmapImageRep* image =
+            [[[NSBitmapImageRep alloc] initWithFocusedViewRect:[view bounds]] autorelease];
+        [view unlockFocus];
+        return image;
+    }
+
+    static std::string Picture(NSView* view) {
+        NSBitmapImageRep* image = Image(view);
+        const auto* pixels = reinterpret_cast<const char*>([image bitmapData]);
+        return {pixels, static_cast<std::size_t>([image bytesPerRow] * [image pixelsHigh])};
+    }
+
+    static void Say(TavarinProAPTLink_ViewController* view) {
+        view->m_Script.m_strLastError = "An error";
+        view->m_Script.m_strAdvice = "and what to do about it";
+        [view SetTextFields];
+    }
+
+    NSAutoreleasePool* m_pool = nil;
+    TavarinProLink_ViewControllerFactory* m_factory = nil;
+};
+
+TEST_F(ViewScheme, OpenViewLooksLikeANewOneAfterAChange) {
+    TavarinProAPTLink_ViewController* open = Make();
+    Say(open);
+    const std::string strBefore = Picture([open view]);
+    AppCreateDefaultColoursEngineer(&gAppColours);
+    TavarinProAPTLink_ViewController* fresh = Make();
+    Say(fresh);
+    const std::string strAfter = Picture([open view]);
+    EXPECT_NE(strAfter, strBefore);
+    EXPECT_EQ(strAfter, Picture([fresh view]));
+}
+
+TEST_F(ViewScheme, EveryTextHasItsColourFromTheScheme) {
+    TavarinProAPTLink_ViewController* view = Make();
+    Say(view);
+    [[view view] displayIfNeeded];
+    for (const CComponentCode code : {ccLabelText, ccTimeAxisText, ccAudioEstimatedLabel,
+                                      ccControlText, ccControlOnText, ccWindowBackground}) {
+        const std::string strBefore = Picture([view view]);
+        gAppColours.UpdateColour(code, 0.0F, 1.0F, 0.0F, 1.0F);
+        EXPECT_NE(Picture([view view]), strBefore) << code.m_nCompID;
+    }
+}
+
+TEST_F(ViewScheme, DisabledButtonLooksDisabled) {
+    TavarinProAPTLink_ViewController* view = Make();
+    const std::string strBefore = Picture(view->m_btnDub);
+    [view->m_btnDub setEnabled:NO];
+    EXPECT_NE(Picture(view->m_btnDub), strBefore);
+}
+
+// The lighter palette has no colours for pressed buttons, and its text is light.
+TEST_F(ViewScheme, ButtonThatIsOnHasADarkFaceInEitherPalette) {
+    TavarinProAPTLink_ViewController* view = Make();
+    for (const bool fEngineer : {false, true}) {
+        if (fEngineer) AppCreateDefaultColoursEngineer(&gAppColours);
+        NSBitmapImageRep* image = Image(view->m_btnGuide);
+        NSColor* face = [image colorAtX:[image pixelsWide] - 12 y:[image pixelsHigh] / 2];
+        const CGFloat text = gAppColours.FindRGBA(ccControlText)[1];
+        EXPECT_LT([face greenComponent], text / 2) << fEngineer;
+        EXPECT_GT([face blueComponent], [face redComponent]) << fEngineer << ": blue is on";
+    }
+}
+
+}  // namespace
