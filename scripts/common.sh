@@ -18,6 +18,8 @@ plugin_packages="lv2-dev"
 plugin_host_packages="lilv-utils sordi jalv jackd2 libjack-jackd2-dev"
 # A display for the windows where there is none, and a pointer to click with.
 display_packages="xvfb openbox xdotool"
+# What searches the model of the word protocol, and compiles the searches.
+model_packages="spin gcc libc6-dev"
 # What the speed is compared with; measuring goes without what is missing.
 bench_packages="python3 libbenchmark-dev libmsgpack-cxx-dev rapidjson-dev libprotobuf-dev protobuf-compiler
     libzmq3-dev libnng-dev libdbus-1-dev"

@@ -1,30 +1,49 @@
 /*
- * The word protocol of the message segment: clients, the reference host, what the host mends, and
- * the host that finds a dead one's segment, at the granularity of single machine actions.
+ * The word protocol of the message segment, for spin: clients, the reference host, what the host
+ * mends, and how everybody is sent away, in steps of single machine actions. tests/model/check
+ * searches every state.
  *
- * Every statement is one atomic action on the shared words, as the processor makes it: a read, a
- * store or a swap. A d_step holds one such action and what only this model knows of it (who holds
- * what), or a computation on a process's own values. Inlines have the names of the functions that
- * they stand for.
+ * Every statement is one action on the shared words as the processor makes it: a read, a store, a
+ * swap. What is in one d_step or atomic is one such action and what only this model knows of it (who
+ * holds what), or a computation on a process's own values. Inlines and macros have the names of the
+ * functions that they stand for; macros are those that leave by a goto.
  *
  * Halting needs no statement: a process that is not chosen for a while is halted, wherever it is.
  * A crash ends a process between any two of its actions and leaves the words as they are. Time is
  * not counted: after any attempt in vain a deadline may have come, or not.
  *
- * Sizes are chosen from outside, see tests/model/check:
- *   CLIENTS       how many there are
- *   TIMED         how many of them, counted from the first, have a time-out
- *   EXCHANGES     how many exchanges each makes
- *   CRASHES       how many clients may die
- *   HOST_CRASHES  1: the host may die, and another one finds its segment
- * Broken rules, one at a time, which the check must refute:
- *   OLD_RULE      a client leaves the reply's waiters at its deadline without the enter lock
- *   ONE_WINDOW    one window is enough for the verdict
- *   NO_GATE       clients that wait for a reply that is still owed are judged, too
- *   NO_MARK       a client that goes through its exchange within a window leaves no trace
- *   ANY_STEP      a step that gets on counts as proof that its client waits in vain
- *   HOST_OWES     the host judges between the enter lock and the command
- *   LATE_TEXT     who finds a dead host's segment writes its text when it sees somebody wait
+ * What is promised:
+ *   - who ends with status 0 has read the reply to its own request, without an error text of others,
+ *     or that the host ended;
+ *   - in a segment that is not closed no two live parties hold one lock word; in a closed one at most
+ *     one live client is past the first look at the flag;
+ *   - nobody leaves a condition without its enter lock (in a segment that is not closed);
+ *   - nobody's words are put to rest while the holder of the request lock lives;
+ *   - with EVERYBODY_ENDS: every client ends, if everybody gets processor time again and again.
+ *
+ * Sizes:
+ *   CLIENTS         how many there are
+ *   TIMED           how many of them, counted from the first, have a time-out
+ *   EXCHANGES       how many exchanges each makes
+ *   CRASHES         how many clients may die
+ *   HOST_CRASHES    1: the host may die; another one finds its segment then
+ *   HOST_STOPS      1: the host may be asked to stop
+ *   READS_AT_ONCE   the watch reads all words in one step, and looks at all clients in one: fewer
+ *                   states, for searches that are about something else
+ *   NO_LOOKS        the host never looks around, for searches in which nobody dies
+ *   OWN_WORDS       each window is compared with words of its own, marked anew
+ *
+ * Rules that are wrong, for the check to find out:
+ *   OLD_RULE        a client leaves the reply's waiters at its deadline without the enter lock
+ *   WINDOWS=1, 2    so many windows are enough for a verdict
+ *   NO_MARK         a client that goes through its exchange within a window leaves no trace
+ *   NO_GATE         the holder may be one that waits for a reply which is still owed
+ *   NO_COMMAND_GATE the holder may be one that waits for the host to take a command
+ *   ANY_STEP        a step that gets on is as good a proof as an attempt in vain
+ *   HOST_OWES       the host judges between the enter lock and the command
+ *   LATE_TEXT       the farewell is written whenever somebody seems to wait
+ *   NO_ROUND        where nobody is inside no door is opened
+ *   REPLIES_ONLY    not a rule: only the replies are looked at, to see what a wrong rule does to them
  */
 
 #ifndef CLIENTS
@@ -84,8 +103,22 @@ bool past[CLIENTS];      /* got past the first look at the closed flag, still in
 byte window;
 bool vain[CLIENTS];
 
-#define OWNED_BY_OTHER(word) \
-    (owner[word] != NOBODY && (owner[word] == HANDED_OVER || !dead[owner[word]]))
+/* In a closed segment it does not matter any more who holds what. */
+#define Own(word, who) owner[word] = (closed -> NOBODY : who)
+
+inline DisownAll(who) {
+    place = 0;
+    do
+    :: place < WORDS ->
+       if
+       :: closed || owner[place] == who -> owner[place] = NOBODY
+       :: else
+       fi;
+       place++
+    :: else -> break
+    od;
+    place = 0
+}
 
 inline Attempted(who) {
     if
@@ -100,14 +133,25 @@ inline Attempted(who) {
 #define Stepped(who) skip
 #endif
 
+#ifdef REPLIES_ONLY
+#define AssertFree(word) skip
+#define AssertEntered(who, condition) skip
+#define AssertAlone(other) skip
+#define AssertDead(other) skip
+#else
+#define AssertFree(word) assert(closed || owner[word] == NOBODY)
+#define AssertEntered(who, condition) \
+    assert(closed || (w[ENTER(condition)] == 1 && owner[ENTER(condition)] == who))
+#define AssertAlone(other) assert(!past[other])
+#define AssertDead(other) assert(owner[LOCK] != other)
+#endif
+
 /* One attempt is a swap and a look whether the word now reads 1. */
 inline SwapIn(who, word) {
     d_step {
         w[word] == 0 -> w[word] = 1;
-#ifndef REPLIES_ONLY
-        assert(closed || !OWNED_BY_OTHER(word));
-#endif
-        owner[word] = who;
+        AssertFree(word);
+        Own(word, who);
         Stepped(who)
     }
 }
@@ -154,22 +198,19 @@ inline ReleaseWord(who, word) {
     }
 }
 
-/* The waiter that took the command subtracts itself and frees the enter lock, which the notifier
- * left to it. */
+inline Subtract(who, condition) {
+    assert(w[WAITERS(condition)] > 0);
+    w[WAITERS(condition)]--;
+    Stepped(who)
+}
+
+/* The waiter that took the command has the enter lock from the notifier, and frees it. */
 inline LeaveNotified(who, condition) {
-    d_step {
-        assert(w[WAITERS(condition)] > 0);
-#ifndef REPLIES_ONLY
-        assert(closed || w[ENTER(condition)] == 1);
-#endif
-        w[WAITERS(condition)]--;
-        owner[ENTER(condition)] = who;
-        Stepped(who)
-    }
+    d_step { Own(ENTER(condition), who); AssertEntered(who, condition); Subtract(who, condition) };
     ReleaseWord(who, ENTER(condition))
 }
 
-/* ------------------------------------------------------------------------------- the client --- */
+/* The client. */
 
 #define id (me * EXCHANGES + made)
 
@@ -180,7 +221,7 @@ inline NotifyOne(me) {
        do
        :: d_step {
               w[COMMAND(REQUEST)] == 0 -> w[COMMAND(REQUEST)] = 1;
-              owner[ENTER(REQUEST)] = HANDED_OVER;
+              Own(ENTER(REQUEST), HANDED_OVER);
               Stepped(me)
           }
           break
@@ -190,7 +231,7 @@ inline NotifyOne(me) {
     fi
 }
 
-#define EnterAsWaiter(me, gaveUp) \
+#define JoinWaiters(me, gaveUp) \
     AcquireWordUntil(me, ENTER(REPLY), timed, gaveUp); \
     atomic { w[WAITERS(REPLY)]++; Stepped(me) } \
     ReleaseWord(me, MUTEX); \
@@ -198,10 +239,12 @@ inline NotifyOne(me) {
 
 /* At the deadline: one attempt at the enter lock; in vain it means that a notification is under
  * way. */
-inline LeaveOnTimeout(me) {
+inline LeaveWaiters(me) {
 #ifdef OLD_RULE
     if
-    :: w[ENTER(REPLY)] != 0 -> d_step { w[WAITERS(REPLY)]--; Stepped(me) }; break
+    :: w[ENTER(REPLY)] != 0 ->
+       d_step { AssertEntered(me, REPLY); Subtract(me, REPLY) };
+       break
     :: true
     fi;
 #endif
@@ -209,7 +252,7 @@ inline LeaveOnTimeout(me) {
     :: SwapIn(me, ENTER(REPLY));
        if
        :: w[ENTER(REPLY)] == 1 ->
-          d_step { assert(w[WAITERS(REPLY)] > 0); w[WAITERS(REPLY)]--; Stepped(me) }
+          d_step { AssertEntered(me, REPLY); Subtract(me, REPLY) };
           ReleaseWord(me, ENTER(REPLY));
           break
        :: d_step { w[ENTER(REPLY)] != 1 -> Disown(me, ENTER(REPLY)) }
@@ -232,7 +275,7 @@ inline AwaitCommand(me) {
        :: w[COMMAND(REPLY)] == 0
        fi
     :: d_step { w[COMMAND(REPLY)] == 0 -> Attempted(me) }
-    :: timed && w[COMMAND(REPLY)] == 0 -> LeaveOnTimeout(me)
+    :: timed && w[COMMAND(REPLY)] == 0 -> LeaveWaiters(me)
     od
 }
 
@@ -243,9 +286,10 @@ inline LookAtClosed(me) {
         other = 0;
         do
         :: other < CLIENTS ->
-#ifndef REPLIES_ONLY
-           assert(other == me || !past[other] || dead[other]);
-#endif
+           if
+           :: other != me -> AssertAlone(other)
+           :: else
+           fi;
            other++
         :: else -> break
         od;
@@ -286,7 +330,7 @@ proctype Client(byte me) {
         :: timed -> goto freeMutex
         :: true
         fi;
-        EnterAsWaiter(me, freeMutex);
+        JoinWaiters(me, freeMutex);
         AwaitCommand(me);
         AcquireWord(me, MUTEX);
         if
@@ -309,10 +353,10 @@ leave:
         :: made == EXCHANGES -> break
         od;
         ended[me] = true
-    } unless { dead[me] }
+    } unless { dead[me] -> d_step { notified = false; answer = 0; other = 0 } }
 }
 
-/* --------------------------------------------------------------------------------- the host --- */
+/* The host. */
 
 #define NEW_REQUEST (w[PENDING] != 0 && !taken)
 
@@ -340,9 +384,7 @@ inline CheckNobodyHolds() {
     other = 0;
     do
     :: other < CLIENTS ->
-#ifndef REPLIES_ONLY
-       assert(dead[other] || owner[LOCK] != other);
-#endif
+       AssertDead(other);
        other++
     :: else -> break
     od;
@@ -372,16 +414,6 @@ inline PutToRestAlone() {
     owner[ENTER(REQUEST)] = NOBODY; owner[ENTER(REPLY)] = NOBODY;
     w[LOCK] = 0; owner[LOCK] = NOBODY;
     ForgetLooks()
-}
-
-inline SetNobodyInside(result) {
-    result = true;
-    other = 0;
-    do
-    :: other < CLIENTS -> result = result && !inside[other]; other++
-    :: else -> break
-    od;
-    other = 0
 }
 
 #define ALL_IN_VAIN_1 (!inside[0] || vain[0]) && (!inside[1] || vain[1])
@@ -417,72 +449,93 @@ inline SetNobodyInside(result) {
 #define PASSAGE_UNSEEN (seen[PENDING] == 1)
 #endif
 
-/* CHolderWatch::Judge. First look: mark, read the words one after the other, then look at the clients.
- * Second and third: look at the clients, read the words again, look at the clients afresh. Who has
- * made an attempt in vain between two looks waits for somebody else. A window that cannot hold is
- * not modelled: the next one begins anew. */
 /* Where it is asked whether everybody ends, the host looks around after each attempt in vain, and
  * never instead of one. Elsewhere it may look at any time. */
 #ifdef EVERYBODY_ENDS
 #define VAIN_ATTEMPT(word) w[word] != 0 ->
 #define NO_COMMAND w[COMMAND(REQUEST)] == 0 ->
+#define ANOTHER_ROUND false
 #define NOTHING_TO_SEE :: else
 #else
 #define VAIN_ATTEMPT(word)
 #define NO_COMMAND
+#define ANOTHER_ROUND true
 #define NOTHING_TO_SEE
 #endif
 
-#ifdef OWN_WORDS
-#define ReadAfresh \
-    do \
-    :: d_step { word < WORDS -> seen[word] = w[word]; word++ } \
-    :: word == WORDS -> word = 0; break \
-    od; \
-    if \
-    :: d_step { seen[LOCK] == 0 || OWED || PASSAGE_UNSEEN -> ForgetLooks() }; break \
-    :: else \
-    fi
+/* CHolderWatch::Judge. A window begins with a mark, the words, read one after the other, and a look at
+ * the clients; it ends with a look at the clients and the words again. Who mapped the segment at both
+ * ends must have made an attempt in vain between them: it waits for somebody else then, unless it is
+ * the holder, and what a holder may wait for is excluded by the words or not there for long. A client
+ * that becomes the holder in a window may still have waited in vain for the lock; one that was it
+ * already may have waited for its reply and given up; but nobody passes the setting of the pending
+ * flag unseen, so in a third window there is nobody left. A window that cannot hold is not modelled
+ * to its end: another one begins instead. */
+#ifdef READS_AT_ONCE
+#define READ atomic
 #else
-#define ReadAfresh skip
+#define READ
 #endif
 
+#define ReadWords \
+    READ { \
+        do \
+        :: d_step { word < WORDS -> seen[word] = w[word]; word++ } \
+        :: d_step { word == WORDS -> word = 0 }; break \
+        od \
+    }
+
 #define LookAtClients \
-    do \
-    :: d_step { word < CLIENTS -> vain[word] = !inside[word]; word++ } \
-    :: d_step { word == CLIENTS -> word = 0; window++ }; break \
-    od
+    READ { \
+        do \
+        :: d_step { word < CLIENTS -> vain[word] = !inside[word]; word++ } \
+        :: d_step { word == CLIENTS -> word = 0; window++ }; break \
+        od \
+    }
+
+#define BeginWindow \
+    d_step { MARK_PENDING }; \
+    ReadWords; \
+    if \
+    :: d_step { seen[LOCK] == 0 || OWED || PASSAGE_UNSEEN -> ForgetLooks() } \
+    :: else -> LookAtClients \
+    fi
+
+#ifdef OWN_WORDS
+#define NextWindow BeginWindow
+#else
+#define NextWindow LookAtClients
+#endif
+
+#define EndWindow \
+    READ { \
+        do \
+        :: d_step { word < CLIENTS && (!inside[word] || vain[word]) -> word++ } \
+        :: d_step { word < CLIENTS && inside[word] && !vain[word] -> word = 0; ForgetLooks() }; break \
+        :: d_step { word == CLIENTS -> word = 0 }; break \
+        od \
+    }; \
+    READ { \
+        do \
+        :: d_step { window > 0 && word < WORDS && w[word] == seen[word] -> word++ } \
+        :: d_step { window > 0 && word < WORDS && w[word] != seen[word] -> word = 0; ForgetLooks() }; break \
+        :: d_step { window == 0 || word == WORDS -> word = 0 }; break \
+        od \
+    }
 
 #ifdef NO_LOOKS
 #define Judge(rested) false
 #else
 #define Judge(rested) \
     if \
-    :: window == 0 && w[LOCK] == 1 && !closed -> \
-       d_step { MARK_PENDING }; \
-       do \
-       :: d_step { word < WORDS -> seen[word] = w[word]; word++ } \
-       :: word == WORDS -> word = 0; break \
-       od; \
-       if \
-       :: d_step { seen[LOCK] == 0 || OWED || PASSAGE_UNSEEN -> ForgetLooks() } \
-       :: else -> LookAtClients \
-       fi \
+    :: window == 0 && w[LOCK] == 1 && !closed -> BeginWindow \
     :: window > 0 && ALL_IN_VAIN -> \
-       do \
-       :: d_step { word < CLIENTS && (!inside[word] || vain[word]) -> word++ } \
-       :: d_step { word < CLIENTS && !(!inside[word] || vain[word]) -> word = 0; ForgetLooks() }; break \
-       :: word == CLIENTS -> word = 0; \
-          do \
-          :: d_step { word < WORDS && w[word] == seen[word] -> word++ } \
-          :: d_step { word < WORDS && w[word] != seen[word] -> word = 0; ForgetLooks() }; break \
-          :: d_step { word == WORDS -> word = 0 }; \
-             if \
-             :: window == WINDOWS -> PutToRest(); goto rested \
-             :: else -> ReadAfresh; LookAtClients \
-             fi; break \
-          od; break \
-       od \
+       EndWindow; \
+       if \
+       :: window == 0 \
+       :: window > 0 && window < WINDOWS -> NextWindow \
+       :: window == WINDOWS -> PutToRest(); goto rested \
+       fi \
     :: d_step { NOBODY_INSIDE && w[LOCK] == 1 && !closed -> PutToRestAlone() }; goto rested \
     NOTHING_TO_SEE \
     fi
@@ -506,9 +559,15 @@ inline SetNobodyInside(result) {
  * host ended otherwise. The command is there for whoever is among the waiters or will be; the others
  * see the flag, and it does not matter how many of them hold a lock. */
 inline SendEverybodyAway() {
-    closed = true;
+    atomic { closed = true; DisownAll(HOST) };
     do
-    :: !NOBODY_INSIDE ->
+    :: true ->
+#ifdef NO_ROUND
+       if
+       :: NOBODY_INSIDE -> break
+       :: !NOBODY_INSIDE
+       fi;
+#endif
 #ifdef LATE_TEXT
        if
        :: w[WAITERS(REPLY)] > 0 && w[COMMAND(REPLY)] == 0 -> buffer = EMPTY; text = HOST_ENDED
@@ -528,8 +587,11 @@ inline SendEverybodyAway() {
        w[COMMAND(REPLY)] = 1;
        w[ENTER(REPLY)] = 0;
        w[MUTEX] = 0;
-       w[LOCK] = 0
-    :: NOBODY_INSIDE -> break
+       w[LOCK] = 0;
+       if
+       :: !NOBODY_INSIDE && ANOTHER_ROUND
+       :: NOBODY_INSIDE || !ANOTHER_ROUND -> break
+       fi
     od
 }
 
@@ -537,6 +599,7 @@ proctype Host() {
     byte seen[WORDS];
     byte word;
     byte other;
+    byte place;
     byte request;
     {
         do
@@ -621,7 +684,7 @@ notify:
               do
               :: d_step {
                      w[COMMAND(REPLY)] == 0 -> w[COMMAND(REPLY)] = 1;
-                     owner[ENTER(REPLY)] = HANDED_OVER;
+                     Own(ENTER(REPLY), HANDED_OVER);
                      ForgetLooks()
                  }
                  break
@@ -647,25 +710,31 @@ away:
 }
 
 /* Ends clients inside the segment, and the host, between any two of their steps. */
+#define Kill(who) \
+    d_step { left && inside[who] -> left--; dead[who] = true; inside[who] = false; past[who] = false; DisownAll(who) }
+
 proctype Fate() {
     byte left = CRASHES;
+    byte place;
 end:
     do
-    :: d_step { left && inside[0] -> left--; dead[0] = true; inside[0] = false }
-    :: d_step { left && inside[1] -> left--; dead[1] = true; inside[1] = false }
+    :: Kill(0)
+    :: Kill(1)
 #if CLIENTS > 2
-    :: d_step { left && inside[2] -> left--; dead[2] = true; inside[2] = false }
+    :: Kill(2)
 #endif
 #if CLIENTS > 3
-    :: d_step { left && inside[3] -> left--; dead[3] = true; inside[3] = false }
+    :: Kill(3)
 #endif
 #if HOST_CRASHES
-    :: d_step { !dead[HOST] -> dead[HOST] = true }
+    :: d_step { !dead[HOST] -> dead[HOST] = true; DisownAll(HOST) }
 #endif
 #if HOST_STOPS
-    :: d_step { !closed && !dead[HOST] -> closed = true }
+    :: d_step { !closed && !dead[HOST] -> closed = true; DisownAll(HOST) }
 #endif
+#ifdef EVERYBODY_ENDS
     :: break
+#endif
     od
 }
 
