@@ -20,6 +20,8 @@ plugin_host_packages="lilv-utils sordi jalv jackd2 libjack-jackd2-dev"
 display_packages="xvfb openbox xdotool"
 # What a build for macOS takes, besides a compiler from npm.
 mac_packages="googletest llvm dpkg-dev"
+# What searches the model of the word protocol, and compiles the searches.
+model_packages="spin gcc libc6-dev"
 # What the speed is compared with; measuring goes without what is missing.
 bench_packages="python3 libbenchmark-dev libmsgpack-cxx-dev rapidjson-dev libprotobuf-dev protobuf-compiler
     libzmq3-dev libnng-dev libdbus-1-dev"
