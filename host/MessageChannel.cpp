@@ -160,10 +160,12 @@ bool CMessageChannel::AnswerRequest() {
         if (!fWritten) WriteReply(reply);
         Set(&Record()->fPending, 0);
         if (AcquireWordEagerly(&pCondition->nEnterLock, LinkTimeNow() + kLookUs)) {
-            JoinWaitersForRequest();
+            // In a closed segment the thread may be among them still, and no request comes.
+            const bool fGoesOn = !IsClosed();
+            fGoesOn ? JoinWaitersForRequest() : FreeMutex();
             if (NotifyOneEntered(pCondition)) WakeWord(&pCondition->nCommand);
             m_watch.NoteProgress();
-            return true;
+            return fGoesOn;
         }
         FreeMutex();
         if (!AwaitFreeEnterLock(*pCondition)) return false;

@@ -596,6 +596,7 @@ inline SendEverybodyAway() {
 }
 
 proctype Host() {
+    bool ending;
     byte seen[WORDS];
     byte word;
     byte other;
@@ -610,11 +611,12 @@ have:
            :: !NEW_REQUEST && closed -> ReleaseWord(HOST, MUTEX); goto away
            :: !NEW_REQUEST && !closed
            fi;
-           /* WaitForRequest: JoinWaiters, AwaitCommand */
+           /* JoinWaitersForRequest */
            AcquireWord(HOST, ENTER(REQUEST));
            w[WAITERS(REQUEST)]++;
            ReleaseWord(HOST, MUTEX);
            ReleaseWord(HOST, ENTER(REQUEST));
+           /* AwaitRequest */
 endIdle:
            do
            :: d_step {
@@ -673,18 +675,24 @@ notify:
               :: !NEW_REQUEST -> goto notify
               fi
            fi;
-           /* NotifyOneEntered */
+           /* JoinWaitersForRequest: before its client can come back with the next one */
            request = 0;
            if
-           :: w[WAITERS(REPLY)] == 0 ->
-              ReleaseWord(HOST, ENTER(REPLY));
-              ReleaseWord(HOST, MUTEX)
-           :: w[WAITERS(REPLY)] > 0 ->
+           :: d_step { closed -> ending = true }; ReleaseWord(HOST, MUTEX)
+           :: !closed ->
+              AcquireWord(HOST, ENTER(REQUEST));
+              w[WAITERS(REQUEST)]++;
               ReleaseWord(HOST, MUTEX);
+              ReleaseWord(HOST, ENTER(REQUEST))
+           fi;
+           /* NotifyOneEntered */
+           if
+           :: w[WAITERS(REPLY)] == 0 -> ReleaseWord(HOST, ENTER(REPLY))
+           :: w[WAITERS(REPLY)] > 0 ->
               do
               :: d_step {
                      w[COMMAND(REPLY)] == 0 -> w[COMMAND(REPLY)] = 1;
-                     Own(ENTER(REPLY), HANDED_OVER);
+                     owner[ENTER(REPLY)] = HANDED_OVER;
                      ForgetLooks()
                  }
                  break
@@ -693,7 +701,10 @@ notify:
 #endif
               od
            fi;
-           goto served;
+           if
+           :: ending -> goto served
+           :: !ending -> goto endIdle
+           fi;
 rested:
            request = 0;
            goto have;
