@@ -14,12 +14,16 @@ namespace {
 struct CContents {
     bool fFileIds = false;
     bool fNotANumber = false;
+    bool fZeroInName = false;
 };
 
 CContents ContentsOf(CParameterBlock const& block) {
     CContents contents;
     VisitTree(block, [&](CParameter& parameter) {
         contents.fFileIds = contents.fFileIds || parameter.type == tagFileId;
+        // A session ends a name there, so that it comes back as another one.
+        contents.fZeroInName =
+            contents.fZeroInName || parameter.name.find('\0') != std::string::npos;
         if (parameter.type != tagBlock && !parameter.operator==(parameter))
             contents.fNotANumber = true;
     });
@@ -43,8 +47,7 @@ void CheckSession(CParameterBlock& block, bool comparable) {
     const int status = again.LoadBinarySessionFromMemory(&ids, CFDataGetBytePtr(data),
                                                          static_cast<unsigned int>(length));
     CFRelease(data);
-    // What names unfold to may exceed the bound in the new image although it did not in the old.
-    if (length == 0 || status == sessionBodyFailed) return;
+    if (length == 0) return;
     TAVARIN_REQUIRE(status == sessionDone);
     TAVARIN_REQUIRE(!comparable || again == block);
 }
@@ -67,5 +70,5 @@ void UseLoadedTree(CParameterBlock const& loaded) {
     TAVARIN_REQUIRE(second.GetSize() == copy.GetSize());
     if (contents.fFileIds) return;
     CheckBareImage(copy, !contents.fNotANumber);
-    CheckSession(second, !contents.fNotANumber);
+    CheckSession(second, !contents.fNotANumber && !contents.fZeroInName);
 }

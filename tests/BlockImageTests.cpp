@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 
 #include "tests/ByteText.h"
@@ -245,22 +246,22 @@ TEST(BlockImageDamage, NullEntriesTakeTwoWordsEach) {
 }
 
 TEST(BlockImageDamage, ALongNameDoesNotUnfoldWithoutEnd) {
-    // Every entry of six bytes asks for a name of a megabyte.
-    const Names names{"", std::string(1 << 20, 'n')};
+    // Every entry asks for a name of 64 MiB: sixteen of them are a gibibyte, which is the bound.
+    const Names names{"", std::string(std::size_t{1} << 26, 'n')};
     std::vector<unsigned char> image = Bytes("A0860100");
-    Append(image, "07000000 01 01", 100000);
+    Append(image, "07000000 01 01", 20);
     CParameterBlock block;
     EXPECT_EQ(-1, LoadImage(block, image, &names));
-    // The image of 600 kB grants 16 MiB and 16 times its own size.
-    EXPECT_EQ(25u, block.parameters.size());
+    EXPECT_EQ(16u, block.parameters.size());
+    block.Clear();
     image = Bytes("A0860100");
-    Append(image, "06000000 01 00000000", 100000);
+    Append(image, "06000000 01 00000000", 20);
     EXPECT_EQ(-1, LoadImage(block, image, &names));
-    EXPECT_EQ(29u, block.parameters.size());
+    EXPECT_EQ(16u, block.parameters.size());
 }
 
-TEST(DeepImage, LoadsAndSavesWhatNestsAHundredThousandDeep) {
-    constexpr int depth = 100000;
+TEST(DeepImage, LoadsAndSavesWhatNestsAMillionDeep) {
+    constexpr int depth = 1000000;
     std::vector<unsigned char> image = Bytes("01000000");
     Append(image, "06000000 00000000 01000000", depth - 1);
     Append(image, "06000000 00000000 00000000");
@@ -341,6 +342,50 @@ TEST(LoadProgress, CancelsTheLoadAndKeepsWhatWasRead) {
     EXPECT_EQ(-1, LoadImage(block, ThreeBlocks()));
     EXPECT_EQ(1u, block.parameters.size());
     EXPECT_EQ(2u, progress.calls.size());
+}
+
+// Does something to the block that is being loaded, on every call.
+struct CMeddlingProgress : CProgress {
+    bool Progress(unsigned long) override {
+        meddle();
+        return false;
+    }
+
+    std::function<void()> meddle;
+};
+
+TEST(LoadProgress, SeesOnlyWhatIsFinished) {
+    CMeddlingProgress progress;
+    CParameterBlock block(&progress, 67);
+    std::vector<std::size_t> sizes;
+    progress.meddle = [&] {
+        sizes.push_back(block.parameters.size());
+        for (CParameter const* parameter : block.parameters) {
+            ASSERT_NE(nullptr, parameter);
+            EXPECT_EQ(1u, static_cast<CParameterBlock const*>(parameter)->parameters.size());
+        }
+    };
+    EXPECT_EQ(67, LoadImage(block, ThreeBlocks()));
+    EXPECT_EQ((std::vector<std::size_t>{0, 1, 2}), sizes);
+}
+
+TEST(LoadProgress, MayAddToTheBlock) {
+    CMeddlingProgress progress;
+    CParameterBlock block(&progress, 67);
+    progress.meddle = [&] { block.AddParameter("Seen", 1); };
+    EXPECT_EQ(67, LoadImage(block, ThreeBlocks()));
+    ASSERT_EQ(6u, block.parameters.size());
+    for (std::size_t i = 0; i < 6; ++i)
+        EXPECT_EQ(i % 2 == 0 ? tagInt : tagBlock, block.parameters[i]->type);
+}
+
+TEST(LoadProgress, MayClearTheBlock) {
+    CMeddlingProgress progress;
+    CParameterBlock block(&progress, 67);
+    progress.meddle = [&] { block.Clear(); };
+    EXPECT_EQ(67, LoadImage(block, ThreeBlocks()));
+    ASSERT_EQ(1u, block.parameters.size());
+    EXPECT_EQ(tagBlock, block.parameters[0]->type);
 }
 
 TEST(LoadProgress, MayThrow) {

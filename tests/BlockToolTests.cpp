@@ -213,6 +213,29 @@ TEST_F(BlockTool, LeavesTheOldFileWhenItCannotPack) {
     EXPECT_EQ(2, Run("block pack identity.json -o").status);
 }
 
+TEST_F(BlockTool, AgreesWithItselfAboutManyUsesOfALongName) {
+    // The names of the body unfold to twenty megabytes.
+    CParameterBlock block;
+    const std::string name(4096, 'n');
+    for (int i = 0; i < 5000; ++i) block.AddParameter(name.c_str(), true);
+    Save(block, "long.session");
+    EXPECT_EQ(0, Run("block dump --bytes long.session").status);
+    EXPECT_EQ(0, Run("block dump --json long.session").status);
+    EXPECT_EQ(
+        0, Run("block dump --json long.session | '" TAVARIN_PROGRAM "' block pack -o again.session")
+               .status);
+    EXPECT_EQ(m_directory.Read("long.session"), m_directory.Read("again.session"));
+}
+
+TEST_F(BlockTool, DoesNotPackANameThatASessionWouldCutOff) {
+    m_directory.Write("zero.json",
+                      R"({"format": "session", "id": "XY", "name": "", "parameters": [
+                          {"type": "bool", "name": "a\u0000b", "value": true}]})");
+    const CResult packed = Run("block pack zero.json -o zero.session");
+    EXPECT_EQ(1, packed.status);
+    EXPECT_NE(std::string::npos, packed.errors.find("zero byte"));
+}
+
 TEST_F(BlockTool, RefusesJsonThatIsNoBlock) {
     const std::vector<std::string> entries{
         R"({"type":"int","name":"A","value":2147483648})",

@@ -508,6 +508,30 @@ TEST_F(BinaryBlock, AssignmentDestroysWhatWasHeldAndCopies) {
     target.block->AddRef();
 }
 
+TEST_F(BinaryBlock, AssignmentDestroysBeforeItCopies) {
+    // The payload of both counts the same events: the copy must find the other one freed.
+    struct CEvents {
+        static std::string& Text() {
+            static std::string text;
+            return text;
+        }
+        static void Free(void*) { Text() += "free "; }
+        static void* Copy(void* payload) {
+            Text() += "copy ";
+            return payload;
+        }
+    };
+    CEvents::Text().clear();
+    int payload = 0;
+    {
+        CBinaryBlockParameter source("S", new CBinaryBlock(&payload, nullptr, CEvents::Copy));
+        CBinaryBlockParameter target("T", new CBinaryBlock(&payload, CEvents::Free, nullptr));
+        target = source;
+        target.block->AddRef();
+    }
+    EXPECT_EQ("free copy ", CEvents::Text());
+}
+
 TEST_F(BinaryBlock, SurvivesAssignmentToItself) {
     CBinaryBlockParameter parameter("S", Make());
     CParameter& base = parameter;

@@ -190,6 +190,12 @@ TEST(LengthPrefixed, ConvertsToATerminatedText) {
     EXPECT_EQ(std::string(255, 'x'), text.data());
 }
 
+TEST(PascalText, BecomesAZeroTerminatedOneInPlace) {
+    PString text = P("abcdef");
+    PtoCcpy(reinterpret_cast<char*>(text.data()), text.data());
+    EXPECT_STREQ("abcdef", reinterpret_cast<const char*>(text.data()));
+}
+
 TEST(LengthPrefixed, TakesAtMost254CharactersOfAText) {
     PString string;
     EXPECT_EQ(254, CtoPcpy(string.data(), std::string(300, 'x').c_str()));

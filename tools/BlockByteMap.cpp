@@ -8,7 +8,7 @@
 
 #include "tools/BlockText.h"
 #include "tools/InputOutput.h"
-#include "utils/LittleEndian.h"
+#include "utils/ParameterBlockCodec.h"
 
 namespace {
 
@@ -94,6 +94,9 @@ private:
             length = 4;
             token = LoadLittleEndian<std::uint32_t>(Here()) >> 8;
         }
+        if (token < m_names.size()) m_nUnfolded += m_names[token].size();
+        if (m_nUnfolded > codec::mostUnfoldedNames)
+            return Stop("the names unfold to more than a load allows");
         const std::string name =
             token < m_names.size() ? Quoted(m_names[token]) : "beyond the names: empty";
         Field(length, "token " + std::to_string(token) + ", " + name);
@@ -106,6 +109,8 @@ private:
     }
 
     bool Entries() {
+        // The name of the outermost block is not one of them.
+        m_nUnfolded = 0;
         std::vector<std::int32_t> left(1);
         if (!Count(left.back())) return false;
         while (!left.empty()) {
@@ -195,6 +200,7 @@ private:
     std::string const& m_image;
     std::size_t m_nAt = 0;
     bool m_fTokens = false;
+    std::uint64_t m_nUnfolded = 0;
     std::vector<std::string> m_names;
 };
 

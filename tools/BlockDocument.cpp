@@ -75,12 +75,17 @@ std::string LoadImage(CBlockForm const& form, std::string const& image, std::str
 
 std::string MakeImage(CBlockDocument& document) {
     bool hasFileIds = false;
+    bool hasZeroBytes = false;
     VisitTree(document.block, [&](CParameter const& parameter) {
         hasFileIds = hasFileIds || parameter.type == tagFileId;
+        hasZeroBytes = hasZeroBytes || parameter.name.find('\0') != std::string::npos;
     });
     if (hasFileIds)
         throw CToolFailure(exitNegative,
                            "a file identity cannot be saved; take out the entries of type fileId");
+    if (hasZeroBytes && !document.fBare)
+        throw CToolFailure(exitNegative,
+                           "a name holds a zero byte, at which a session image would end it");
     if (document.fBare) {
         unsigned long size = 0;
         const std::unique_ptr<unsigned char[]> bytes(document.block.CreateBlock(&size));
@@ -93,7 +98,7 @@ std::string MakeImage(CBlockDocument& document) {
     if (length == 0)
         throw CToolFailure(
             exitNegative,
-            "there is nothing to save: a session image needs one name at least, and names without "
-            "zero bytes");
+            "there is no such image: a session needs one name at least, ends below 4 GiB, and its "
+            "names unfold to a gibibyte at most");
     return {reinterpret_cast<const char*>(CFDataGetBytePtr(data.get())), length};
 }

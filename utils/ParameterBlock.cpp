@@ -4,104 +4,65 @@
 #include <string_view>
 
 #include "platform/Assertion.h"
-#include "utils/ParameterArena.h"
+#include "utils/ParameterPool.h"
 #include "utils/ParameterTree.h"
 
 namespace {
 
-void FreeText(std::string& text) {
-    // An empty string's capacity is what a string holds within itself.
-    if (text.capacity() > std::string().capacity()) std::string().swap(text);
-}
-
-// Like `delete`, but spares the parameters of a load or a copy, which come by the thousand, their
-// destructors: those would do nothing but free texts and an empty list.
-void DestroyParameter(CParameter* parameter, CReleaseBatch& batch) {
-    if (parameter == nullptr) return;
-    const CParameterOrigin origin = CParameterOrigin::Of(parameter);
-    if (!origin.IsExact() || parameter->type == tagBinaryBlock) {
-        delete parameter;
-        return;
-    }
-    FreeText(parameter->name);
-    if (parameter->type == tagString)
-        FreeText(static_cast<CStringParameter*>(parameter)->value);
-    else if (parameter->type == tagBlock)
-        CParameterList().swap(static_cast<CParameterBlock*>(parameter)->parameters);
-    batch.Release(origin.Chunk());
-}
-
 // Destroys a block's parameters from the end of its list on until one is a block that still holds
 // some: answers that one, which stays the last, or null when the list is empty.
-CParameterBlock* DestroyToNested(CParameterBlock& block, CReleaseBatch& batch) {
-    CParameterList& list = block.parameters;
-    CParameter** const first = list.data();
-    CParameter** end = first + list.size();
-    CParameterBlock* nested = nullptr;
-    while (end != first) {
-        if (end - first > prefetchDistance) PrefetchParameter(end[-1 - prefetchDistance]);
-        nested = AsBlock(end[-1]);
-        if (nested != nullptr && !nested->parameters.empty()) break;
-        nested = nullptr;
-        DestroyParameter(*--end, batch);
+CParameterBlock* DestroyToNested(CParameterBlock& block, CParameterDeleter& deleter) {
+    while (!block.parameters.empty()) {
+        CParameter* const last = block.parameters.back();
+        CParameterBlock* const nested = AsBlock(last);
+        if (nested != nullptr && !nested->parameters.empty()) return nested;
+        block.parameters.pop_back();
+        deleter.Delete(last);
     }
-    list.resize(static_cast<std::size_t>(end - first));
-    return nested;
+    return nullptr;
 }
 
 // Destroys the tree below `root` from the ends of its lists, without recursion and without asking
 // for memory: on the way down a block's last entry keeps the way back up.
 void DestroyParameters(CParameterBlock& root) noexcept {
-    CReleaseBatch batch;
+    CParameterDeleter deleter;
     CParameterBlock* current = &root;
     CParameterBlock* parent = nullptr;
     for (;;) {
-        if (CParameterBlock* const nested = DestroyToNested(*current, batch)) {
+        if (CParameterBlock* const nested = DestroyToNested(*current, deleter)) {
             current->parameters.back() = parent;
             parent = current;
             current = nested;
             continue;
         }
         if (parent == nullptr) return;
-        DestroyParameter(current, batch);
+        deleter.Delete(current);
         current = parent;
         parent = static_cast<CParameterBlock*>(current->parameters.back());
         current->parameters.pop_back();
     }
 }
 
-template <typename Class>
-CParameter* CopyAs(CParameterArena& arena, CParameter const& source) {
-    return arena.Make<Class>(static_cast<Class const&>(source));
+void Append(CParameterBlock& block, std::unique_ptr<CParameter> parameter) {
+    block.parameters.push_back(parameter.get());
+    static_cast<void>(parameter.release());
 }
 
-CParameter* CopyValue(CParameterArena& arena, CParameter const& source) {
-    switch (source.type) {
-        case tagString:
-            return CopyAs<CStringParameter>(arena, source);
-        case tagInt:
-            return CopyAs<CIntParameter>(arena, source);
-        case tagDouble:
-            return CopyAs<CDoubleParameter>(arena, source);
-        case tagUInt64:
-            return CopyAs<CUInt64Parameter>(arena, source);
-        case tagFileId:
-            return CopyAs<CFileIdTypeParameter>(arena, source);
-        case tagBool:
-            return CopyAs<CBoolParameter>(arena, source);
-        case tagFloat:
-            return CopyAs<CFloatParameter>(arena, source);
-        case tagSInt64:
-            return CopyAs<CSInt64Parameter>(arena, source);
-        case tagBinaryBlock:
-            return CopyAs<CBinaryBlockParameter>(arena, source);
-        default:
-            return nullptr;
+// Null for a block and for an unknown type.
+std::unique_ptr<CParameter> CopyValue(CParameter const& source, CParameterPool& pool) {
+    std::unique_ptr<CParameter> copy;
+    if (source.type == tagBinaryBlock) {
+        copy = std::make_unique<CBinaryBlockParameter>(&source);
+    } else {
+        WithValueClass(source.type, [&](auto c) {
+            using Class = typename decltype(c)::type;
+            auto made = pool.Make<Class>();
+            *made = static_cast<Class const&>(source);
+            copy = std::move(made);
+            return true;
+        });
     }
-}
-
-CParameterBlock* CopyBlockHead(CParameterArena& arena, CParameterBlock const& source) {
-    return arena.Make<CParameterBlock>(CLoadedName{source.token, source.name});
+    return copy;
 }
 
 // Appends copies of the source's parameters to an empty block that is not part of the source.
@@ -110,30 +71,23 @@ void CopyTree(CParameterBlock const& source, CParameterBlock& target) {
         CParameterRange from;
         CParameterBlock* to;
     };
-    constexpr std::size_t usualParameterSize = 64;
-    CParameterArena arena(source.parameters.size() * usualParameterSize);
+    CParameterPool pool;
     std::vector<CLevel> open{{CParameterRange(source), &target}};
     target.parameters.reserve(source.parameters.size());
     while (!open.empty()) {
-        CParameter const* const original = open.back().from.Next();
+        CParameter* const original = open.back().from.Next();
+        CParameterBlock& to = *open.back().to;
         if (original == nullptr) {
             open.pop_back();
-            continue;
+        } else if (CParameterBlock const* block = AsBlock(original)) {
+            auto copy = pool.MakeBlock(block->parameters.size());
+            copy->name = block->name;
+            copy->token = block->token;
+            open.push_back({CParameterRange(*block), copy.get()});
+            Append(to, std::move(copy));
+        } else if (auto copy = CopyValue(*original, pool)) {
+            Append(to, std::move(copy));
         }
-        // The place in the list comes first, so that nothing is lost when memory runs out.
-        CParameterList& list = open.back().to->parameters;
-        if (original->type != tagBlock) {
-            if (original->type < tagString || original->type > tagBinaryBlock) continue;
-            list.push_back(nullptr);
-            list.back() = CopyValue(arena, *original);
-            continue;
-        }
-        auto const& block = static_cast<CParameterBlock const&>(*original);
-        list.push_back(nullptr);
-        CParameterBlock* const copy = CopyBlockHead(arena, block);
-        list.back() = copy;
-        copy->parameters.reserve(block.parameters.size());
-        open.push_back({CParameterRange(block), copy});
     }
 }
 
@@ -198,14 +152,9 @@ bool FindBlockFrom(CParameterBlock const& block, std::size_t start, const char* 
     return true;
 }
 
-void Append(CParameterBlock& block, std::unique_ptr<CParameter> parameter) {
-    block.parameters.push_back(parameter.get());
-    static_cast<void>(parameter.release());
-}
-
 }  // namespace
 
-CParameterBlock::CParameterBlock() : CParameterBlock(CLoadedName()) {}
+CParameterBlock::CParameterBlock() : CParameter(tag, {}) {}
 
 CParameterBlock::CParameterBlock(CProgress* observer, unsigned long total)
     : CParameter(tag, ""), progress(observer), progressTotal(total) {}
@@ -273,7 +222,14 @@ void CParameterBlock::AddParameter(const char* parameterName, CParameterBlock co
 }
 
 void CParameterBlock::AddParameter(const char* parameterName, CBinaryBlock* block) {
-    Append(*this, std::make_unique<CBinaryBlockParameter>(parameterName, block));
+    // The place comes first: a holder that found none would take the block with it.
+    parameters.push_back(nullptr);
+    try {
+        parameters.back() = new CBinaryBlockParameter(parameterName, block);
+    } catch (...) {
+        parameters.pop_back();
+        throw;
+    }
 }
 
 bool CParameterBlock::FindParameter(const char* parameterName, std::string* out,
@@ -349,7 +305,10 @@ void CParameterBlock::CopyParameters(CParameterBlock const* source) {
     TAVARIN_REQUIRE(source != nullptr);
     // The copies are whole before anything goes: the source may be a part of this very tree.
     CParameterBlock copy(nullptr, source);
-    parameters.swap(copy.parameters);
+    parameters.reserve(copy.parameters.size());
+    Clear();
+    parameters = copy.parameters;
+    copy.parameters.clear();
 }
 
 CParameterBlock& CParameterBlock::operator=(CParameterBlock const& source) {
@@ -359,8 +318,9 @@ CParameterBlock& CParameterBlock::operator=(CParameterBlock const& source) {
 
 CParameter& CParameterBlock::operator=(CParameter& source) {
     auto const& block = dynamic_cast<CParameterBlock const&>(source);
-    name = block.name;
+    std::string newName(block.name);
     CopyParameters(&block);
+    name.swap(newName);
     return *this;
 }
 

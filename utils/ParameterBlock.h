@@ -9,11 +9,9 @@
 #include <vector>
 
 #include "utils/ParameterBlockValues.h"
+#include "utils/ParameterList.h"
 
 class CFileName;
-
-/// The parameters of a block, in order: a vector whose memory may stand beside theirs.
-using CParameterList = std::vector<CParameter*, CParameterMemory<CParameter*>>;
 
 /// Watches a load and may stop it.
 class CProgress {
@@ -42,9 +40,11 @@ enum SessionStatus : int {
 /// body is a token of one byte (or four, from the 255th name on).
 ///
 /// Images are taken as untrusted: loading never reads past the given size, needs no recursion
-/// however deep blocks nest, and takes memory in proportion to the image. Names in a body may
-/// unfold to 16 bytes for each byte of the image and 16 MiB beyond; an image that asks for more
-/// does not load.
+/// however deep blocks nest, and takes memory in proportion to the image. What the tokens of one
+/// body unfold to is bounded by a gibibyte of names, and saving refuses what would exceed it.
+///
+/// When memory runs out, what answers a status or a size answers its failure; everything else
+/// throws std::bad_alloc and leaves its block as it was.
 ///
 /// One tree belongs to one thread at a time.
 class CParameterBlock : public CParameter {
@@ -63,12 +63,6 @@ public:
 
     /// No parameters and an empty name.
     CParameterBlock();
-
-    /// An empty block under a name from an image.
-    explicit CParameterBlock(CLoadedName const& loaded) : CParameter(tag, loaded) {}
-
-    /// The same for a short name.
-    explicit CParameterBlock(CShortName const& loaded) : CParameter(tag, loaded) {}
 
     /// An empty block under an empty name, watched by `observer` while it loads.
     CParameterBlock(CProgress* observer, unsigned long total);
@@ -197,9 +191,10 @@ public:
     /// Replaces the parameters by those of an image and returns the bytes consumed, or -1.
     ///
     /// It fails when the image ends before an entry's type, when an entry claims to be a binary
-    /// block, when names unfold beyond the bound above, and when the observer says so; the
-    /// parameters read until then stay. Less than the value of an entry leaves that entry's
-    /// default.
+    /// block, when names unfold beyond the bound above, when memory runs out and when the observer
+    /// says so; the parameters read until then stay. Less than the value of an entry leaves that
+    /// entry's default. A parameter is appended when it was read whole: the observer finds nothing
+    /// else here, and may change the list.
     long LoadBlock(std::vector<std::string> const* names, unsigned long size, void const* data);
     /// @}
 
@@ -230,10 +225,14 @@ public:
     /// Makes a session image of this tree in `data`, which becomes 32 zero bytes longer than the
     /// image, and returns the image's length.
     ///
-    /// The most frequent names get the lowest tokens, equally frequent ones in any order; the
-    /// tokens stay on the tree. Returns 0 and leaves everything as it was when no parameter has a
-    /// name or one holds a zero byte, with which it could not be read back. Returns 0 and leaves
-    /// `data` as it was when the image would exceed 4 GiB.
+    /// The most frequent names get the lowest tokens, equally frequent ones as the tree first uses
+    /// them; the tokens stay on the tree. A name ends at its first zero byte. Parameters of derived
+    /// classes save themselves by their own Save.
+    ///
+    /// Returns 0 and leaves everything as it was when no parameter has a name, when memory runs
+    /// out, and when the image could not be loaded: with a type that is none of ParameterTag, with
+    /// more than 2^24 - 1 names, or with names that unfold to more than the bound above. Returns 0
+    /// and leaves `data` as it was when the image would exceed 4 GiB.
     unsigned long SaveBinarySessionToMemory(const char* id, CFMutableDataRef data);
 
     /// Replaces name and parameters by those of a session image. Returns a SessionStatus; nothing

@@ -1,4 +1,5 @@
 #include <typeinfo>
+#include <utility>
 
 #include "platform/Assertion.h"
 #include "utils/ParameterBlockValues.h"
@@ -48,10 +49,15 @@ CBinaryBlockParameter::~CBinaryBlockParameter() {
 }
 
 CBinaryBlockParameter& CBinaryBlockParameter::operator=(CBinaryBlockParameter const& source) {
-    // The copy comes first so that a parameter may be assigned to itself.
-    CBinaryBlock* const copy = source.block != nullptr ? source.block->Copy() : nullptr;
-    delete block;
-    block = copy;
+    if (block == source.block) {
+        // What is assigned to itself must be copied while it is there.
+        CBinaryBlock* const copy = block != nullptr ? block->Copy() : nullptr;
+        delete block;
+        block = copy;
+    } else {
+        delete std::exchange(block, nullptr);
+        if (source.block != nullptr) block = source.block->Copy();
+    }
     name = source.name;
     return *this;
 }

@@ -36,27 +36,28 @@ bool ReadWhole(CFileName const* name, CFileBytes& out) {
 
 }  // namespace
 
-int CParameterBlock::SaveBinarySession(const char* id, CFileName const* file) {
+int CParameterBlock::SaveBinarySession(const char* id, CFileName const* file) try {
     const DataHolder data(CFDataCreateMutable(kCFAllocatorDefault, 0));
     const unsigned long length = SaveBinarySessionToMemory(id, data.get());
     if (length == 0) return sessionFileFailed;
-    try {
-        CFileIO output;
-        output.Open(file, true, true);
-        output.Write(length, CFDataGetBytePtr(data.get()));
-        output.Close();
-    } catch (CCodeException const&) {
-        return sessionFileFailed;
-    }
+    CFileIO output;
+    output.Open(file, true, true);
+    output.Write(length, CFDataGetBytePtr(data.get()));
+    output.Close();
     return sessionDone;
+} catch (CCodeException const&) {
+    return sessionFileFailed;
+} catch (std::bad_alloc const&) {
+    return sessionFileFailed;
 }
 
-int CParameterBlock::LoadBinarySession(std::vector<const char*> const* ids, CFileName const* file) {
+int CParameterBlock::LoadBinarySession(std::vector<const char*> const* ids,
+                                       CFileName const* file) try {
     CFileBytes image;
-    try {
-        if (!ReadWhole(file, image)) return sessionFileFailed;
-    } catch (CCodeException const&) {
-        return sessionFileFailed;
-    }
+    if (!ReadWhole(file, image)) return sessionFileFailed;
     return LoadBinarySessionFromMemory(ids, image.bytes.get(), image.length);
+} catch (CCodeException const&) {
+    return sessionFileFailed;
+} catch (std::bad_alloc const&) {
+    return sessionFileFailed;
 }

@@ -9,8 +9,23 @@
 
 namespace {
 
+using namespace codec;
+
 std::string OrEmpty(const char* text) {
     return text != nullptr ? text : "";
+}
+
+template <typename Value>
+Value OrEmpty(Value value) {
+    return value;
+}
+
+std::size_t LoadNameOf(CParameter& parameter, std::vector<std::string> const* names,
+                       std::size_t size, unsigned char const* data) {
+    const CNameBytes bytes = ReadName(names, parameter.token, size, data);
+    parameter.token = bytes.nToken;
+    if (bytes.fGiven) parameter.name = bytes.text;
+    return bytes.nConsumed;
 }
 
 template <typename Class>
@@ -32,19 +47,24 @@ std::string ValueText(KEL::FileIdType const&) {
     return "FileID";
 }
 
+std::string ValueText(std::string const& value) {
+    return value;
+}
+
 }  // namespace
 
 unsigned long CParameter::GetSizeOfName() const {
-    return codec::NameSize(*this);
+    return token == noToken ? ValueSize(name) : TokenSize(token);
 }
 
 unsigned long CParameter::SaveName(unsigned char* out) const {
-    return static_cast<unsigned long>(codec::StoreName(*this, out) - out);
+    unsigned char* const end = token == noToken ? SaveValue(name, out) : SaveToken(token, out);
+    return static_cast<unsigned long>(end - out);
 }
 
 unsigned int CParameter::LoadName(std::vector<std::string> const* names, unsigned int size,
                                   unsigned char const* data) {
-    return static_cast<unsigned int>(codec::LoadName(*this, names, size, data));
+    return static_cast<unsigned int>(LoadNameOf(*this, names, size, data));
 }
 
 void CParameter::AddNameToMap(std::map<std::string, int>& counts) const {
@@ -57,8 +77,8 @@ void CParameter::UpdateTokenFromMap(std::map<std::string, int> const& tokens) {
 }
 
 template <typename Value, std::uint32_t Tag>
-CValueParameter<Value, Tag>::CValueParameter(const char* parameterName, Value parameterValue)
-    : CParameter(Tag, OrEmpty(parameterName)), value(parameterValue) {}
+CValueParameter<Value, Tag>::CValueParameter(const char* parameterName, Argument parameterValue)
+    : CParameter(Tag, OrEmpty(parameterName)), value(OrEmpty(parameterValue)) {}
 
 template <typename Value, std::uint32_t Tag>
 CValueParameter<Value, Tag>::CValueParameter(CParameter const* source)
@@ -82,19 +102,19 @@ std::string CValueParameter<Value, Tag>::GetString() const {
 
 template <typename Value, std::uint32_t Tag>
 unsigned long CValueParameter<Value, Tag>::GetSize() const {
-    return codec::NameSize(*this) + codec::ValueSize(*this);
+    return GetSizeOfName() + ValueSize(value);
 }
 
 template <typename Value, std::uint32_t Tag>
 unsigned long CValueParameter<Value, Tag>::Save(unsigned long, unsigned char* out) const {
-    unsigned char* end = codec::StoreValue(*this, codec::StoreName(*this, out));
-    return static_cast<unsigned long>(end - out);
+    return static_cast<unsigned long>(SaveValue(value, out + SaveName(out)) - out);
 }
 
 template <typename Value, std::uint32_t Tag>
 unsigned long CValueParameter<Value, Tag>::Load(std::vector<std::string> const* names,
                                                 unsigned long size, unsigned char const* data) {
-    return codec::Load(*this, names, size, data);
+    const std::size_t nameBytes = LoadNameOf(*this, names, size, data);
+    return nameBytes + LoadValue(value, size - nameBytes, data + nameBytes);
 }
 
 template <typename Value, std::uint32_t Tag>
@@ -108,6 +128,7 @@ bool CValueParameter<Value, Tag>::operator==(CParameter const& other) const {
     return static_cast<CValueParameter const&>(other).value == value;
 }
 
+template class CValueParameter<std::string, tagString>;
 template class CValueParameter<std::int32_t, tagInt>;
 template class CValueParameter<double, tagDouble>;
 template class CValueParameter<unsigned long long, tagUInt64>;
@@ -115,45 +136,3 @@ template class CValueParameter<KEL::FileIdType, tagFileId>;
 template class CValueParameter<bool, tagBool>;
 template class CValueParameter<float, tagFloat>;
 template class CValueParameter<long long, tagSInt64>;
-
-CStringParameter::CStringParameter(const char* parameterName, const char* parameterValue)
-    : CParameter(tag, OrEmpty(parameterName)), value(OrEmpty(parameterValue)) {}
-
-CStringParameter::CStringParameter(CParameter const* source)
-    : CStringParameter(SameClass<CStringParameter>(source)) {}
-
-CStringParameter::CStringParameter(CStringParameter const& source)
-    : CParameter(tag, source.name), value(source.value) {}
-
-CStringParameter& CStringParameter::operator=(CStringParameter const& source) {
-    name = source.name;
-    value = source.value;
-    return *this;
-}
-
-std::string CStringParameter::GetString() const {
-    return value;
-}
-
-unsigned long CStringParameter::GetSize() const {
-    return codec::NameSize(*this) + codec::ValueSize(*this);
-}
-
-unsigned long CStringParameter::Save(unsigned long, unsigned char* out) const {
-    unsigned char* end = codec::StoreValue(*this, codec::StoreName(*this, out));
-    return static_cast<unsigned long>(end - out);
-}
-
-unsigned long CStringParameter::Load(std::vector<std::string> const* names, unsigned long size,
-                                     unsigned char const* data) {
-    return codec::Load(*this, names, size, data);
-}
-
-CParameter& CStringParameter::operator=(CParameter& source) {
-    return *this = dynamic_cast<CStringParameter const&>(source);
-}
-
-bool CStringParameter::operator==(CParameter const& other) const {
-    if (other.type != type || other.name != name) return false;
-    return static_cast<CStringParameter const&>(other).value == value;
-}

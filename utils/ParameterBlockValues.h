@@ -8,8 +8,6 @@
 #include <type_traits>
 #include <vector>
 
-#include "utils/ParameterMemory.h"
-
 /// \file
 /// Named, typed values that measure, write and read themselves in a compact binary form.
 ///
@@ -53,21 +51,6 @@ enum ParameterTag : std::uint32_t {
 
 /// The token of a parameter whose name is written inline.
 inline constexpr std::uint32_t noToken = 0xFFFFFFFF;
-
-/// What a name's bytes in an image say.
-struct CLoadedName {
-    std::uint32_t token = noToken;  ///< The name's token, or noToken for one that stands inline.
-    std::string_view text;          ///< The name; it stays in the image or in its table.
-};
-
-/// The same for a name so short that copying a fixed number of bytes is quicker.
-struct CShortName {
-    static constexpr std::size_t longest = 15;  ///< How long such a name can be, in bytes.
-
-    char text[longest + 1] = {};    ///< The name; what stands behind it does not matter.
-    std::uint32_t length = 0;       ///< Its length in bytes.
-    std::uint32_t token = noToken;  ///< As in CLoadedName.
-};
 
 /// A named value of one of ten types.
 class CParameter {
@@ -122,25 +105,10 @@ public:
     /// Sets the token to the one given for this name, or to 0 when there is none.
     void UpdateTokenFromMap(std::map<std::string, int> const& tokens);
 
-    /// Parameters that are loaded or copied together share larger pieces of memory.
-    static void* operator new(std::size_t size) { return AllocateParameterMemory(size); }
-
-    /// Gives that memory back, on any thread.
-    static void operator delete(void* memory) noexcept { ReleaseParameterMemory(memory); }
-
 protected:
     /// A parameter with a name and no token.
     CParameter(std::uint32_t parameterType, std::string_view parameterName)
         : type(parameterType), name(parameterName) {}
-
-    /// A parameter with the name that an image gives it.
-    CParameter(std::uint32_t parameterType, CLoadedName const& loaded)
-        : type(parameterType), token(loaded.token), name(loaded.text) {}
-    /// The same for a short one.
-    CParameter(std::uint32_t parameterType, CShortName const& loaded)
-        : type(parameterType), token(loaded.token), name(loaded.text, CShortName::longest) {
-        name.erase(loaded.length);
-    }
 };
 
 /// Compares two parameters of any classes. Being an exact match for them, it keeps `a == b` clear
@@ -151,25 +119,22 @@ bool operator==(First const& first, Second const& second) {
     return static_cast<CParameter const&>(first).operator==(static_cast<CParameter const&>(second));
 }
 
-/// A parameter whose value takes a fixed number of bytes. Its copies have no token.
+/// A parameter whose value has bytes in an image. Its copies have no token.
 template <typename Value, std::uint32_t Tag>
 class CValueParameter : public CParameter {
 public:
     static constexpr std::uint32_t tag = Tag;  ///< What `type` is in this class.
 
+    /// What a value is made from: a string from a text.
+    using Argument = std::conditional_t<std::is_same_v<Value, std::string>, const char*, Value>;
+
     Value value{};  ///< The value; for anybody to read and change.
 
     /// The default value under an empty name.
-    CValueParameter() : CValueParameter(CLoadedName()) {}
+    CValueParameter() : CParameter(Tag, {}) {}
 
-    /// The default value under a name from an image.
-    explicit CValueParameter(CLoadedName const& loaded) : CParameter(Tag, loaded) {}
-
-    /// The same for a short name.
-    explicit CValueParameter(CShortName const& loaded) : CParameter(Tag, loaded) {}
-
-    /// A null name leaves the name empty.
-    CValueParameter(const char* parameterName, Value parameterValue);
+    /// A null name or text is an empty one.
+    CValueParameter(const char* parameterName, Argument parameterValue);
 
     /// Copies name and value of a parameter of the same class; another one stops the process.
     explicit CValueParameter(CParameter const* source);
@@ -180,7 +145,7 @@ public:
     /// Copies name and value; the token stays.
     CValueParameter& operator=(CValueParameter const& source);
 
-    /// The number in decimal, 1 or 0 for a bool, "FileID" for a file identity.
+    /// A string itself, a number in decimal, 1 or 0 for a bool, "FileID" for a file identity.
     std::string GetString() const override;
 
     /// The name's bytes and the value's.
@@ -189,7 +154,8 @@ public:
     /// Writes the name and the value, little-endian.
     unsigned long Save(unsigned long available, unsigned char* out) const override;
 
-    /// Fewer bytes than the value's own leave it as it was.
+    /// Fewer bytes than the value's own leave it as it was. A string is emptied first, and stays
+    /// empty when its length exceeds what is left.
     unsigned long Load(std::vector<std::string> const* names, unsigned long size,
                        unsigned char const* data) override;
 
@@ -200,6 +166,32 @@ public:
     bool operator==(CParameter const& other) const override;
 };
 
+/// A string of any bytes; 32-bit length, then the bytes.
+using CStringParameter = CValueParameter<std::string, tagString>;
+
+/// A signed 32-bit number; 4 bytes.
+using CIntParameter = CValueParameter<std::int32_t, tagInt>;
+
+/// A double; 8 bytes. Compares as a number: a NaN equals nothing, 0.0 equals -0.0.
+using CDoubleParameter = CValueParameter<double, tagDouble>;
+
+/// An unsigned 64-bit number; 8 bytes.
+using CUInt64Parameter = CValueParameter<unsigned long long, tagUInt64>;
+
+/// The identity of a file; 16 bytes when read. Save stops the process: identities hold only while
+/// the process runs.
+using CFileIdTypeParameter = CValueParameter<KEL::FileIdType, tagFileId>;
+
+/// True or false; one byte, 1 or 0. Any other byte reads as true.
+using CBoolParameter = CValueParameter<bool, tagBool>;
+
+/// A float; 4 bytes. Compares as a number.
+using CFloatParameter = CValueParameter<float, tagFloat>;
+
+/// A signed 64-bit number; 8 bytes.
+using CSInt64Parameter = CValueParameter<long long, tagSInt64>;
+
+extern template class CValueParameter<std::string, tagString>;
 extern template class CValueParameter<std::int32_t, tagInt>;
 extern template class CValueParameter<double, tagDouble>;
 extern template class CValueParameter<unsigned long long, tagUInt64>;
@@ -207,95 +199,6 @@ extern template class CValueParameter<KEL::FileIdType, tagFileId>;
 extern template class CValueParameter<bool, tagBool>;
 extern template class CValueParameter<float, tagFloat>;
 extern template class CValueParameter<long long, tagSInt64>;
-
-/// A signed 32-bit number; 4 bytes.
-class CIntParameter : public CValueParameter<std::int32_t, tagInt> {
-public:
-    using CValueParameter::CValueParameter;
-    using CValueParameter::operator=;
-};
-
-/// A double; 8 bytes. Compares as a number: a NaN equals nothing, 0.0 equals -0.0.
-class CDoubleParameter : public CValueParameter<double, tagDouble> {
-public:
-    using CValueParameter::CValueParameter;
-    using CValueParameter::operator=;
-};
-
-/// An unsigned 64-bit number; 8 bytes.
-class CUInt64Parameter : public CValueParameter<unsigned long long, tagUInt64> {
-public:
-    using CValueParameter::CValueParameter;
-    using CValueParameter::operator=;
-};
-
-/// The identity of a file; 16 bytes when read. Save stops the process: identities hold only while
-/// the process runs.
-class CFileIdTypeParameter : public CValueParameter<KEL::FileIdType, tagFileId> {
-public:
-    using CValueParameter::CValueParameter;
-    using CValueParameter::operator=;
-};
-
-/// True or false; one byte, 1 or 0. Any other byte reads as true.
-class CBoolParameter : public CValueParameter<bool, tagBool> {
-public:
-    using CValueParameter::CValueParameter;
-    using CValueParameter::operator=;
-};
-
-/// A float; 4 bytes. Compares as a number.
-class CFloatParameter : public CValueParameter<float, tagFloat> {
-public:
-    using CValueParameter::CValueParameter;
-    using CValueParameter::operator=;
-};
-
-/// A signed 64-bit number; 8 bytes.
-class CSInt64Parameter : public CValueParameter<long long, tagSInt64> {
-public:
-    using CValueParameter::CValueParameter;
-    using CValueParameter::operator=;
-};
-
-/// A string of any bytes; 32-bit length, then the bytes. Its copies have no token.
-class CStringParameter : public CParameter {
-public:
-    static constexpr std::uint32_t tag = tagString;  ///< What `type` is in this class.
-
-    std::string value;  ///< The string; for anybody to read and change.
-
-    /// The empty string under an empty name.
-    CStringParameter() : CStringParameter(CLoadedName()) {}
-
-    /// The empty string under a name from an image.
-    explicit CStringParameter(CLoadedName const& loaded) : CParameter(tag, loaded) {}
-
-    /// The same for a short name.
-    explicit CStringParameter(CShortName const& loaded) : CParameter(tag, loaded) {}
-
-    /// A null name or value is an empty one.
-    CStringParameter(const char* parameterName, const char* parameterValue);
-
-    /// Copies name and value of a string parameter; another one stops the process.
-    explicit CStringParameter(CParameter const* source);
-
-    /// Copies name and value.
-    CStringParameter(CStringParameter const& source);
-
-    /// Copies name and value; the token stays.
-    CStringParameter& operator=(CStringParameter const& source);
-
-    std::string GetString() const override;
-    unsigned long GetSize() const override;
-    unsigned long Save(unsigned long available, unsigned char* out) const override;
-
-    /// The value is emptied first; it stays empty when its length exceeds what is left.
-    unsigned long Load(std::vector<std::string> const* names, unsigned long size,
-                       unsigned char const* data) override;
-    CParameter& operator=(CParameter& source) override;
-    bool operator==(CParameter const& other) const override;
-};
 
 /// A payload of the caller's own kind, shared by the parameters that hold it and gone with the
 /// last.

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include <typeinfo>
 #include <vector>
 
 #include "utils/ParameterBlock.h"
@@ -12,31 +11,16 @@ inline CParameterBlock* AsBlock(CParameter* parameter) {
     return static_cast<CParameterBlock*>(parameter);
 }
 
-/// How many entries ahead a walk along a list asks for their memory.
-inline constexpr std::ptrdiff_t prefetchDistance = 10;
-
-/// Asks for the memory of a parameter that a walk comes to soon: a tree may have grown all over the
-/// heap. The parameter may be null, and shorter than what is asked for.
-inline void PrefetchParameter(CParameter const* parameter) {
-    constexpr std::uintptr_t cacheLine = 64;
-    const auto address = reinterpret_cast<std::uintptr_t>(parameter);
-    __builtin_prefetch(parameter);
-    __builtin_prefetch(reinterpret_cast<void const*>(address + cacheLine));
-}
-
 /// A walk along a block's list that passes over null entries.
 class CParameterRange {
 public:
     explicit CParameterRange(CParameterBlock const& block)
-        : m_pNext(block.parameters.data()),
-          m_pEnd(block.parameters.data() + block.parameters.size()) {}
+        : m_pNext(block.parameters.begin()), m_pEnd(block.parameters.end()) {}
 
     /// The next parameter; null at the end.
     CParameter* Next() {
-        while (m_pNext != m_pEnd) {
-            if (m_pEnd - m_pNext > prefetchDistance) PrefetchParameter(m_pNext[prefetchDistance]);
+        while (m_pNext != m_pEnd)
             if (CParameter* parameter = *m_pNext++) return parameter;
-        }
         return nullptr;
     }
 
@@ -45,22 +29,30 @@ private:
     CParameter* const* m_pEnd;
 };
 
-/// Calls `visit` for every parameter under `root`, each block before what it holds. Its stack is on
-/// the heap: trees may nest deeper than a call stack reaches.
-template <typename Visit>
-void VisitTree(CParameterBlock const& root, Visit visit) {
-    std::vector<CParameterRange> open;
+/// Calls `visit` for every parameter under `root`, each block before what it holds; `enter` says
+/// what blocks are gone into. The stack of the walk is on the heap, because trees may nest deeper
+/// than a call stack reaches: a second walk on the stack of the first asks for no memory.
+template <typename Visit, typename Enter>
+void VisitTree(CParameterBlock const& root, Visit visit, Enter enter,
+               std::vector<CParameterRange>& stack) {
     CParameterRange range(root);
     for (;;) {
         while (CParameter* parameter = range.Next()) {
             visit(*parameter);
-            if (CParameterBlock* block = AsBlock(parameter)) {
-                open.push_back(range);
+            if (CParameterBlock* block = enter(parameter)) {
+                stack.push_back(range);
                 range = CParameterRange(*block);
             }
         }
-        if (open.empty()) return;
-        range = open.back();
-        open.pop_back();
+        if (stack.empty()) return;
+        range = stack.back();
+        stack.pop_back();
     }
+}
+
+/// The same through all blocks on a stack of its own.
+template <typename Visit>
+void VisitTree(CParameterBlock const& root, Visit visit) {
+    std::vector<CParameterRange> stack;
+    VisitTree(root, visit, AsBlock, stack);
 }

@@ -96,8 +96,9 @@ char* substituteToken(const char* token, char* text, const char* replacement) {
 }
 
 void PtoCcpy(char* destination, unsigned char const* source) {
-    std::memcpy(destination, source + 1, source[0]);
-    destination[source[0]] = '\0';
+    const std::size_t length = source[0];
+    std::memmove(destination, source + 1, length);
+    destination[length] = '\0';
 }
 
 std::int32_t CtoPcpy(unsigned char* destination, const char* source) {

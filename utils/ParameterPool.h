@@ -1,0 +1,182 @@
+#pragma once
+
+#include <algorithm>
+#include <atomic>
+#include <cstddef>
+#include <iterator>
+#include <memory>
+#include <new>
+#include <typeinfo>
+
+#include "utils/ParameterBlockCodec.h"
+
+/// A piece of memory that many parameters stand in. It goes when the pool that fills it and the
+/// last parameter in it are gone; parameters may go in any order and on any thread.
+class CParameterChunk {
+public:
+    static CParameterChunk* Make(std::size_t capacity) {
+        return ::new (::operator new(sizeof(CParameterChunk) + capacity)) CParameterChunk;
+    }
+
+    unsigned char* Memory() { return reinterpret_cast<unsigned char*>(this + 1); }
+
+    /// Trades the pool's hold for one of every parameter in it.
+    void Retire(std::size_t parameters) noexcept { Release(poolHold - parameters); }
+
+    void Release(std::size_t holds) noexcept {
+        if (m_nHolds.fetch_sub(holds, std::memory_order_acq_rel) == holds) ::operator delete(this);
+    }
+
+private:
+    static constexpr std::size_t poolHold = ~std::size_t{0} / 2;
+
+    std::atomic<std::size_t> m_nHolds{poolHold};
+};
+
+/// A parameter in a chunk. Whoever deletes it need not know: the class says how that is done.
+template <typename Class>
+struct CPooled final : Class {
+    explicit CPooled(CParameterChunk* chunk) : pChunk(chunk) {}
+
+    static void* operator new(std::size_t, void* place) { return place; }
+    static void operator delete(void*, void*) {}
+    static void operator delete(CPooled* parameter, std::destroying_delete_t) {
+        CParameterChunk* const chunk = parameter->pChunk;
+        parameter->~CPooled();
+        chunk->Release(1);
+    }
+
+    CParameterChunk* const pChunk;
+};
+
+/// Whether a parameter is of the very class that its type tells, so that what it does is known.
+inline bool IsOfOwnClass(CParameter const& parameter) {
+    struct CPair {
+        std::type_info const* own = nullptr;
+        std::type_info const* pooled = nullptr;
+    };
+    static constexpr auto pair = []<typename Class>(CClass<Class>) {
+        return CPair{&typeid(Class), &typeid(CPooled<Class>)};
+    };
+    static const CPair pairs[] = {{},
+                                  pair(CClass<CStringParameter>()),
+                                  pair(CClass<CIntParameter>()),
+                                  pair(CClass<CDoubleParameter>()),
+                                  pair(CClass<CUInt64Parameter>()),
+                                  pair(CClass<CFileIdTypeParameter>()),
+                                  pair(CClass<CParameterBlock>()),
+                                  pair(CClass<CBoolParameter>()),
+                                  pair(CClass<CFloatParameter>()),
+                                  pair(CClass<CSInt64Parameter>())};
+    if (parameter.type >= std::size(pairs)) return false;
+    std::type_info const* const actual = &typeid(parameter);
+    return actual == pairs[parameter.type].own || actual == pairs[parameter.type].pooled;
+}
+
+/// Makes the parameters of one load or one copy, close together.
+class CParameterPool {
+public:
+    CParameterPool() = default;
+    CParameterPool(CParameterPool const&) = delete;
+    CParameterPool& operator=(CParameterPool const&) = delete;
+    ~CParameterPool() { RetireChunk(); }
+
+    template <typename Class>
+    std::unique_ptr<Class> Make() {
+        return std::unique_ptr<Class>(Place<Class>(0));
+    }
+
+    /// A block whose list has room for so many entries, beside the block itself if they are few.
+    std::unique_ptr<CParameterBlock> MakeBlock(std::size_t entries) {
+        if (entries > mostEntriesBeside) {
+            auto block = Make<CParameterBlock>();
+            block->parameters.reserve(entries);
+            return block;
+        }
+        auto* const block = Place<CParameterBlock>(entries * sizeof(CParameter*));
+        block->parameters.Lend(reinterpret_cast<CParameter**>(block + 1), entries);
+        return std::unique_ptr<CParameterBlock>(block);
+    }
+
+private:
+    static constexpr std::size_t smallestChunk = 1024;
+    static constexpr std::size_t largestChunk = 32 * 1024;
+    static constexpr std::size_t mostEntriesBeside = 64;
+
+    template <typename Class>
+    CPooled<Class>* Place(std::size_t bytesBehind) {
+        using Pooled = CPooled<Class>;
+        static_assert(alignof(Pooled) == alignof(void*) &&
+                      sizeof(CParameterChunk) == alignof(void*));
+        const std::size_t size = sizeof(Pooled) + bytesBehind;
+        if (m_nRoom < size) StartChunk();
+        auto* const parameter = ::new (m_pNext) Pooled(m_pChunk);
+        m_pNext += size;
+        m_nRoom -= size;
+        ++m_nParameters;
+        return parameter;
+    }
+
+    void StartChunk() {
+        CParameterChunk* const chunk = CParameterChunk::Make(m_nNextSize - sizeof(CParameterChunk));
+        RetireChunk();
+        m_pChunk = chunk;
+        m_pNext = chunk->Memory();
+        m_nRoom = m_nNextSize - sizeof(CParameterChunk);
+        m_nParameters = 0;
+        m_nNextSize = std::min(m_nNextSize * 2, largestChunk);
+    }
+
+    void RetireChunk() noexcept {
+        if (m_pChunk != nullptr) m_pChunk->Retire(m_nParameters);
+    }
+
+    CParameterChunk* m_pChunk = nullptr;
+    unsigned char* m_pNext = nullptr;
+    std::size_t m_nRoom = 0;
+    std::size_t m_nParameters = 0;
+    std::size_t m_nNextSize = smallestChunk;
+};
+
+/// Deletes parameters, and tells a chunk of many at once.
+class CParameterDeleter {
+public:
+    CParameterDeleter() = default;
+    CParameterDeleter(CParameterDeleter const&) = delete;
+    CParameterDeleter& operator=(CParameterDeleter const&) = delete;
+    ~CParameterDeleter() { Tell(); }
+
+    void Delete(CParameter* parameter) {
+        if (parameter == nullptr) return;
+        const auto destroy = [&](auto c) {
+            return DestroyPooled<typename decltype(c)::type>(*parameter);
+        };
+        const bool destroyed = parameter->type == tagBlock
+                                   ? destroy(CClass<CParameterBlock>())
+                                   : WithValueClass(parameter->type, destroy);
+        if (!destroyed) delete parameter;
+    }
+
+private:
+    template <typename Class>
+    bool DestroyPooled(CParameter& parameter) {
+        using Pooled = CPooled<Class>;
+        if (&typeid(parameter) != &typeid(Pooled)) return false;
+        auto& pooled = static_cast<Pooled&>(static_cast<Class&>(parameter));
+        if (m_pChunk != pooled.pChunk) {
+            Tell();
+            m_pChunk = pooled.pChunk;
+        }
+        ++m_nDeleted;
+        pooled.~Pooled();
+        return true;
+    }
+
+    void Tell() noexcept {
+        if (m_pChunk != nullptr) m_pChunk->Release(m_nDeleted);
+        m_nDeleted = 0;
+    }
+
+    CParameterChunk* m_pChunk = nullptr;
+    std::size_t m_nDeleted = 0;
+};
