@@ -85,6 +85,7 @@ void DrawFocus(NSView* view) {
 
 // Not in the nib, whose images are not in the colours of the scheme.
 - (void)awakeFromNib {
+    [super awakeFromNib];
     [self setImage:Lamp(false)];
     [self setAlternateImage:Lamp(true)];
     // What belongs to the state that is on includes a title.
