@@ -109,11 +109,11 @@ void DrawArrow(NSRect rect, bool fEnabled) {
                          arrow.height),
               [self isEnabled]);
     DrawTitle([[self selectedItem] title], [self TitleRect:frame besides:arrowSpace],
-              [self controlSize], NSCenterTextAlignment, [self TitleColour]);
+              [self controlSize], NSTextAlignmentCenter, [self TitleColour]);
 }
 
 - (NSRect)TitleRect:(NSRect)frame besides:(float)arrowSpace {
-    const bool fSmall = [self controlSize] == NSSmallControlSize;
+    const bool fSmall = [self controlSize] == NSControlSizeSmall;
     const CGFloat lower = fSmall ? 3.0 : 1.0;
     const CGFloat shorter = fSmall ? 3.0 : 2.0;
     return NSMakeRect(frame.origin.x, frame.origin.y + lower,

@@ -1,5 +1,5 @@
-// What overrides awakeFromNib calls it for its superclass too: macOS demands that. GNUstep has no such
-// method to call.
+// What overrides awakeFromNib calls it for its superclass too: macOS demands that. GNUstep has no
+// such method to call.
 
 #import <AppKit/AppKit.h>
 
