@@ -18,8 +18,8 @@ plugin_packages="lv2-dev"
 plugin_host_packages="lilv-utils sordi jalv jackd2 libjack-jackd2-dev"
 # A display for the windows where there is none, and a pointer to click with.
 display_packages="xvfb openbox xdotool"
-# What a build for macOS takes, besides a compiler from npm.
-mac_packages="googletest llvm dpkg-dev"
+# What a build for macOS takes, besides a compiler from npm, and what reads Objective-C++ as Apple's.
+mac_packages="googletest llvm dpkg-dev clang"
 # What the speed is compared with; measuring goes without what is missing.
 bench_packages="python3 libbenchmark-dev libmsgpack-cxx-dev rapidjson-dev libprotobuf-dev protobuf-compiler
     libzmq3-dev libnng-dev libdbus-1-dev"
