@@ -6,6 +6,7 @@
 #include "colours/ComponentColour.h"
 #include "colours/DefaultColours.h"
 #include "platform/Assertion.h"
+#import "platform/BundleImage.h"
 
 namespace {
 
@@ -18,11 +19,9 @@ bool HasNib(NSBundle* bundle, NSString* nib) {
 // Nibs find their images by name. Not every AppKit looks for a name in the bundle of the nib.
 void NameImages(NSBundle* bundle) {
     for (NSString* name : {@"TavarinProLink_Logo", @"TavarinProLink_Mark"}) {
-        NSString* path = [bundle pathForResource:name ofType:@"png"];
-        if (path == nil || [NSImage imageNamed:name] != nil) continue;
+        if ([NSImage imageNamed:name] != nil) continue;
         // The name keeps the image: it lives as long as the process, once for all views.
-        NSImage* image = [[NSImage alloc] initWithContentsOfFile:path];
-        [image setName:name];
+        [MakeBundleImage(bundle, name) setName:name];
     }
 }
 

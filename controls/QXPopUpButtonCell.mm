@@ -2,6 +2,7 @@
 
 #include "colours/ComponentCodes.h"
 #import "controls/CellDrawing.h"
+#import "platform/BundleImage.h"
 
 namespace {
 
@@ -10,10 +11,7 @@ constexpr CGFloat kArrowOpacity = 0.9;
 constexpr CGFloat kArrowOpacityDisabled = 0.3;
 
 NSImage* LoadArrow() {
-    NSString* path =
-        [[NSBundle bundleForClass:[QXPopUpButtonCell class]] pathForResource:@"PopupArrow"
-                                                                      ofType:@"png"];
-    return path == nil ? nil : [[NSImage alloc] initWithContentsOfFile:path];
+    return MakeBundleImage([NSBundle bundleForClass:[QXPopUpButtonCell class]], @"PopupArrow");
 }
 
 /// All pop-ups' arrow, loaded when it is first drawn; nil when there is none.

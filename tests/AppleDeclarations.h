@@ -10,6 +10,10 @@
 - (BOOL)setAttributes:(NSDictionary*)attributes ofItemAtPath:(NSString*)path error:(NSError**)error;
 @end
 
+@interface NSBundle (AppleDeclarations)
+- (NSImage*)imageForResource:(NSString*)name;
+@end
+
 extern NSString* const NSFileBusy;
 
 // Names that Apple has replaced and GNUstep knows the successors of.
