@@ -152,6 +152,7 @@ QXButtonCell* OwnCell(NSButton* button) {
 @implementation TavarinProLink_ToggleButton
 
 - (void)awakeFromNib {
+    [super awakeFromNib];
     [self setImage:RoomForTheLamp()];
     [self setAlternateImage:RoomForTheLamp()];
     // What belongs to the state that is on includes a title.

@@ -41,6 +41,7 @@ void TakeCapture(TavarinProAPTLink_ViewController* view, paramPostAnalyze const&
 @implementation TavarinProAPTLink_ViewController
 
 - (void)awakeFromNib {
+    [super awakeFromNib];
     m_lGuideStart = m_lGuideEnd = kNotYet;
     m_lDubStart = m_lDubEnd = kNotYet;
     m_fAudioSuite = true;

@@ -23,6 +23,7 @@ void TakeCapture(TavarinProDoublerLink_ViewController* view, paramPostAnalyze co
 @implementation TavarinProDoublerLink_ViewController
 
 - (void)awakeFromNib {
+    [super awakeFromNib];
     m_lInputStart = m_lInputEnd = kNotYet;
     m_fAudioSuite = true;
 }

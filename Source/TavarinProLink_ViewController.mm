@@ -56,6 +56,7 @@ void ShowTracks(TavarinProLink_ViewController* view, std::vector<std::string> co
 @implementation TavarinProLink_ViewController
 
 - (void)awakeFromNib {
+    [super awakeFromNib];
     m_nCurrentHost = -1;
     [self FillTrackList:nil];
     [[NSNotificationCenter defaultCenter] addObserver:self

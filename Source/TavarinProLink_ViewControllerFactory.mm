@@ -9,6 +9,7 @@
 #import "controls/QXButtonCell.h"
 #import "controls/QXPopUpButtonCell.h"
 #include "platform/Assertion.h"
+#import "platform/BundleImage.h"
 
 namespace {
 
@@ -34,11 +35,9 @@ void ReportForeignClasses() {
 // Nibs find their images by name. Not every AppKit looks for a name in the bundle of the nib.
 void NameImages(NSBundle* bundle) {
     for (NSString* name : {@"TavarinProLink_Logo", @"TavarinProLink_Mark"}) {
-        NSString* path = [bundle pathForResource:name ofType:@"png"];
-        if (path == nil || [NSImage imageNamed:name] != nil) continue;
+        if ([NSImage imageNamed:name] != nil) continue;
         // The name keeps the image: it lives as long as the process, once for all views.
-        NSImage* image = [[NSImage alloc] initWithContentsOfFile:path];
-        [image setName:name];
+        [MakeBundleImage(bundle, name) setName:name];
     }
 }
 

@@ -90,7 +90,6 @@ else()
     set(pc_realtime -lrt)
     set(pc_appkit_libs -ltavarin_coregraphics -lgnustep-gui -lgnustep-base -lobjc -lm)
     set(pc_appkit_cflags "-I\${includedir}/platform/gnustep")
-    set(pc_drawing -ltavarin_drawing)
     foreach(class QXButtonCell QXPopUpButtonCell ColoredTextField)
         list(APPEND pc_keep_classes "-Wl,--undefined=__objc_class_name_${class}")
     endforeach()
@@ -107,7 +106,7 @@ if(TARGET tavarin_colours)
 endif()
 if(TARGET tavarin_controls)
     tavarin_add_pkgconfig(tavarin-controls "controls in the colours of the scheme"
-        REQUIRES tavarin-colours LIBS ${pc_keep_classes} -ltavarin_controls ${pc_drawing})
+        REQUIRES tavarin-colours LIBS ${pc_keep_classes} -ltavarin_controls -ltavarin_drawing)
 endif()
 
 # tavarin_install_bundle(<module> <component> <directory>). On macOS CMake installs the whole bundle;

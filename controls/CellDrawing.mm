@@ -12,9 +12,9 @@ constexpr std::int32_t kTopToBottom = 1;
 
 CGFloat FontSize(NSControlSize size) {
     switch (size) {
-        case NSMiniControlSize:
+        case NSControlSizeMini:
             return 8.0;
-        case NSSmallControlSize:
+        case NSControlSizeSmall:
             return 10.0;
         default:
             return 12.0;

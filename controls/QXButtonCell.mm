@@ -60,7 +60,7 @@
 - (NSRect)drawTitle:(NSAttributedString*)title withFrame:(NSRect)frame inView:(NSView*)view {
     const bool fImageLeft = [self imagePosition] == NSImageLeft;
     DrawTitle([title string], frame, [self controlSize],
-              fImageLeft ? NSLeftTextAlignment : NSCenterTextAlignment, ccControlText);
+              fImageLeft ? NSTextAlignmentLeft : NSTextAlignmentCenter, ccControlText);
     return frame;
 }
 

@@ -2,6 +2,7 @@
 
 #include "colours/ComponentCodes.h"
 #import "controls/CellDrawing.h"
+#import "platform/BundleImage.h"
 
 namespace {
 
@@ -10,13 +11,7 @@ constexpr CGFloat kArrowOpacity = 0.9;
 constexpr CGFloat kArrowOpacityDisabled = 0.3;
 
 NSImage* LoadArrow() {
-    NSBundle* bundle = [NSBundle bundleForClass:[QXPopUpButtonCell class]];
-    NSString* path = [bundle pathForResource:@"PopupArrow" ofType:@"png"];
-    // A bundle may remember that a resource was missing.
-    if (path == nil) {
-        path = [[bundle resourcePath] stringByAppendingPathComponent:@"PopupArrow.png"];
-    }
-    return path == nil ? nil : [[NSImage alloc] initWithContentsOfFile:path];
+    return MakeBundleImage([NSBundle bundleForClass:[QXPopUpButtonCell class]], @"PopupArrow");
 }
 
 /// All pop-ups' arrow, loaded when it is first drawn; nil as long as there is none.
@@ -113,11 +108,11 @@ void DrawArrow(NSRect rect, bool fEnabled) {
                          arrow.height),
               [self isEnabled]);
     DrawTitle([[self selectedItem] title], [self TitleRect:frame besides:arrowSpace],
-              [self controlSize], NSCenterTextAlignment, [self TitleColour]);
+              [self controlSize], NSTextAlignmentCenter, [self TitleColour]);
 }
 
 - (NSRect)TitleRect:(NSRect)frame besides:(float)arrowSpace {
-    const bool fSmall = [self controlSize] == NSSmallControlSize;
+    const bool fSmall = [self controlSize] == NSControlSizeSmall;
     const CGFloat lower = fSmall ? 3.0 : 1.0;
     const CGFloat shorter = fSmall ? 3.0 : 2.0;
     return NSMakeRect(frame.origin.x, frame.origin.y + lower,

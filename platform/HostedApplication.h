@@ -11,5 +11,6 @@
 /// with a reason when no window can be shown here.
 bool StartHostedApplication(std::string* strReason);
 
-/// Handles what waits for the application's windows, and returns. To be called regularly.
+/// Handles what waits for the application's windows, and returns. To be called regularly. Does
+/// nothing where the workstation's own event loop serves every window of the process.
 void TurnRunLoop();

@@ -89,7 +89,7 @@ NSString* StatusText(CPlugInAccess const& plugIn) {
         [control setTitle:button.title];
         [control setButtonType:NSToggleButton];
         [control setImagePosition:NSImageLeft];
-        [control setAlignment:NSLeftTextAlignment];
+        [control setAlignment:NSTextAlignmentLeft];
         [control setFont:[NSFont boldSystemFontOfSize:kTextSize]];
         // What a nib would do: the button takes its lamps.
         [control awakeFromNib];
@@ -174,8 +174,8 @@ struct CPlugInWindow::CContents {
         const NSSize size = [picture frame].size;
         window = [[NSWindow alloc]
             initWithContentRect:NSMakeRect(80, 120, size.width, size.height + kStripHeight)
-                      styleMask:NSTitledWindowMask | NSClosableWindowMask |
-                                NSMiniaturizableWindowMask
+                      styleMask:NSWindowStyleMaskTitled | NSWindowStyleMaskClosable |
+                                NSWindowStyleMaskMiniaturizable
                         backing:NSBackingStoreBuffered
                           defer:NO];
         [window setReleasedWhenClosed:NO];

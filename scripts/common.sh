@@ -18,8 +18,8 @@ plugin_packages="lv2-dev"
 plugin_host_packages="lilv-utils sordi jalv jackd2 libjack-jackd2-dev"
 # A display for the windows where there is none, and a pointer to click with.
 display_packages="xvfb openbox xdotool"
-# What a build for macOS takes, besides a compiler from npm.
-mac_packages="googletest llvm dpkg-dev"
+# What a build for macOS takes, besides a compiler from npm, and what reads Objective-C++ as Apple's.
+mac_packages="googletest llvm dpkg-dev clang"
 # What searches the model of the word protocol, and compiles the searches.
 model_packages="spin gcc libc6-dev"
 # What the speed is compared with; measuring goes without what is missing.

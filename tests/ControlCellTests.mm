@@ -330,7 +330,7 @@ struct CSize {
 };
 
 const CSize kSizes[] = {
-    {NSRegularControlSize, 12, 1, 2}, {NSSmallControlSize, 10, 3, 3}, {NSMiniControlSize, 8, 1, 2}};
+    {NSControlSizeRegular, 12, 1, 2}, {NSControlSizeSmall, 10, 3, 3}, {NSControlSizeMini, 8, 1, 2}};
 
 TEST_F(ControlCells, ButtonWritesItsPlainTitle) {
     NSAttributedString* title = [[[NSAttributedString alloc]
@@ -353,7 +353,7 @@ TEST_F(ControlCells, ButtonWritesItsPlainTitle) {
                 });
                 ASSERT_EQ(calls.m_texts.size(), 1u);
                 ExpectText(calls.m_texts[0], "Other", kFrame, size.dFont,
-                           fImageLeft ? NSLeftTextAlignment : NSCenterTextAlignment, ccControlText);
+                           fImageLeft ? NSTextAlignmentLeft : NSTextAlignmentCenter, ccControlText);
             }
         }
     }
@@ -401,7 +401,7 @@ TEST_F(ControlCells, PopUpWritesTheSelectedTitleBesideItsArrow) {
                 const double dSpace = fReadOnly ? 0 : arrow.width + 4;
                 ExpectText(calls.m_texts[0], "Second",
                            NSMakeRect(20, 10 + size.dLower, 100 - dSpace, 40 - size.dShorter),
-                           size.dFont, NSCenterTextAlignment,
+                           size.dFont, NSTextAlignmentCenter,
                            fEnabled || fReadOnly ? ccControlText : ccControlTextDisabled);
                 EXPECT_TRUE(NSEqualRects(calls.m_images[0].rect,
                                          NSMakeRect(120 - dSpace, 10 + (40 - arrow.height) * 0.5,

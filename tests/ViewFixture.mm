@@ -62,7 +62,7 @@ NSWindow* CViewTest::Show(NSViewController* controller) {
     NSView* view = [controller view];
     const NSRect frame = NSMakeRect(200, 300, [view frame].size.width, [view frame].size.height);
     NSWindow* window = [[NSWindow alloc] initWithContentRect:frame
-                                                   styleMask:NSTitledWindowMask
+                                                   styleMask:NSWindowStyleMaskTitled
                                                      backing:NSBackingStoreBuffered
                                                        defer:NO];
     [window setReleasedWhenClosed:NO];

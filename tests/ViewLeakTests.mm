@@ -11,7 +11,7 @@ protected:
     void SetUp() override {
         CViewTest::SetUp();
         m_window = [[NSWindow alloc] initWithContentRect:NSMakeRect(200, 300, 420, 232)
-                                               styleMask:NSTitledWindowMask
+                                               styleMask:NSWindowStyleMaskTitled
                                                  backing:NSBackingStoreBuffered
                                                    defer:NO];
         [m_window setReleasedWhenClosed:NO];

@@ -52,9 +52,9 @@ struct CSize {
 };
 
 const CSize kSizes[] = {
-    {@"Regular", NSRegularControlSize, 20, 18},
-    {@"Small", NSSmallControlSize, 18, 18},
-    {@"Mini", NSMiniControlSize, 15, 13},
+    {@"Regular", NSControlSizeRegular, 20, 18},
+    {@"Small", NSControlSizeSmall, 18, 18},
+    {@"Mini", NSControlSizeMini, 15, 13},
 };
 
 /// One column of samples.

@@ -25,7 +25,8 @@ NSView* LoadGallery(std::string const& strPath) {
     const NSRect frame = [gallery frame];
     m_window = [[NSWindow alloc]
         initWithContentRect:NSMakeRect(40, 60, frame.size.width, frame.size.height)
-                  styleMask:NSTitledWindowMask | NSClosableWindowMask | NSMiniaturizableWindowMask
+                  styleMask:NSWindowStyleMaskTitled | NSWindowStyleMaskClosable |
+                            NSWindowStyleMaskMiniaturizable
                     backing:NSBackingStoreBuffered
                       defer:NO];
     [m_window setReleasedWhenClosed:NO];

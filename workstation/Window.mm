@@ -152,8 +152,8 @@ double ToPosition(NSTextField* field) {
 
 - (void)OnFileTake:(id)sender {
     NSOpenPanel* panel = [NSOpenPanel openPanel];
-    if ([panel runModal] != NSOKButton) return;
-    [self TakeStep:StepKind::Capture text:[[[panel filenames] objectAtIndex:0] UTF8String]];
+    if ([panel runModal] != NSModalResponseOK) return;
+    [self TakeStep:StepKind::Capture text:[[[[panel URLs] objectAtIndex:0] path] UTF8String]];
 }
 
 - (void)OnRender:(id)sender {
@@ -178,11 +178,12 @@ double ToPosition(NSTextField* field) {
     const std::size_t nRows = 2;
     const CGFloat width = kGap + nColumns * (kPanelWidth + kGap);
     const CGFloat height = kGap + kLogHeight + kGap + nRows * (kPanelHeight + kGap);
-    m_window = [[NSWindow alloc]
-        initWithContentRect:NSMakeRect(40, 60, width, height)
-                  styleMask:NSTitledWindowMask | NSClosableWindowMask | NSMiniaturizableWindowMask
-                    backing:NSBackingStoreBuffered
-                      defer:NO];
+    m_window =
+        [[NSWindow alloc] initWithContentRect:NSMakeRect(40, 60, width, height)
+                                    styleMask:NSWindowStyleMaskTitled | NSWindowStyleMaskClosable |
+                                              NSWindowStyleMaskMiniaturizable
+                                      backing:NSBackingStoreBuffered
+                                        defer:NO];
     [m_window setReleasedWhenClosed:NO];
     [m_window setTitle:@"Tavarin workstation"];
     NSView* desk = [[[TavarinWorkstation_Desk alloc] initWithFrame:NSZeroRect] autorelease];

@@ -35,7 +35,7 @@ TavarinProDoublerLink_ViewController* MakeView(NSBundle* bundle) {
 NSWindow* Show(NSViewController* view) {
     NSWindow* window =
         [[NSWindow alloc] initWithContentRect:[[view view] bounds]
-                                    styleMask:NSTitledWindowMask | NSClosableWindowMask
+                                    styleMask:NSWindowStyleMaskTitled | NSWindowStyleMaskClosable
                                       backing:NSBackingStoreBuffered
                                         defer:NO];
     [window setReleasedWhenClosed:NO];

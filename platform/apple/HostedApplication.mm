@@ -8,14 +8,6 @@ bool StartHostedApplication(std::string* strReason) {
     return true;
 }
 
-void TurnRunLoop() {
-    for (;;) {
-        NSEvent* event = [NSApp nextEventMatchingMask:NSEventMaskAny
-                                            untilDate:[NSDate distantPast]
-                                               inMode:NSDefaultRunLoopMode
-                                              dequeue:YES];
-        if (event == nil) break;
-        [NSApp sendEvent:event];
-    }
-    [NSApp updateWindows];
-}
+// A process has one application and one queue of events, and the workstation's own loop hands out
+// those of every window. Taking any of them here would be taking the workstation's.
+void TurnRunLoop() {}
