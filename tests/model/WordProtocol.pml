@@ -31,18 +31,19 @@
  *   READS_AT_ONCE   the watch reads all words in one step, and looks at all clients in one: fewer
  *                   states, for searches that are about something else
  *   NO_LOOKS        the host never looks around, for searches in which nobody dies
- *   OWN_WORDS       each window is compared with words of its own, marked anew
  *
  * Rules that are wrong, for the check to find out:
  *   OLD_RULE        a client leaves the reply's waiters at its deadline without the enter lock
  *   WINDOWS=1, 2    so many windows are enough for a verdict
  *   NO_MARK         a client that goes through its exchange within a window leaves no trace
+ *   OWN_WORDS       each window is compared with words of its own, and marked anew
  *   NO_GATE         the holder may be one that waits for a reply which is still owed
  *   NO_COMMAND_GATE the holder may be one that waits for the host to take a command
  *   ANY_STEP        a step that gets on is as good a proof as an attempt in vain
  *   HOST_OWES       the host judges between the enter lock and the command
  *   LATE_TEXT       the farewell is written whenever somebody seems to wait
  *   NO_ROUND        where nobody is inside no door is opened
+ *   STOP_AND_JOIN   a host that stops joins the waiters of a condition that it has left by itself
  *   REPLIES_ONLY    not a rule: only the replies are looked at, to see what a wrong rule does to them
  */
 
@@ -358,6 +359,13 @@ leave:
 
 /* The host. */
 
+inline JoinWaitersForRequest() {
+    AcquireWord(HOST, ENTER(REQUEST));
+    w[WAITERS(REQUEST)]++;
+    ReleaseWord(HOST, MUTEX);
+    ReleaseWord(HOST, ENTER(REQUEST))
+}
+
 #define NEW_REQUEST (w[PENDING] != 0 && !taken)
 
 /* Whatever the verdict rests on is forgotten when the host gets on. */
@@ -447,6 +455,12 @@ inline PutToRestAlone() {
 #else
 #define MARK_PENDING if :: w[PENDING] == 1 -> w[PENDING] = 2 :: else fi
 #define PASSAGE_UNSEEN (seen[PENDING] == 1)
+#endif
+
+#ifdef STOP_AND_JOIN
+#define JOIN_CLOSED && false
+#else
+#define JOIN_CLOSED
 #endif
 
 /* Where it is asked whether everybody ends, the host looks around after each attempt in vain, and
@@ -596,7 +610,6 @@ inline SendEverybodyAway() {
 }
 
 proctype Host() {
-    bool ending;
     byte seen[WORDS];
     byte word;
     byte other;
@@ -611,11 +624,7 @@ have:
            :: !NEW_REQUEST && closed -> ReleaseWord(HOST, MUTEX); goto away
            :: !NEW_REQUEST && !closed
            fi;
-           /* JoinWaitersForRequest */
-           AcquireWord(HOST, ENTER(REQUEST));
-           w[WAITERS(REQUEST)]++;
-           ReleaseWord(HOST, MUTEX);
-           ReleaseWord(HOST, ENTER(REQUEST));
+           JoinWaitersForRequest();
            /* AwaitRequest */
 endIdle:
            do
@@ -643,6 +652,7 @@ reply:
            fi;
            buffer = ANSWER + request;
            text = 0;
+written:
            w[PENDING] = 0;
 notify:
            if
@@ -652,38 +662,26 @@ notify:
               :: d_step { w[ENTER(REPLY)] != 1 -> Disown(HOST, ENTER(REPLY)) }; goto notify
               fi
            :: w[ENTER(REPLY)] != 0 ->
-              /* Not for a while: whoever looks around may not have the mutex. */
+              /* AwaitFreeEnterLock: who goes into the condition or comes out may need the mutex. */
               ReleaseWord(HOST, MUTEX);
-              if
-              :: closed -> goto away
-              :: Judge(rested)
-#ifndef EVERYBODY_ENDS
-              :: true
-#endif
-              fi;
               do
-              :: SwapIn(HOST, MUTEX);
-                 if
-                 :: w[MUTEX] == 1 -> break
-                 :: d_step { w[MUTEX] != 1 -> Disown(HOST, MUTEX) }
-                 fi
-              :: VAIN_ATTEMPT(MUTEX) Judge(rested)
-              :: d_step { w[MUTEX] != 0 && closed -> ForgetLooks() }; goto away
+              :: w[ENTER(REPLY)] == 0 -> break
+              :: VAIN_ATTEMPT(ENTER(REPLY)) Judge(rested)
+              :: d_step { w[ENTER(REPLY)] != 0 && closed -> ForgetLooks() }; goto served
               od;
+              StandForMutex(again);
+again:
               if
-              :: d_step { NEW_REQUEST -> ForgetLooks() }; goto read
-              :: !NEW_REQUEST -> goto notify
+              :: NEW_REQUEST -> goto read
+              :: !NEW_REQUEST -> goto written
               fi
            fi;
-           /* JoinWaitersForRequest: before its client can come back with the next one */
+           /* The host waits for the next request before the client can come back with it; not in a closed
+            * segment, where it may have left its place among the waiters without taking the command. */
            request = 0;
            if
-           :: d_step { closed -> ending = true }; ReleaseWord(HOST, MUTEX)
-           :: !closed ->
-              AcquireWord(HOST, ENTER(REQUEST));
-              w[WAITERS(REQUEST)]++;
-              ReleaseWord(HOST, MUTEX);
-              ReleaseWord(HOST, ENTER(REQUEST))
+           :: closed JOIN_CLOSED -> ReleaseWord(HOST, MUTEX)
+           :: else -> JoinWaitersForRequest()
            fi;
            /* NotifyOneEntered */
            if
@@ -692,7 +690,7 @@ notify:
               do
               :: d_step {
                      w[COMMAND(REPLY)] == 0 -> w[COMMAND(REPLY)] = 1;
-                     owner[ENTER(REPLY)] = HANDED_OVER;
+                     Own(ENTER(REPLY), HANDED_OVER);
                      ForgetLooks()
                  }
                  break
@@ -701,10 +699,7 @@ notify:
 #endif
               od
            fi;
-           if
-           :: ending -> goto served
-           :: !ending -> goto endIdle
-           fi;
+           goto endIdle;
 rested:
            request = 0;
            goto have;
