@@ -143,7 +143,12 @@ Holder CHolderWatch::EndWindow() {
         return Holder::Doubtful;
     }
     if (m_nWindow == kWindowsOfAProof) return Holder::Gone;
-    if (auto fresh = ThreadsThatMap(m_nDescriptor)) m_threads = std::move(*fresh);
+    auto fresh = ThreadsThatMap(m_nDescriptor);
+    if (!fresh) {
+        GiveUp();
+        return Holder::Fine;
+    }
+    m_threads = std::move(*fresh);
     ++m_nWindow;
     return Holder::Fine;
 }
