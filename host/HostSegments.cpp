@@ -1,6 +1,9 @@
 #include "host/HostSegments.h"
 
+#include <sys/file.h>
+
 #include <boost/interprocess/exceptions.hpp>
+#include <cerrno>
 #include <system_error>
 #include <utility>
 
@@ -40,6 +43,16 @@ shared_memory_object CreateObject(std::string const& name, std::size_t nSize) {
     }
 }
 
+// A process keeps its own directory segment locked as long as it lives, so a hung host is told from
+// a dead one.
+bool IsHeldByAProcess(int nDescriptor) {
+    if (flock(nDescriptor, LOCK_EX | LOCK_NB) == 0) {
+        flock(nDescriptor, LOCK_UN);
+        return false;
+    }
+    return errno == EWOULDBLOCK;
+}
+
 void RefuseLiveHost() {
     try {
         const CMappedSegment existing(szDirectorySegment);
@@ -49,8 +62,7 @@ void RefuseLiveHost() {
             throw CHostSegmentError("a host application is already running (host id " +
                                     std::to_string(pDirectory->nCurrentHost) + "); quit it first");
         }
-        // One that hangs is still there; one that died is not.
-        if (IsHeldByAProcess(szDirectorySegment, existing.Descriptor())) {
+        if (IsHeldByAProcess(existing.Descriptor())) {
             throw CHostSegmentError(
                 "another host holds the link's directory but does not answer; end that process "
                 "first");
@@ -87,9 +99,9 @@ bool COwnedSegment::TakeNameOf(COwnedSegment& other) noexcept {
     return true;
 }
 
-CHostDirectory::CHostDirectory()
-    : m_segment(ClaimDirectory(), sizeof(DirectoryRecord)),
-      m_mark(szDirectorySegment, m_segment.Descriptor()) {}
+CHostDirectory::CHostDirectory() : m_segment(ClaimDirectory(), sizeof(DirectoryRecord)) {
+    flock(m_segment.Descriptor(), LOCK_EX | LOCK_NB);
+}
 
 CHostMessageSegment::CHostMessageSegment(int nId, SegmentName name)
     : m_segment(FreeName(MessageSegmentName(nId, name)), MessageLayout::kSegmentSize) {

@@ -7,7 +7,6 @@
 #include <string>
 
 #include "link/SharedSegments.h"
-#include "platform/HolderMark.h"
 
 /// Thrown when the link's segments cannot be had; the text tells the user why.
 class CHostSegmentError : public std::runtime_error {
@@ -65,7 +64,6 @@ public:
 
 private:
     COwnedSegment m_segment;
-    CHolderMark m_mark;
 };
 
 /// The name that a new message segment gets.
