@@ -1,60 +1,52 @@
 #include "platform/SharedMemory.h"
 
+#include <fcntl.h>
 #include <libproc.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstring>
+#include <cerrno>
+#include <cstdio>
 
-// The system tells who has a shared-memory object open, not who has it mapped, and renames none.
+#include "platform/apple/SharedFile.h"
+
+// What is known here is what the system tells of files.
 
 namespace {
 
-// What a call of libproc lists. It gives a size in bytes for no buffer, and what it has put there.
-template <typename Item, typename Call>
-std::vector<Item> Listed(Call const& call) {
-    const int nBytes = call(nullptr, 0);
-    std::vector<Item> items(nBytes > 0 ? nBytes / sizeof(Item) : 0);
-    const int nFilled = call(items.data(), static_cast<int>(items.size() * sizeof(Item)));
-    items.resize(nFilled > 0 ? nFilled / sizeof(Item) : 0);
-    return items;
-}
-
 std::vector<pid_t> ProcessesOfThisUser() {
-    return Listed<pid_t>([](void* pBuffer, int nSize) {
-        return proc_listpids(PROC_UID_ONLY, geteuid(), pBuffer, nSize);
-    });
+    const int nBytes = proc_listpids(PROC_UID_ONLY, geteuid(), nullptr, 0);
+    std::vector<pid_t> processes(nBytes > 0 ? nBytes / sizeof(pid_t) : 0);
+    const int nFilled = proc_listpids(PROC_UID_ONLY, geteuid(), processes.data(),
+                                      static_cast<int>(processes.size() * sizeof(pid_t)));
+    processes.resize(nFilled > 0 ? nFilled / sizeof(pid_t) : 0);
+    return processes;
 }
 
-std::vector<proc_fdinfo> DescriptorsOf(pid_t nProcess) {
-    return Listed<proc_fdinfo>([nProcess](void* pBuffer, int nSize) {
-        return proc_pidinfo(nProcess, PROC_PIDLISTFDS, 0, pBuffer, nSize);
-    });
-}
-
-// False when the descriptor is of no shared-memory object.
-bool Describe(pid_t nProcess, int nDescriptor, pshm_fdinfo* pInfo) {
-    return proc_pidfdinfo(nProcess, nDescriptor, PROC_PIDFDPSHMINFO, pInfo, sizeof *pInfo) ==
-           static_cast<int>(sizeof *pInfo);
-}
-
-bool HasOpen(pid_t nProcess, pshm_fdinfo const& wanted) {
-    for (proc_fdinfo const& descriptor : DescriptorsOf(nProcess)) {
-        pshm_fdinfo found{};
-        if (descriptor.proc_fdtype == PROX_FDTYPE_PSHM &&
-            Describe(nProcess, descriptor.proc_fd, &found) &&
-            std::strcmp(found.pshminfo.pshm_name, wanted.pshminfo.pshm_name) == 0) {
+// Goes from one region of a process's memory to the next.
+bool Maps(pid_t nProcess, struct stat const& object) {
+    proc_regionwithpathinfo region{};
+    std::uint64_t lAddress = 0;
+    while (proc_pidinfo(nProcess, PROC_PIDREGIONPATHINFO, lAddress, &region, sizeof region) ==
+           static_cast<int>(sizeof region)) {
+        vinfo_stat const& file = region.prp_vip.vip_vi.vi_stat;
+        if (file.vst_ino == object.st_ino &&
+            file.vst_dev == static_cast<std::uint32_t>(object.st_dev)) {
             return true;
         }
+        const std::uint64_t lNext = region.prp_prinfo.pri_address + region.prp_prinfo.pri_size;
+        if (lNext <= lAddress) return false;
+        lAddress = lNext;
     }
     return false;
 }
 
-// Somebody may have closed what he still has mapped, so that nobody found is nothing known.
-OtherUsers OthersThatHaveOpen(int nDescriptor) {
-    pshm_fdinfo object{};
-    if (!Describe(getpid(), nDescriptor, &object)) return OtherUsers::Unknown;
+// A process may keep its regions to itself, so that nobody found is nothing known.
+OtherUsers OthersThatMap(int nDescriptor) {
+    struct stat object {};
+    if (fstat(nDescriptor, &object) != 0) return OtherUsers::Unknown;
     for (const pid_t nProcess : ProcessesOfThisUser()) {
-        if (nProcess != getpid() && HasOpen(nProcess, object)) return OtherUsers::Some;
+        if (nProcess != getpid() && Maps(nProcess, object)) return OtherUsers::Some;
     }
     return OtherUsers::Unknown;
 }
@@ -62,7 +54,7 @@ OtherUsers OthersThatHaveOpen(int nDescriptor) {
 }  // namespace
 
 CExclusiveUse::CExclusiveUse(int nDescriptor) noexcept
-    : m_nDescriptor(nDescriptor), m_others(OthersThatHaveOpen(m_nDescriptor)) {}
+    : m_nDescriptor(nDescriptor), m_others(OthersThatMap(m_nDescriptor)) {}
 
 CExclusiveUse::~CExclusiveUse() = default;
 
@@ -70,11 +62,15 @@ std::optional<std::vector<MappingThread>> ThreadsThatMap(int) {
     return std::nullopt;
 }
 
-// Sizing an object takes its memory.
-int ReserveSharedMemory(int, std::size_t) noexcept {
-    return 0;
+// Nothing but a full disk is a reason to do without: not every file system takes reservations.
+int ReserveSharedMemory(int nDescriptor, std::size_t nSize) noexcept {
+    fstore_t space{};
+    space.fst_flags = F_ALLOCATEALL;
+    space.fst_posmode = F_PEOFPOSMODE;
+    space.fst_length = static_cast<off_t>(nSize);
+    return fcntl(nDescriptor, F_PREALLOCATE, &space) != 0 && errno == ENOSPC ? ENOSPC : 0;
 }
 
-bool RenameSharedMemory(const char*, const char*) noexcept {
-    return false;
+bool RenameSharedMemory(const char* szFrom, const char* szTo) noexcept {
+    return std::rename(SharedFileOf(szFrom).c_str(), SharedFileOf(szTo).c_str()) == 0;
 }

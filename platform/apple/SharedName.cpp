@@ -1,22 +1,21 @@
 #include "platform/SharedName.h"
 
 #include <limits.h>
-#include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdio>
-
 #include "platform/NameLock.h"
+#include "platform/apple/SharedFile.h"
 
-// The system does not tell one such object from another.
-bool HasSharedName(int, const char*) noexcept {
-    return true;
+bool HasSharedName(int nDescriptor, const char* szName) noexcept {
+    struct stat opened {
+    }, named{};
+    return fstat(nDescriptor, &opened) == 0 && lstat(SharedFileOf(szName).c_str(), &named) == 0 &&
+           opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
 }
 
-void RemoveSharedName(int, const char* szName) noexcept {
-    char szSlashed[NAME_MAX + 2];
-    std::snprintf(szSlashed, sizeof(szSlashed), "/%s", szName);
-    shm_unlink(szSlashed);
+void RemoveSharedName(int nDescriptor, const char* szName) noexcept {
+    if (HasSharedName(nDescriptor, szName)) unlink(SharedFileOf(szName).c_str());
 }
 
 // The user's own directory for temporary files, whatever the environment says.
