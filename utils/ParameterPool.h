@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstddef>
+#include <iterator>
 #include <memory>
 #include <new>
 #include <typeinfo>
@@ -48,13 +49,26 @@ struct CPooled final : Class {
 
 /// Whether a parameter is of the very class that its type tells, so that what it does is known.
 inline bool IsOfOwnClass(CParameter const& parameter) {
-    std::type_info const* const actual = &typeid(parameter);
-    const auto is = [actual](auto c) {
-        using Class = typename decltype(c)::type;
-        return actual == &typeid(Class) || actual == &typeid(CPooled<Class>);
+    struct CPair {
+        std::type_info const* own = nullptr;
+        std::type_info const* pooled = nullptr;
     };
-    return parameter.type == tagBlock ? is(CClass<CParameterBlock>())
-                                      : WithValueClass(parameter.type, is);
+    static constexpr auto pair = []<typename Class>(CClass<Class>) {
+        return CPair{&typeid(Class), &typeid(CPooled<Class>)};
+    };
+    static const CPair pairs[] = {{},
+                                  pair(CClass<CStringParameter>()),
+                                  pair(CClass<CIntParameter>()),
+                                  pair(CClass<CDoubleParameter>()),
+                                  pair(CClass<CUInt64Parameter>()),
+                                  pair(CClass<CFileIdTypeParameter>()),
+                                  pair(CClass<CParameterBlock>()),
+                                  pair(CClass<CBoolParameter>()),
+                                  pair(CClass<CFloatParameter>()),
+                                  pair(CClass<CSInt64Parameter>())};
+    if (parameter.type >= std::size(pairs)) return false;
+    std::type_info const* const actual = &typeid(parameter);
+    return actual == pairs[parameter.type].own || actual == pairs[parameter.type].pooled;
 }
 
 /// Makes the parameters of one load or one copy, close together.
