@@ -78,3 +78,16 @@ void operator delete(void* memory) noexcept {
 void operator delete(void* memory, std::size_t) noexcept {
     operator delete(memory);
 }
+
+// A sanitizer's own would not come here.
+void* operator new[](std::size_t size) {
+    return operator new(size);
+}
+
+void operator delete[](void* memory) noexcept {
+    operator delete(memory);
+}
+
+void operator delete[](void* memory, std::size_t) noexcept {
+    operator delete(memory);
+}

@@ -271,6 +271,33 @@ TEST(SessionMemory, IsTheImagePlusLittleWhenItIsSaved) {
     EXPECT_LT(watch.Bytes(), length + length / 20);
 }
 
+// Notes where it was told to save itself.
+struct CNotingParameter : CIntParameter {
+    using CIntParameter::CIntParameter;
+
+    unsigned long Save(unsigned long available, unsigned char* out) const override {
+        places.push_back(out);
+        return CIntParameter::Save(available, out);
+    }
+
+    static inline std::vector<unsigned char*> places;
+};
+
+TEST(SessionMemory, IsWrittenOnceAndWhereItStays) {
+    CNotingParameter::places.clear();
+    CParameterBlock block;
+    block.parameters.push_back(new CNotingParameter("First", 1));
+    for (int i = 0; i < 20000; ++i) block.AddParameter("Between", i);
+    block.parameters.push_back(new CNotingParameter("Last", 2));
+    const auto data = NewData();
+    const unsigned long length = block.SaveBinarySessionToMemory("XY", data.get());
+    unsigned char const* const image = CFDataGetBytePtr(data.get());
+    ASSERT_EQ(2u, CNotingParameter::places.size());
+    EXPECT_EQ(image + length - 5, CNotingParameter::places[1]);
+    EXPECT_GT(CNotingParameter::places[0], image);
+    EXPECT_LT(CNotingParameter::places[0], image + 100);
+}
+
 TEST(SessionMemory, IsASmallMultipleOfATableOfEmptyNames) {
     constexpr std::size_t names = 1000000;
     Image image(15 + names + 1 + 4);

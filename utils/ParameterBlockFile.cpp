@@ -30,8 +30,8 @@ bool ReadWhole(CFileName const* name, CFileBytes& out) {
     if (length > std::numeric_limits<unsigned int>::max()) return false;
     out.length = static_cast<unsigned int>(length);
     if (length == 0) return true;
-    out.bytes.reset(new (std::nothrow) unsigned char[length]);
-    return out.bytes != nullptr && file.Read(length, out.bytes.get()) == length;
+    out.bytes = std::make_unique_for_overwrite<unsigned char[]>(length);
+    return file.Read(length, out.bytes.get()) == length;
 }
 
 }  // namespace

@@ -40,34 +40,34 @@ public:
 
     /// \name As in a vector
     /// @{
-    iterator begin() { return m_pEntries; }
-    iterator end() { return m_pEntries + m_nSize; }
-    const_iterator begin() const { return m_pEntries; }
-    const_iterator end() const { return m_pEntries + m_nSize; }
-    auto rbegin() { return std::make_reverse_iterator(end()); }
-    auto rend() { return std::make_reverse_iterator(begin()); }
-    auto rbegin() const { return std::make_reverse_iterator(end()); }
-    auto rend() const { return std::make_reverse_iterator(begin()); }
-    std::size_t size() const { return m_nSize; }
-    std::size_t capacity() const { return m_nCapacity; }
-    bool empty() const { return m_nSize == 0; }
-    CParameter*& operator[](std::size_t at) { return m_pEntries[at]; }
-    CParameter* operator[](std::size_t at) const { return m_pEntries[at]; }
-    CParameter*& front() { return *begin(); }
-    CParameter* front() const { return *begin(); }
-    CParameter*& back() { return end()[-1]; }
-    CParameter* back() const { return end()[-1]; }
-    void clear() { m_nSize = 0; }
-    void pop_back() { --m_nSize; }
+    iterator begin() { return m_pEntries; }                            ///< The first place.
+    iterator end() { return m_pEntries + m_nSize; }                    ///< Behind the last one.
+    const_iterator begin() const { return m_pEntries; }                ///< The first place.
+    const_iterator end() const { return m_pEntries + m_nSize; }        ///< Behind the last one.
+    auto rbegin() const { return std::make_reverse_iterator(end()); }  ///< The last entry.
+    auto rend() const { return std::make_reverse_iterator(begin()); }  ///< Before the first one.
+    std::size_t size() const { return m_nSize; }          ///< How many entries there are.
+    std::size_t capacity() const { return m_nCapacity; }  ///< How many there is room for.
+    bool empty() const { return m_nSize == 0; }           ///< Whether there is none.
+    CParameter*& operator[](std::size_t at) { return m_pEntries[at]; }       ///< One of them.
+    CParameter* operator[](std::size_t at) const { return m_pEntries[at]; }  ///< One of them.
+    CParameter*& front() { return *begin(); }                                ///< The first entry.
+    CParameter* front() const { return *begin(); }                           ///< The first entry.
+    CParameter*& back() { return end()[-1]; }                                ///< The last entry.
+    CParameter* back() const { return end()[-1]; }                           ///< The last entry.
+    void clear() { m_nSize = 0; }                                            ///< Leaves no entry.
+    void pop_back() { --m_nSize; }  ///< Takes the last entry out.
+    /// Appends an entry.
     void push_back(CParameter* entry) {
         if (m_nSize == m_nCapacity) reserve(std::max<std::size_t>(8, m_nCapacity * 2));
         m_pEntries[m_nSize++] = entry;
     }
-    void reserve(std::size_t room);
-    void assign(const_iterator first, const_iterator last);
-    iterator insert(const_iterator before, CParameter* entry);
-    iterator erase(const_iterator at) { return erase(at, at + 1); }
-    iterator erase(const_iterator first, const_iterator last);
+    void reserve(std::size_t room);  ///< Makes room for so many entries in all.
+    void assign(const_iterator first, const_iterator last);     ///< Takes over these entries alone.
+    iterator insert(const_iterator before, CParameter* entry);  ///< Puts one entry in.
+    iterator erase(const_iterator at) { return erase(at, at + 1); }  ///< Takes one entry out.
+    iterator erase(const_iterator first, const_iterator last);       ///< Takes these entries out.
+    /// Whether both have the same entries.
     friend bool operator==(CParameterList const& left, CParameterList const& right) {
         return std::equal(left.begin(), left.end(), right.begin(), right.end());
     }

@@ -38,8 +38,6 @@ template <typename Class>
 struct CPooled final : Class {
     explicit CPooled(CParameterChunk* chunk) : pChunk(chunk) {}
 
-    static void* operator new(std::size_t, void* place) { return place; }
-    static void operator delete(void*, void*) {}
     static void operator delete(CPooled* parameter, std::destroying_delete_t) {
         CParameterChunk* const chunk = parameter->pChunk;
         parameter->~CPooled();

@@ -57,9 +57,10 @@ private:
     // A block being read: its name, where its entries begin on the stack, and how many entries of
     // the block around it are still to come.
     struct CLevel {
-        codec::CNameBytes name;
-        std::size_t nFirst;
+        std::string_view name;
+        std::uint32_t nToken;
         std::int32_t nLeftAround;
+        std::size_t nFirst;
     };
 
     std::uint32_t TakeNumber() {
@@ -88,13 +89,13 @@ private:
         if (m_pNames != nullptr) m_nUnfolded += name.text.size();
         if (m_nUnfolded > codec::mostUnfoldedNames) return false;
         if (tag == tagBlock) {
-            m_open.push_back({name, m_finished.size(), nLeft});
+            m_open.push_back({name.text, name.nToken, nLeft, m_finished.size()});
             nLeft = TakeCount();
             return true;
         }
-        return WithValueClass(tag, [&](auto c) {
+        return WithValueClass(tag, [this, token = name.nToken, text = name.text](auto c) {
             auto parameter = m_pool.Make<typename decltype(c)::type>();
-            SetName(*parameter, name);
+            SetName(*parameter, token, text);
             m_pNext += codec::LoadValue(parameter->value, Rest(), m_pNext);
             Keep(std::move(parameter));
             return true;
@@ -102,20 +103,20 @@ private:
     }
 
     // A name that its string has room for is copied quicker with what follows it in the image.
-    void SetName(CParameter& parameter, codec::CNameBytes const& name) {
-        parameter.token = name.nToken;
+    void SetName(CParameter& parameter, std::uint32_t token, std::string_view name) {
+        parameter.token = token;
         if constexpr (requires { Names::fStandBeforeBody; }) {
             constexpr std::size_t room = 15;
-            const char* const text = name.text.data();
             const char* const end = reinterpret_cast<const char*>(m_pEnd);
-            if (text != nullptr && name.text.size() <= room && end - text >= std::ptrdiff_t{room}) {
+            if (name.data() != nullptr && name.size() <= room &&
+                end - name.data() >= std::ptrdiff_t{room}) {
                 std::destroy_at(&parameter.name);
-                std::construct_at(&parameter.name, text, room);
-                parameter.name.erase(name.text.size());
+                std::construct_at(&parameter.name, name.data(), room);
+                parameter.name.erase(name.size());
                 return;
             }
         }
-        parameter.name = name.text;
+        parameter.name = name;
     }
 
     // Makes the innermost block of what was read for it, unless the observer stops the load.
@@ -124,7 +125,7 @@ private:
         CParameter** const first = m_finished.data() + level.nFirst;
         CParameter** const last = m_finished.data() + m_finished.size();
         auto block = m_pool.MakeBlock(static_cast<std::size_t>(last - first));
-        SetName(*block, level.name);
+        SetName(*block, level.nToken, level.name);
         block->progress = m_top.progress;
         block->progressTotal = m_top.progressTotal;
         block->parameters.assign(first, last);
