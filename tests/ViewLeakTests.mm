@@ -71,10 +71,10 @@ protected:
         }
     }
 
-    // In bytes for each cycle. GNUstep's nib reader keeps one short text for each load, and its
-    // bindings to an array controller some bytes more; what we own ourselves is larger.
-    static constexpr double kLimit = 128;
-    static constexpr double kLimitWithBindings = 192;
+    // In bytes for each cycle. GNUstep's bindings to an array controller keep some; what we own
+    // ourselves is larger.
+    static constexpr double kLimit = 64;
+    static constexpr double kLimitWithBindings = 128;
     // For the first eight hundred views or so, AppKit's caches grow.
     static constexpr int kWarmUp = 1000;
     static constexpr int kCycles = 500;

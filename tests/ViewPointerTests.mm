@@ -14,10 +14,12 @@ protected:
     // Keys go to the window that a launched application has in front.
     static void SetUpTestSuite() {
         CViewTest::SetUpTestSuite();
+        NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
         [[NSUserDefaults standardUserDefaults]
             registerDefaults:[NSDictionary dictionaryWithObject:@"YES"
                                                          forKey:@"GSSuppressAppIcon"]];
         [NSApp finishLaunching];
+        [pool drain];
     }
 
     void SetUp() override {
@@ -171,7 +173,9 @@ TEST_F(ViewPointer, KeysGoThroughTheListAndTypingFindsATrack) {
     CViewHost host(ManyTracks());
     TavarinProLink_ViewController* view = MakeLink();
     Show(view);
-    [[[view view] window] makeFirstResponder:Tracks(view)];
+    ASSERT_TRUE(m_pointer.Click(Tracks(view))) << "a click brings the keyboard";
+    [Tracks(view) Close];
+    ASSERT_TRUE(WaitFor([=] { return [NSApp keyWindow] == [[view view] window]; }));
     const auto choose = [&](Strings const& keys, int nExpected) {
         m_pointer.Key("space");
         ASSERT_TRUE(WaitFor([=] { return [Tracks(view) IsOpen]; }));

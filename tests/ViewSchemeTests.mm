@@ -4,8 +4,12 @@
 #import <AppKit/AppKit.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdlib>
 #include <string>
+#include <vector>
 
+#import "DrawingCalls.h"
 #import "Source/TavarinProAPTLink_ViewController.h"
 #import "Source/TavarinProLink_ViewControllerFactory.h"
 #include "colours/ComponentCodes.h"
@@ -110,6 +114,71 @@ TEST_F(ViewScheme, ButtonThatIsOnHasADarkFaceInEitherPalette) {
         const CGFloat text = gAppColours.FindRGBA(ccControlText)[1];
         EXPECT_LT([face greenComponent], text / 2) << fEngineer;
         EXPECT_GT([face blueComponent], [face redComponent]) << fEngineer << ": blue is on";
+    }
+}
+
+// For the documentation, when it asks for pictures.
+void SavePicture(NSBitmapImageRep* image, std::string const& strName) {
+    const char* szDirectory = std::getenv("TAVARIN_VIEW_PICTURES");
+    if (szDirectory == nullptr) return;
+    NSString* file = [NSString stringWithFormat:@"%s/%s.png", szDirectory, strName.c_str()];
+    [[image representationUsingType:NSPNGFileType
+                         properties:[NSDictionary dictionary]] writeToFile:file atomically:NO];
+}
+
+std::string Words(std::size_t nSize) {
+    std::string strText;
+    while (strText.size() < nSize)
+        strText += "Save the session, quit Tavarin Pro and start it again. ";
+    return strText.substr(0, nSize);
+}
+
+std::string ScriptError(int nLines) {
+    std::string strText = "[string \"script\"]:1: attempt to index a nil value (local 'track')";
+    for (int nLine = 2; nLine <= nLines; ++nLine) {
+        strText += "\n    [string \"script\"]:" + std::to_string(nLine) + ": in function 'step'";
+    }
+    return strText;
+}
+
+struct CLongTexts {
+    const char* szName;
+    std::string strError;
+    std::string strAdvice;
+    bool fErrorCut;
+    bool fAdviceCut;
+};
+
+TEST_F(ViewScheme, TextsThatDoNotFitEndInAnEllipsisAndStayWhole) {
+    const CLongTexts cases[] = {
+        {"apt-short", "An error.", "An advice.", false, false},
+        {"apt-ten-lines", ScriptError(10), "Look at the script.", true, false},
+        {"apt-long-advice", "An error.", Words(4000), false, true},
+        {"apt-both-long", ScriptError(10), Words(4000), true, true},
+        {"apt-one-word", std::string(600, 'w'), "An advice.", true, false},
+    };
+    TavarinProAPTLink_ViewController* view = Make();
+    for (CLongTexts const& one : cases) {
+        view->m_Script.m_strLastError = one.strError;
+        view->m_Script.m_strAdvice = one.strAdvice;
+        [view SetTextFields];
+        std::vector<CTextCall> texts;
+        {
+            CDrawingCalls calls;
+            SavePicture(Image([view view]), one.szName);
+            texts = calls.m_texts;
+        }
+        const auto drawn = [&texts](std::string const& strText) {
+            const auto found = std::find_if(texts.begin(), texts.end(), [&](CTextCall const& call) {
+                return call.strText.substr(0, 9) == strText.substr(0, 9);
+            });
+            return found == texts.end() ? std::string("nothing") : found->strText;
+        };
+        const auto isCut = [](std::string const& strText) { return strText.ends_with("\u2026"); };
+        EXPECT_EQ(isCut(drawn(one.strError)), one.fErrorCut) << one.szName << drawn(one.strError);
+        EXPECT_EQ(isCut(drawn(one.strAdvice)), one.fAdviceCut) << one.szName;
+        EXPECT_EQ(one.strAdvice, [[view->m_textAdvice toolTip] UTF8String]);
+        EXPECT_EQ(one.strError, [[view->m_textLastError toolTip] UTF8String]);
     }
 }
 

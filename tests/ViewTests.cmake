@@ -71,7 +71,8 @@ add_executable(ViewSupportTests ViewSupportTests.mm $<TARGET_OBJECTS:tavarin_vie
 target_link_libraries(ViewSupportTests PRIVATE tavarin_views GTest::gtest GTest::gtest_main)
 tavarin_register_view_test(ViewSupportTests)
 
-add_executable(ViewSchemeTests ViewSchemeTests.mm $<TARGET_OBJECTS:tavarin_views>)
+add_executable(ViewSchemeTests
+    ViewSchemeTests.mm DrawingCalls.mm $<TARGET_OBJECTS:tavarin_views>)
 target_compile_definitions(ViewSchemeTests PRIVATE TAVARIN_BUNDLE="${tavarin_bundle}")
 target_link_libraries(ViewSchemeTests PRIVATE tavarin_views GTest::gtest GTest::gtest_main)
 add_dependencies(ViewSchemeTests TavarinProLink)
