@@ -6,6 +6,7 @@
 #include <memory>
 #include <thread>
 
+#include "host/RateNotices.h"
 #include "host/ReferenceHost.h"
 #include "host/SessionFile.h"
 #include "host/SessionKeeper.h"
@@ -132,12 +133,15 @@ int RunHost(Arguments const& arguments) {
     CSessionKeeper keeper = MakeKeeper(arguments);
     keeper.Begin(host);
     Announce(arguments, host);
+    CRateNotices rates;
     while (!g_fStop) {
+        rates.KeepUp(host);
         std::this_thread::sleep_for(kSavePeriod);
         keeper.KeepUp(host);
     }
     // What is still being answered belongs into the files too.
     host.Close();
+    rates.KeepUp(host);
     const bool fAllKept = keeper.End(host);
     if (!arguments.fQuiet) std::fputs(DescribeSession(host.Snapshot()).c_str(), stdout);
     return fAllKept ? kExitDone : kExitFailed;
