@@ -282,8 +282,35 @@ TEST_F(HostProgram, SessionThatCannotBeSavedAtTheStartRefusesIt) {
     CChildProcess host({TAVARIN_HOST_PROGRAM, "--session", m_directory.File("nowhere/s.json"),
                         "--audio", m_directory.File("audio")},
                        m_directory.File("1.out"), m_directory.File("1.err"));
-    EXPECT_EQ(host.Wait(), 1);
+    EXPECT_EQ(host.Wait(), 2);
     EXPECT_NE(m_directory.Read("1.err").find("cannot save the session"), std::string::npos);
+}
+
+TEST_F(HostProgram, DirectoryOfASessionIsNotMadeUp) {
+    CChildProcess host({TAVARIN_HOST_PROGRAM, "--session", m_directory.File("nowhere/s.json")},
+                       m_directory.File("1.out"), m_directory.File("1.err"));
+    EXPECT_EQ(host.Wait(), 2);
+    EXPECT_NE(m_directory.Read("1.err").find("is not there"), std::string::npos);
+    EXPECT_FALSE(m_directory.Has("nowhere"));
+}
+
+TEST_F(HostProgram, LoadedSessionTellsWhatItLacksAndWhatItOverrides) {
+    const std::string strSession = m_directory.File("session.json");
+    StartHost({"--session", strSession});
+    ASSERT_EQ(Tool({"link", "capture", Guide(), "--track", "1", "--position", "0"}), 0);
+    ASSERT_EQ(StopHost(), 0);
+    EXPECT_EQ(m_directory.Read("host.err"), "");
+    fs::remove(Guide());
+    StartHost({"--session", strSession});
+    AwaitReady();
+    EXPECT_EQ(m_directory.Read("host.err"), "tavarin-host: --tracks is not used: \"" + strSession +
+                                                "\" has its own\n"
+                                                "tavarin-host: --sample-rate is not used: \"" +
+                                                strSession +
+                                                "\" has its own\n"
+                                                "tavarin-host: the audio file \"" +
+                                                Guide() +
+                                                "\" of a region on track \"Dub\" is missing\n");
 }
 
 TEST_F(HostProgram, EveryCaptureThatWasTakenIsSavedWhenItStops) {
@@ -402,9 +429,10 @@ TEST_F(HostProgram, ToolRunsTheWholeJourney) {
     EXPECT_EQ(run({"export", "-o", strExported}), 0) << Errors();
     EXPECT_GT(fs::file_size(strExported), static_cast<std::uintmax_t>(kFrames));
     EXPECT_EQ(Output(), "File: " + strExported + " (24000 samples, 3.00 s)\n");
+    EXPECT_EQ(run({"doubler"}), 2) << "no default could be right: a dub may lie there";
     EXPECT_EQ(run({"doubler", "--output", "3"}), 0) << Errors();
     EXPECT_EQ(run({"clear", "3"}), 0);
-    EXPECT_EQ(run({"doubler", "--input", "3"}), 1);
+    EXPECT_EQ(run({"doubler", "--input", "3", "--output", "2"}), 1);
     EXPECT_NE(Errors().find("holds no region"), std::string::npos);
 }
 
@@ -427,6 +455,61 @@ TEST_F(HostProgram, FileOfAnotherSampleRateIsToldAndHeardAtItsOwnPitch) {
               std::string::npos)
         << m_directory.Read("host.out");
     EXPECT_NE(m_directory.Read("timeline.svg").find("(16000 Hz)"), std::string::npos);
+}
+
+TEST_F(HostProgram, ExportReplacesNothingUnlessItIsTold) {
+    StartHost();
+    ASSERT_EQ(Tool({"link", "capture", Guide(), "--track", "0", "--position", "0"}), 0);
+    const std::string strThere = m_directory.Write("there.wav", "mine");
+    EXPECT_EQ(Tool({"link", "export", "-o", strThere}), 2);
+    EXPECT_NE(Errors().find("is there already"), std::string::npos) << Errors();
+    EXPECT_EQ(m_directory.Read("there.wav"), "mine");
+    EXPECT_EQ(Tool({"link", "export", "-o", strThere, "--force"}), 0) << Errors();
+    EXPECT_EQ(ReadSoundFile(strThere).samples.size(), std::size_t{kFrames});
+}
+
+TEST_F(HostProgram, ExportWritesTheFormatThatTheNameSays) {
+    StartHost();
+    ASSERT_EQ(Tool({"link", "capture", Guide(), "--track", "0", "--position", "0"}), 0);
+    const struct {
+        const char* szName;
+        const char* szMagic;
+    } formats[] = {{"a.wav", "RIFF"}, {"a.flac", "fLaC"}, {"a.OGG", "OggS"}};
+    for (auto const& format : formats) {
+        ASSERT_EQ(Tool({"link", "export", "--json", "-o", m_directory.File(format.szName)}), 0)
+            << Errors();
+        EXPECT_EQ(m_directory.Read(format.szName).substr(0, 4), format.szMagic);
+        EXPECT_EQ(OutputAsJson()["frames"], kFrames);
+    }
+    for (const char* szName : {"a.mp3", "a"}) {
+        EXPECT_EQ(Tool({"link", "export", "-o", m_directory.File(szName)}), 2);
+        EXPECT_FALSE(m_directory.Has(szName));
+    }
+    EXPECT_NE(Errors().find(".wav, .flac or .ogg"), std::string::npos) << Errors();
+    ASSERT_EQ(Tool({"link", "export", "-o", "-"}), 0);
+    EXPECT_EQ(Output().substr(0, 4), "RIFF");
+    EXPECT_GT(Output().size(), 4 * std::size_t{kFrames});
+}
+
+TEST_F(HostProgram, CapturesThatMakeNoSenseAreRefusedBeforeAnythingIsSent) {
+    StartHost();
+    const std::vector<std::vector<std::string>> senseless{
+        {"--position", "nan"},
+        {"--position", "inf"},
+        {"--position", "0", "--channels", "0,0"},
+        {"--position", "0", "--channels", "1"},
+        {"--position", "0", "--end", "-5"},
+        {"--position", "0", "--end", "24001"},
+        {"--position", "0", "--start", "-1"},
+        {"--position", "0", "--start", "100", "--end", "100"}};
+    for (auto const& options : senseless) {
+        std::vector<std::string> arguments{"link", "capture", Guide(), "--track", "0"};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        EXPECT_EQ(Tool(arguments), 2) << options.back();
+        EXPECT_NE(Errors(), "");
+    }
+    EXPECT_EQ(StopHost(), 0);
+    EXPECT_EQ(m_directory.Read("host.out").find("guide.wav"), std::string::npos);
 }
 
 TEST_F(HostProgram, FileOfTheSessionsRateNeedsNoWord) {

@@ -1,10 +1,13 @@
 #include "tools/LinkCommands.h"
 
+#include <cmath>
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <set>
 
 #include "FileIO/FileName.h"
+#include "tools/AudioCopy.h"
 #include "tools/AudioProbe.h"
 #include "tools/InputOutput.h"
 #include "tools/LinkSession.h"
@@ -105,8 +108,34 @@ CAudioLength RequireAudio(std::string const& strPath) {
     try {
         return ProbeAudio(strPath);
     } catch (std::exception const& failure) {
-        throw CToolFailure(exitTrouble,
-                           std::string(failure.what()) + "; give the path of an audio file");
+        throw CToolFailure(exitTrouble, failure.what(), "Give the path of an audio file.",
+                           "unreadable");
+    }
+}
+
+[[noreturn]] void RefuseCapture(std::string const& strWhy) {
+    throw CToolFailure(exitTrouble, strWhy, "", "usage");
+}
+
+// What a host would cut, pass over or misunderstand is refused here.
+void RequireSense(CaptureArguments const& arguments, std::string const& strPath,
+                  CAudioLength const& length) {
+    constexpr double kFarthest = 9.0e15;
+    if (!(std::abs(arguments.dPosition) <= kFarthest))
+        RefuseCapture("--position is no place on a timeline");
+    const double dStart = arguments.dStart.value_or(0);
+    const auto dFrames = static_cast<double>(length.m_lFrames);
+    const double dEnd = arguments.dEnd.value_or(dFrames);
+    if (!(dStart >= 0 && dStart < dEnd && dEnd <= dFrames))
+        RefuseCapture("--start and --end do not lie one behind the other in " + Quoted(strPath) +
+                      ", which has " + std::to_string(length.m_lFrames) + " samples");
+    std::set<int> seen;
+    for (const int nChannel : arguments.channels) {
+        if (nChannel >= length.m_nChannels)
+            RefuseCapture(Quoted(strPath) + " has no channel " + std::to_string(nChannel) +
+                          ": it has " + std::to_string(length.m_nChannels) + ", counted from 0");
+        if (!seen.insert(nChannel).second)
+            RefuseCapture("--channels names channel " + std::to_string(nChannel) + " twice");
     }
 }
 
@@ -121,10 +150,11 @@ void WarnOfAnotherRate(CLinkSession& session, std::string const& strPath, int nF
 }
 
 void Capture(CLinkOptions const& options, CaptureArguments const& arguments) {
-    CLinkSession session(options);
-    session.RequireHost();
     const std::string strPath = std::filesystem::absolute(arguments.strFile).string();
     const CAudioLength length = RequireAudio(strPath);
+    RequireSense(arguments, strPath, length);
+    CLinkSession session(options);
+    session.RequireHost();
     CFileName file(strPath.c_str());
     const double dStart = arguments.dStart.value_or(0);
     const double dEnd = arguments.dEnd.value_or(static_cast<double>(length.m_lFrames));
@@ -191,23 +221,16 @@ void AddRender(CLI::App& link, OptionsPointer options) {
     });
 }
 
-void Export(CLinkOptions const& options, std::string const& strTarget) {
-    CLinkSession session(options);
-    CFileName exported;
-    if (!session.Client().ExportSelectedRegion(session.IsAudioSuite(), 0, &exported)) {
-        session.Fail("the host exported nothing");
-    }
-    std::string strFile = exported.GetFullPath();
-    if (!strTarget.empty()) {
-        std::error_code error;
-        std::filesystem::copy_file(strFile, strTarget,
-                                   std::filesystem::copy_options::overwrite_existing, error);
-        if (error) {
-            throw CToolFailure(exitTrouble, "cannot copy " + strFile + " to " + strTarget + ": " +
-                                                error.message());
-        }
-        strFile = strTarget;
-    }
+struct ExportArguments {
+    std::string strTarget;
+    bool fForce = false;
+};
+
+// What the host has exported, where the user wants it.
+void Deliver(CLinkSession& session, std::string const& strExported, std::string const& strTarget) {
+    const std::string strFile = strTarget.empty() ? strExported : strTarget;
+    if (!strTarget.empty()) CopyAudio(strExported, strTarget);
+    if (strTarget == "-") return;
     const CAudioLength length = RequireAudio(strFile);
     char seconds[32];
     std::snprintf(seconds, sizeof seconds, "%.2f",
@@ -219,12 +242,27 @@ void Export(CLinkOptions const& options, std::string const& strTarget) {
                        {"sample_rate", length.m_nSampleRate}});
 }
 
+void Export(CLinkOptions const& options, ExportArguments const& arguments) {
+    // Before the host is made to work for it.
+    if (!arguments.strTarget.empty()) RequireAudioTarget(arguments.strTarget);
+    RequireRoomFor(arguments.strTarget, arguments.fForce ? Replace::Yes : Replace::No);
+    CLinkSession session(options);
+    CFileName exported;
+    if (!session.Client().ExportSelectedRegion(session.IsAudioSuite(), 0, &exported)) {
+        session.Fail("the host exported nothing");
+    }
+    Deliver(session, exported.GetFullPath(), arguments.strTarget);
+}
+
 void AddExport(CLI::App& link, OptionsPointer options) {
     CLI::App* const pCommand =
         link.add_subcommand("export", "have the host write its selected region into a file");
-    const auto pTarget = std::make_shared<std::string>();
-    pCommand->add_option("-o,--output", *pTarget, "copy the exported file to this path");
-    pCommand->callback([options, pTarget] { Export(*options, *pTarget); });
+    const auto pArguments = std::make_shared<ExportArguments>();
+    pCommand->add_option("-o,--output", pArguments->strTarget,
+                         "copy the exported file to this path, as .wav, .flac or .ogg; - for "
+                         "standard output");
+    pCommand->add_flag("--force", pArguments->fForce, "replace the file if it is there");
+    pCommand->callback([options, pArguments] { Export(*options, *pArguments); });
 }
 
 struct AptArguments {
@@ -265,7 +303,7 @@ void AddApt(CLI::App& link, OptionsPointer options) {
 }
 
 struct DoublerArguments {
-    int nInput = 0, nOutput = 1;
+    int nInput = 0, nOutput = 0;
     Extent input;
 };
 
@@ -290,7 +328,7 @@ void AddDoubler(CLI::App& link, OptionsPointer options) {
     const auto pArguments = std::make_shared<DoublerArguments>();
     pCommand->add_option("--input", pArguments->nInput, "input track")->capture_default_str();
     AddExtent(*pCommand, "", pArguments->input);
-    pCommand->add_option("--output", pArguments->nOutput, "output track")->capture_default_str();
+    pCommand->add_option("--output", pArguments->nOutput, "output track")->required();
     pCommand->callback([options, pArguments] { CreateDoubler(*options, *pArguments); });
 }
 

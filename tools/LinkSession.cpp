@@ -44,11 +44,14 @@ std::string CLinkSession::Run(std::string script, int nTimeoutMs) {
 }
 
 void CLinkSession::Fail(std::string const& strWhat) {
-    if (m_client.m_strLastError.empty()) throw CToolFailure(exitNegative, strWhat);
+    if (m_client.m_strLastError.empty()) throw CToolFailure(exitNegative, strWhat, "", "refused");
     std::string strAdvice = m_client.m_strAdvice;
-    const bool fNoSession = strAdvice.empty() && m_client.GetCurrentIdFromMainDirectory() == 0;
-    if (fNoSession) strAdvice = "Select a session in Tavarin Pro.";
-    throw CToolFailure(exitNegative, m_client.m_strLastError, strAdvice);
+    const int nHost = m_client.GetCurrentIdFromMainDirectory();
+    if (strAdvice.empty() && nHost == 0) strAdvice = "Select a session in Tavarin Pro.";
+    throw CToolFailure(exitNegative, m_client.m_strLastError, strAdvice,
+                       nHost < 0    ? "no_host"
+                       : nHost == 0 ? "no_session"
+                                    : "refused");
 }
 
 void CLinkSession::RequireNoError() {
