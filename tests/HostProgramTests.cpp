@@ -1,111 +1,12 @@
 // The link client and the command-line tool against the program tavarin-host, as a user runs them.
 
-#include <gtest/gtest.h>
-
 #include <sys/stat.h>
 
-#include <csignal>
-#include <filesystem>
-#include <nlohmann/json.hpp>
-#include <optional>
-
-#include "ChildProcess.h"
 #include "FileIO/FileName.h"
 #include "HostPairs.h"
-#include "TemporaryDirectory.h"
-#include "TestTone.h"
-#include "link/TANClientInterProcess.h"
+#include "HostProgramFixture.h"
 
 namespace {
-
-namespace fs = std::filesystem;
-using nlohmann::json;
-
-constexpr int kRate = 8000;
-constexpr int kFrames = 3 * kRate;
-
-class HostProgram : public testing::Test {
-protected:
-    void SetUp() override {
-        // As a terminal leaves them, whoever runs the tests.
-        std::signal(SIGHUP, SIG_DFL);
-        std::signal(SIGPIPE, SIG_DFL);
-        WriteTestTone(m_directory.File("guide.wav"), kRate, kFrames);
-        WriteTestTone(m_directory.File("dub.wav"), kRate, kFrames, kRate / 4);
-    }
-
-    void TearDown() override {
-        if (m_host) StopHost();
-    }
-
-    void StartHost(std::vector<std::string> arguments = {},
-                   std::vector<std::string> const& starter = {}) {
-        arguments.insert(arguments.begin(), {TAVARIN_HOST_PROGRAM, "--sample-rate", "8000",
-                                             "--tracks", "Guide,Dub,Out,Double"});
-        arguments.insert(arguments.begin(), starter.begin(), starter.end());
-        m_host.emplace(arguments, m_directory.File("host.out"), m_directory.File("host.err"));
-        for (int nTry = 0; nTry < 500; ++nTry) {
-            if (m_client.GetCurrentIdFromMainDirectory() >= 0) return;
-            usleep(10'000);
-        }
-        FAIL() << "the host did not start: " << m_directory.Read("host.err");
-    }
-
-    int StopHost(int nSignal = SIGTERM) {
-        m_host->Signal(nSignal);
-        return m_host->Wait();
-    }
-
-    int CountErrors(std::string const& strText) const {
-        const std::string strErrors = m_directory.Read("host.err");
-        int nCount = 0;
-        for (std::size_t n = 0; (n = strErrors.find(strText, n)) != std::string::npos; ++n) {
-            ++nCount;
-        }
-        return nCount;
-    }
-
-    bool WaitForError(std::string const& strText) const {
-        for (int nTry = 0; nTry < 1000; ++nTry) {
-            if (CountErrors(strText) > 0) return true;
-            usleep(10'000);
-        }
-        return false;
-    }
-
-    // Until the host has written its files for the first time; what it says then.
-    std::string AwaitReady() const {
-        for (int nTry = 0; nTry < 1000; ++nTry) {
-            const std::string strOutput = m_directory.Read("host.out");
-            if (strOutput.ends_with('\n')) return strOutput;
-            usleep(10'000);
-        }
-        return {};
-    }
-
-    std::string AudioDirectory() const {
-        const std::string strBefore = "audio in ", strReady = AwaitReady();
-        const std::size_t nAt = strReady.find(strBefore) + strBefore.size();
-        return strReady.substr(nAt, strReady.size() - 1 - nAt);
-    }
-
-    // Runs the tool; its output is in Output() and Errors() afterwards.
-    int Tool(std::vector<std::string> arguments) {
-        arguments.insert(arguments.begin(), TAVARIN_TOOL_PROGRAM);
-        return CChildProcess(arguments, m_directory.File("tool.out"), m_directory.File("tool.err"))
-            .Wait();
-    }
-    std::string Output() const { return m_directory.Read("tool.out"); }
-    std::string Errors() const { return m_directory.Read("tool.err"); }
-    json OutputAsJson() const { return json::parse(Output()); }
-
-    std::string Guide() const { return m_directory.File("guide.wav"); }
-    std::string Dub() const { return m_directory.File("dub.wav"); }
-
-    CTemporaryDirectory m_directory;
-    CTANClientInterProcess m_client;
-    std::optional<CChildProcess> m_host;
-};
 
 TEST_F(HostProgram, ServesEveryCommandOfTheClient) {
     StartHost();
@@ -544,6 +445,54 @@ TEST_F(HostProgram, ToolWithoutAHostGivesErrorAndAdvice) {
     EXPECT_EQ(Errors(),
               "tavarin: Error - Tavarin Pro is not running.\n"
               "         Locate and launch Tavarin Pro.\n");
+}
+
+TEST_F(HostProgram, ToolWithoutAHostSaysSoInJsonToo) {
+    EXPECT_EQ(Tool({"link", "tracks", "--json"}), 1);
+    EXPECT_EQ(Output(), "");
+    EXPECT_EQ(json::parse(Errors()), (json{{"code", "no_host"},
+                                           {"error", "Error - Tavarin Pro is not running."},
+                                           {"advice", "Locate and launch Tavarin Pro."}}));
+}
+
+TEST_F(HostProgram, TextIsPrintedAsTextUnlessItIsCalledAScript) {
+    StartHost({"--verbose"});
+    const std::string strText = "'\" .. GetTrackCount() .. \"' \\ \n end";
+    EXPECT_EQ(Tool({"link", "print", strText}), 0) << Errors();
+    EXPECT_EQ(Tool({"link", "print", "--script", "\" .. GetProcessID() .. \""}), 0) << Errors();
+    const std::string strProcess = std::to_string(m_host->Id());
+    EXPECT_EQ(StopHost(), 0);
+    const std::string strLog = m_directory.Read("host.out");
+    EXPECT_NE(strLog.find("--- reply\n" + strText + "\n"), std::string::npos) << strLog;
+    EXPECT_NE(strLog.find("--- reply\n" + strProcess), std::string::npos) << strLog;
+}
+
+TEST_F(HostProgram, QuoteInAFileNameIsRefusedBeforeAnythingIsSent) {
+    StartHost({"--verbose"});
+    const std::string strQuote = m_directory.File("a\"b.wav");
+    fs::copy_file(Guide(), strQuote);
+    EXPECT_EQ(Tool({"link", "capture", strQuote, "--track", "0", "--position", "0"}), 2);
+    EXPECT_NE(Errors().find("a\\\"b.wav\" has a quotation mark"), std::string::npos) << Errors();
+    EXPECT_EQ(StopHost(), 0);
+    EXPECT_EQ(m_directory.Read("host.out").find("--- script"), std::string::npos);
+}
+
+TEST_F(HostProgram, PlacesInScriptsAreToldOfTheUsersOwnOnly) {
+    StartHost();
+    EXPECT_EQ(Tool({"link", "clear", "99"}), 1);
+    EXPECT_EQ(Errors().find("script:"), std::string::npos) << Errors();
+    EXPECT_NE(Errors().find("there is no track number 99"), std::string::npos) << Errors();
+    EXPECT_EQ(Tool({"link", "run", m_directory.Write("bad.lua", "\n\nerror('oops')")}), 1);
+    EXPECT_NE(Errors().find("script:3: oops"), std::string::npos) << Errors();
+}
+
+TEST_F(HostProgram, MistypedCommandIsNamedWithTheNearestOne) {
+    EXPECT_EQ(Tool({"link", "--timeout", "5", "statsu"}), 2);
+    EXPECT_EQ(Errors(),
+              "tavarin: there is no command \"statsu\" in \"tavarin link\"; did you mean "
+              "\"status\"?\n");
+    EXPECT_EQ(Tool({"blok"}), 2);
+    EXPECT_NE(Errors().find("did you mean \"block\"?"), std::string::npos) << Errors();
 }
 
 TEST_F(HostProgram, WrongCommandLinesEndWithTwo) {

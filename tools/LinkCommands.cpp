@@ -10,6 +10,7 @@
 #include "tools/AudioCopy.h"
 #include "tools/AudioProbe.h"
 #include "tools/InputOutput.h"
+#include "tools/LinkRescue.h"
 #include "tools/LinkSession.h"
 #include "tools/LinkWatch.h"
 #include "tools/ToolFailure.h"
@@ -64,10 +65,11 @@ std::string DescribeExtent(Extent const& extent) {
 void AddStatus(CLI::App& link, OptionsPointer options) {
     CLI::App* const pCommand = link.add_subcommand("status", "say whether a host is running");
     pCommand->callback([options] {
-        CLinkSession session(*options);
+        CLinkSession session(*options, Patience::Short);
         const int id = session.RequireHost();
-        const std::int64_t lProcess = session.Client().GetTANProcessID();
-        const std::int32_t nCount = session.Client().GetUpdateCount();
+        const std::int64_t lProcess =
+            session.Do([&] { return session.Client().GetTANProcessID(); });
+        const std::int32_t nCount = session.Do([&] { return session.Client().GetUpdateCount(); });
         session.Print("Host " + std::to_string(id) + " is running (process " +
                           std::to_string(lProcess) + ") with a session selected; update count " +
                           std::to_string(nCount) + ".",
@@ -78,7 +80,7 @@ void AddStatus(CLI::App& link, OptionsPointer options) {
 void AddTracks(CLI::App& link, OptionsPointer options) {
     CLI::App* const pCommand = link.add_subcommand("tracks", "list the host's tracks");
     pCommand->callback([options] {
-        CLinkSession session(*options);
+        CLinkSession session(*options, Patience::Short);
         const std::vector<std::string> tracks = session.Tracks();
         std::string strText;
         for (std::size_t nTrack = 0; nTrack < tracks.size(); ++nTrack) {
@@ -121,6 +123,9 @@ CAudioLength RequireAudio(std::string const& strPath) {
 void RequireSense(CaptureArguments const& arguments, std::string const& strPath,
                   CAudioLength const& length) {
     constexpr double kFarthest = 9.0e15;
+    if (strPath.find_first_of("\"\n\r") != std::string::npos)
+        RefuseCapture("the name " + Quoted(strPath) +
+                      " has a quotation mark or a line end, which the link cannot carry");
     if (!(std::abs(arguments.dPosition) <= kFarthest))
         RefuseCapture("--position is no place on a timeline");
     const double dStart = arguments.dStart.value_or(0);
@@ -153,7 +158,7 @@ void Capture(CLinkOptions const& options, CaptureArguments const& arguments) {
     const std::string strPath = std::filesystem::absolute(arguments.strFile).string();
     const CAudioLength length = RequireAudio(strPath);
     RequireSense(arguments, strPath, length);
-    CLinkSession session(options);
+    CLinkSession session(options, Patience::Long);
     session.RequireHost();
     CFileName file(strPath.c_str());
     const double dStart = arguments.dStart.value_or(0);
@@ -161,14 +166,18 @@ void Capture(CLinkOptions const& options, CaptureArguments const& arguments) {
 
     const int nSessionRate = session.SampleRate();
     CTANClientInterProcess& client = session.Client();
-    if (client.CheckDuplicateRegion(session.IsAudioSuite(), arguments.nTrack, &file,
-                                    arguments.dPosition, dStart, dEnd)) {
+    const bool fDuplicate = session.Do([&] {
+        return client.CheckDuplicateRegion(session.IsAudioSuite(), arguments.nTrack, &file,
+                                           arguments.dPosition, dStart, dEnd);
+    });
+    if (fDuplicate) {
         session.Fail("");
     }
     session.RequireNoError();
-    const int nStatus =
-        client.SendFile(session.IsAudioSuite(), arguments.nTrack, &file, arguments.dPosition,
-                        dStart, dEnd, ChannelMask(arguments.channels));
+    const int nStatus = session.Do([&] {
+        return client.SendFile(session.IsAudioSuite(), arguments.nTrack, &file, arguments.dPosition,
+                               dStart, dEnd, ChannelMask(arguments.channels));
+    });
     if (nStatus != 0) session.Fail("the file could not be sent");
     session.RequireNoError();
     WarnOfAnotherRate(session, strPath, length.m_nSampleRate, nSessionRate);
@@ -209,10 +218,13 @@ void AddRender(CLI::App& link, OptionsPointer options) {
     const auto pRate = std::make_shared<int>(-1);
     pCommand->add_option("--rate", *pRate, "warn when the host's sample rate is another, in Hz");
     pCommand->callback([options, pRate] {
-        CLinkSession session(*options);
+        CLinkSession session(*options, Patience::Long);
         std::int64_t lStart = 0, lEnd = 0;
         CTANClientInterProcess& client = session.Client();
-        if (!client.RenderSelectedRegion(session.IsAudioSuite(), *pRate, &lStart, &lEnd)) {
+        const bool fRendered = session.Do([&] {
+            return client.RenderSelectedRegion(session.IsAudioSuite(), *pRate, &lStart, &lEnd);
+        });
+        if (!fRendered) {
             session.Fail("the host rendered nothing");
         }
         if (!client.m_strLastError.empty()) session.Warn(client.m_strLastError);
@@ -246,9 +258,12 @@ void Export(CLinkOptions const& options, ExportArguments const& arguments) {
     // Before the host is made to work for it.
     if (!arguments.strTarget.empty()) RequireAudioTarget(arguments.strTarget);
     RequireRoomFor(arguments.strTarget, arguments.fForce ? Replace::Yes : Replace::No);
-    CLinkSession session(options);
+    CLinkSession session(options, Patience::Long);
     CFileName exported;
-    if (!session.Client().ExportSelectedRegion(session.IsAudioSuite(), 0, &exported)) {
+    const bool fExported = session.Do([&] {
+        return session.Client().ExportSelectedRegion(session.IsAudioSuite(), 0, &exported);
+    });
+    if (!fExported) {
         session.Fail("the host exported nothing");
     }
     Deliver(session, exported.GetFullPath(), arguments.strTarget);
@@ -271,13 +286,16 @@ struct AptArguments {
 };
 
 void CreateApt(CLinkOptions const& options, AptArguments& arguments) {
-    CLinkSession session(options);
+    CLinkSession session(options, Patience::Long);
     FillExtent(session, arguments.nGuide, arguments.guide);
     FillExtent(session, arguments.nDub, arguments.dub);
-    if (!session.Client().CreateAPT(session.IsAudioSuite(), arguments.nGuide,
-                                    *arguments.guide.lStart, *arguments.guide.lEnd, arguments.nDub,
-                                    *arguments.dub.lStart, *arguments.dub.lEnd,
-                                    arguments.nOutput)) {
+    const bool fCreated = session.Do([&] {
+        return session.Client().CreateAPT(session.IsAudioSuite(), arguments.nGuide,
+                                          *arguments.guide.lStart, *arguments.guide.lEnd,
+                                          arguments.nDub, *arguments.dub.lStart,
+                                          *arguments.dub.lEnd, arguments.nOutput);
+    });
+    if (!fCreated) {
         session.Fail("the process could not be created");
     }
     session.RequireNoError();
@@ -308,11 +326,14 @@ struct DoublerArguments {
 };
 
 void CreateDoubler(CLinkOptions const& options, DoublerArguments& arguments) {
-    CLinkSession session(options);
+    CLinkSession session(options, Patience::Long);
     FillExtent(session, arguments.nInput, arguments.input);
-    if (!session.Client().CreateDoubler(session.IsAudioSuite(), arguments.nInput,
-                                        *arguments.input.lStart, *arguments.input.lEnd, 1,
-                                        arguments.nOutput)) {
+    const bool fCreated = session.Do([&] {
+        return session.Client().CreateDoubler(session.IsAudioSuite(), arguments.nInput,
+                                              *arguments.input.lStart, *arguments.input.lEnd, 1,
+                                              arguments.nOutput);
+    });
+    if (!fCreated) {
         session.Fail("the process could not be created");
     }
     session.RequireNoError();
@@ -338,8 +359,8 @@ void AddClear(CLI::App& link, OptionsPointer options) {
     const auto pTrack = std::make_shared<int>(0);
     pCommand->add_option("TRACK", *pTrack, "track number, from 0")->required();
     pCommand->callback([options, pTrack] {
-        CLinkSession session(*options);
-        session.Client().ClearTrack(session.IsAudioSuite(), *pTrack);
+        CLinkSession session(*options, Patience::Long);
+        session.Do([&] { session.Client().ClearTrack(session.IsAudioSuite(), *pTrack); });
         session.RequireNoError();
         session.Print("Track " + std::to_string(*pTrack) + " is empty.",
                       json{{"cleared", *pTrack}});
@@ -349,20 +370,36 @@ void AddClear(CLI::App& link, OptionsPointer options) {
 void AddOffset(CLI::App& link, OptionsPointer options) {
     CLI::App* const pCommand = link.add_subcommand("offset", "read the host's SMPTE offset");
     pCommand->callback([options] {
-        CLinkSession session(*options);
-        const double dOffset = session.Client().GetLinkSMPTEOffset(session.IsAudioSuite());
+        CLinkSession session(*options, Patience::Short);
+        const double dOffset =
+            session.Do([&] { return session.Client().GetLinkSMPTEOffset(session.IsAudioSuite()); });
         session.RequireNoError();
         session.Print(json(dOffset).dump(), json{{"offset", dOffset}});
     });
 }
 
+// As it has to stand between the quotation marks of a script to be that text and nothing else.
+std::string EscapedForScript(std::string const& strText) {
+    std::string strEscaped;
+    for (const char c : strText) {
+        if (c == '"' || c == '\\') strEscaped += '\\';
+        strEscaped += c == '\n' ? "\\n" : std::string(1, c);
+    }
+    return strEscaped;
+}
+
 void AddPrint(CLI::App& link, OptionsPointer options) {
     CLI::App* const pCommand = link.add_subcommand("print", "print a text in the host's log");
     const auto pText = std::make_shared<std::string>();
+    const auto pScript = std::make_shared<bool>(false);
     pCommand->add_option("TEXT", *pText, "the text")->required();
-    pCommand->callback([options, pText] {
-        CLinkSession session(*options);
-        session.Client().PrintToTavarin(pText->c_str());
+    pCommand->add_flag("--script", *pScript,
+                       "the text stands between the quotation marks of a script as it is");
+    pCommand->callback([options, pText, pScript] {
+        CLinkSession session(*options, Patience::Short);
+        const std::string strText = *pScript ? *pText : EscapedForScript(*pText);
+        if (*pScript) session.ShowPlacesInScript();
+        session.Do([&] { session.Client().PrintToTavarin(strText.c_str()); });
         session.RequireNoError();
     });
 }
@@ -370,19 +407,37 @@ void AddPrint(CLI::App& link, OptionsPointer options) {
 void AddRun(CLI::App& link, OptionsPointer options) {
     CLI::App* const pCommand = link.add_subcommand("run", "run a script and show what it printed");
     const auto pFile = std::make_shared<std::string>();
-    const auto pTimeout = std::make_shared<int>(-1);
     pCommand->add_option("FILE", *pFile, "the script; - for standard input")->required();
-    pCommand->add_option("--timeout", *pTimeout, "milliseconds for each wait; -1: no limit")
-        ->capture_default_str();
-    pCommand->callback([options, pFile, pTimeout] {
+    pCommand->callback([options, pFile] {
         const std::string strScript = ReadInput(*pFile);
-        CLinkSession session(*options);
-        const std::string strReply = session.Run(strScript, *pTimeout);
+        CLinkSession session(*options, Patience::Long);
+        session.ShowPlacesInScript();
+        const std::string strReply = session.Run(strScript);
         if (options->m_fJson) {
             session.Print("", json{{"printed", strReply}});
         } else {
             std::fputs(strReply.c_str(), stdout);
         }
+    });
+}
+
+void AddRescue(CLI::App& link, OptionsPointer options) {
+    CLI::App* const pCommand =
+        link.add_subcommand("rescue", "send away whoever waits for a host that is proven dead");
+    const auto pId = std::make_shared<int>(1);
+    pCommand->add_option("--id", *pId, "the dead host's id")
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str();
+    pCommand->callback([options, pId] {
+        const CRescue rescue = RescueFromDeadHost(*pId);
+        if (!rescue.fDone)
+            throw CToolFailure(
+                exitNegative,
+                "host " + std::to_string(*pId) + " is not proven dead: " + rescue.strWhy,
+                "Nobody was sent away.", "refused");
+        CLinkSession(*options, Patience::Short)
+            .Print("Whoever waited for host " + std::to_string(*pId) + " was sent away.",
+                   json{{"rescued", *pId}});
     });
 }
 
@@ -402,8 +457,14 @@ void AddLinkCommands(CLI::App& app) {
     pLink->add_flag("--json", pOptions->m_fJson, "print JSON");
     pLink->add_flag("--audiosuite", pOptions->m_fAudioSuite,
                     "use the host's AudioSuite document instead of its script document");
-    for (const auto add : {AddStatus, AddTracks, AddCapture, AddRender, AddExport, AddApt,
-                           AddDoubler, AddClear, AddOffset, AddPrint, AddRun, AddWatch}) {
+    pLink
+        ->add_option("--timeout", pOptions->m_dTimeout,
+                     "seconds to wait for the host (default: 5 for commands that only ask, none "
+                     "for those that work)")
+        ->check(CLI::PositiveNumber);
+    for (const auto add :
+         {AddStatus, AddTracks, AddCapture, AddRender, AddExport, AddApt, AddDoubler, AddClear,
+          AddOffset, AddPrint, AddRun, AddRescue, AddWatch}) {
         add(*pLink, pOptions);
     }
 }

@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "tools/InputOutput.h"
+#include "tools/MistypedCommand.h"
 #include "tools/ToolFailure.h"
 
 namespace {
@@ -56,8 +57,12 @@ int RunTool(std::string const& strProgram, int argc, char** argv,
         } catch (CLI::RuntimeError const& end) {
             nStatus = end.get_exit_code();
         } catch (CLI::ParseError const& usage) {
-            if (usage.get_exit_code() != 0)
-                throw CToolFailure(exitTrouble, UsageText(app, usage), "", "usage");
+            if (usage.get_exit_code() != 0) {
+                const std::string strMistyped = DescribeMistypedCommand(app, argc, argv);
+                throw CToolFailure(exitTrouble,
+                                   strMistyped.empty() ? UsageText(app, usage) : strMistyped, "",
+                                   "usage");
+            }
             app.exit(usage);
         }
         RequireOutput();
