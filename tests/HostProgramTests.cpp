@@ -413,6 +413,27 @@ TEST_F(HostProgram, CapturesThatMakeNoSenseAreRefusedBeforeAnythingIsSent) {
     EXPECT_EQ(m_directory.Read("host.out").find("guide.wav"), std::string::npos);
 }
 
+TEST_F(HostProgram, TracksHaveNamesAndPlacesHaveSeconds) {
+    StartHost();
+    EXPECT_EQ(Tool({"link", "regions"}), 0);
+    EXPECT_EQ(Output(), "There are no regions.\n");
+    ASSERT_EQ(Tool({"link", "capture", Guide(), "--track", "Dub", "--position", "2.5s"}), 0)
+        << Errors();
+    ASSERT_EQ(Tool({"link", "doubler", "--input", "Dub", "--start", "3s", "--end", "24000",
+                    "--output", "Out"}),
+              1)
+        << "it ends where it starts";
+    EXPECT_EQ(Tool({"link", "regions"}), 0);
+    EXPECT_EQ(Output(), "1  Dub  20000 to 44000 (3.00 s)\n");
+    EXPECT_EQ(Tool({"link", "regions", "--json"}), 0);
+    EXPECT_EQ(OutputAsJson()["regions"],
+              json::array({{{"track", 1}, {"name", "Dub"}, {"start", 20000}, {"end", 44000}}}));
+    EXPECT_EQ(Tool({"link", "clear", "Nobody"}), 2);
+    EXPECT_NE(Errors().find("there is no track \"Nobody\""), std::string::npos) << Errors();
+    EXPECT_EQ(Tool({"link", "clear", "Dub"}), 0);
+    EXPECT_EQ(Tool({"link", "capture", Guide(), "--track", "0", "--position", "2.5m"}), 2);
+}
+
 TEST_F(HostProgram, FileOfTheSessionsRateNeedsNoWord) {
     StartHost();
     ASSERT_EQ(Tool({"link", "capture", Guide(), "--track", "0", "--position", "0"}), 0);

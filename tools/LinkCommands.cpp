@@ -13,6 +13,7 @@
 #include "tools/LinkRescue.h"
 #include "tools/LinkSession.h"
 #include "tools/LinkWatch.h"
+#include "tools/TimelinePosition.h"
 #include "tools/ToolFailure.h"
 
 namespace {
@@ -20,26 +21,36 @@ namespace {
 using nlohmann::json;
 using OptionsPointer = std::shared_ptr<CLinkOptions const>;
 
-// Start and end of a stretch of the timeline, in samples. What is not given is taken from the first
-// region of the track.
+// Start and end of a stretch of the timeline, as given and then in samples. What is not given is
+// taken from the first region of the track.
 struct Extent {
+    std::string strStart, strEnd;
     std::optional<std::int64_t> lStart;
     std::optional<std::int64_t> lEnd;
 };
 
+constexpr char szTrackHelp[] = "number from 0, or name";
+
 void AddExtent(CLI::App& command, std::string const& strPrefix, Extent& extent) {
-    command.add_option("--" + strPrefix + "start", extent.lStart,
-                       "start in samples (default: the track's first region)");
-    command.add_option("--" + strPrefix + "end", extent.lEnd,
-                       "end in samples (default: the track's first region)");
+    command.add_option("--" + strPrefix + "start", extent.strStart,
+                       "start, in samples or as 2.5s (default: the track's first region)");
+    command.add_option("--" + strPrefix + "end", extent.strEnd,
+                       "end, in samples or as 2.5s (default: the track's first region)");
+}
+
+std::optional<std::int64_t> PlaceIn(CLinkSession& session, std::string const& strOption,
+                                    std::string const& strText) {
+    if (strText.empty()) return std::nullopt;
+    const CTimelinePosition position = ReadTimelinePosition(strOption, strText);
+    return std::llround(position.Samples(position.fSeconds ? session.SampleRate() : 1));
 }
 
 void FillExtent(CLinkSession& session, int nTrack, Extent& extent) {
+    extent.lStart = PlaceIn(session, "the start", extent.strStart);
+    extent.lEnd = PlaceIn(session, "the end", extent.strEnd);
     if (extent.lStart && extent.lEnd) return;
-    const std::string strDocument =
-        session.IsAudioSuite() ? "SelectAudioSuiteDocument" : "SelectScriptDocument";
     std::string strReply =
-        session.Run("if " + strDocument + "() then\n" +                         //
+        session.Run("if " + session.SelectDocument() + " then\n" +              //
                     "idTrack = GetTrackID(" + std::to_string(nTrack) + ")\n" +  //
                     "if GetRegionCount(idTrack) > 0 then\n" +                   //
                     "idRegion = GetRegionID(idTrack, 0)\n" +                    //
@@ -91,10 +102,53 @@ void AddTracks(CLI::App& link, OptionsPointer options) {
     });
 }
 
+void ListRegions(CLinkOptions const& options) {
+    CLinkSession session(options, Patience::Short);
+    const std::vector<std::string> tracks = session.Tracks();
+    const int nRate = session.SampleRate();
+    std::string strReply = session.Run("if " + session.SelectDocument() +
+                                       " then\n"
+                                       "nRegions = 0\n"
+                                       "for nTrack = 0,GetTrackCount()-1 do\n"
+                                       "nRegions = nRegions + GetRegionCount(GetTrackID(nTrack))\n"
+                                       "end\n"
+                                       "print(3*nRegions)\n"
+                                       "for nTrack = 0,GetTrackCount()-1 do\n"
+                                       "idTrack = GetTrackID(nTrack)\n"
+                                       "for nRegion = 0,GetRegionCount(idTrack)-1 do\n"
+                                       "idRegion = GetRegionID(idTrack, nRegion)\n"
+                                       "print(nTrack)\n"
+                                       "print(GetRegionStartPosition(idRegion))\n"
+                                       "print(GetRegionEndPosition(idRegion))\n"
+                                       "end\nend\nend\n");
+    std::vector<std::string> values;
+    session.Client().SplitResult(strReply, &values);
+    std::string strText;
+    json regions = json::array();
+    for (std::size_t n = 0; n + 2 < values.size(); n += 3) {
+        const auto nTrack = static_cast<std::size_t>(std::stoll(values[n]));
+        const std::int64_t lStart = std::stoll(values[n + 1]), lEnd = std::stoll(values[n + 2]);
+        const std::string strName = nTrack < tracks.size() ? tracks[nTrack] : "";
+        char seconds[64];
+        std::snprintf(seconds, sizeof seconds, " (%.2f s)",
+                      static_cast<double>(lEnd - lStart) / nRate);
+        strText += (strText.empty() ? "" : "\n") + values[n] + "  " + strName + "  " +
+                   std::to_string(lStart) + " to " + std::to_string(lEnd) + seconds;
+        regions.push_back({{"track", nTrack}, {"name", strName}, {"start", lStart}, {"end", lEnd}});
+    }
+    session.Print(strText.empty() ? "There are no regions." : strText,
+                  json{{"sample_rate", nRate}, {"regions", regions}});
+}
+
+void AddRegions(CLI::App& link, OptionsPointer options) {
+    CLI::App* const pCommand = link.add_subcommand("regions", "list what lies where");
+    pCommand->callback([options] { ListRegions(*options); });
+}
+
 struct CaptureArguments {
     std::string strFile;
-    int nTrack = 0;
-    double dPosition = 0;
+    std::string strTrack;
+    std::string strPosition;
     std::optional<double> dStart;
     std::optional<double> dEnd;
     std::vector<int> channels;
@@ -122,12 +176,9 @@ CAudioLength RequireAudio(std::string const& strPath) {
 // What a host would cut, pass over or misunderstand is refused here.
 void RequireSense(CaptureArguments const& arguments, std::string const& strPath,
                   CAudioLength const& length) {
-    constexpr double kFarthest = 9.0e15;
     if (strPath.find_first_of("\"\n\r") != std::string::npos)
         RefuseCapture("the name " + Quoted(strPath) +
                       " has a quotation mark or a line end, which the link cannot carry");
-    if (!(std::abs(arguments.dPosition) <= kFarthest))
-        RefuseCapture("--position is no place on a timeline");
     const double dStart = arguments.dStart.value_or(0);
     const auto dFrames = static_cast<double>(length.m_lFrames);
     const double dEnd = arguments.dEnd.value_or(dFrames);
@@ -158,33 +209,36 @@ void Capture(CLinkOptions const& options, CaptureArguments const& arguments) {
     const std::string strPath = std::filesystem::absolute(arguments.strFile).string();
     const CAudioLength length = RequireAudio(strPath);
     RequireSense(arguments, strPath, length);
+    const CTimelinePosition position = ReadTimelinePosition("--position", arguments.strPosition);
     CLinkSession session(options, Patience::Long);
     session.RequireHost();
+    const int nTrack = session.TrackNumber(arguments.strTrack);
     CFileName file(strPath.c_str());
     const double dStart = arguments.dStart.value_or(0);
     const double dEnd = arguments.dEnd.value_or(static_cast<double>(length.m_lFrames));
 
     const int nSessionRate = session.SampleRate();
+    const double dPosition = position.Samples(nSessionRate);
     CTANClientInterProcess& client = session.Client();
     const bool fDuplicate = session.Do([&] {
-        return client.CheckDuplicateRegion(session.IsAudioSuite(), arguments.nTrack, &file,
-                                           arguments.dPosition, dStart, dEnd);
+        return client.CheckDuplicateRegion(session.IsAudioSuite(), nTrack, &file, dPosition, dStart,
+                                           dEnd);
     });
     if (fDuplicate) {
         session.Fail("");
     }
     session.RequireNoError();
     const int nStatus = session.Do([&] {
-        return client.SendFile(session.IsAudioSuite(), arguments.nTrack, &file, arguments.dPosition,
-                               dStart, dEnd, ChannelMask(arguments.channels));
+        return client.SendFile(session.IsAudioSuite(), nTrack, &file, dPosition, dStart, dEnd,
+                               ChannelMask(arguments.channels));
     });
     if (nStatus != 0) session.Fail("the file could not be sent");
     session.RequireNoError();
     WarnOfAnotherRate(session, strPath, length.m_nSampleRate, nSessionRate);
-    session.Print("Sent " + strPath + " to track " + std::to_string(arguments.nTrack) + ".",
+    session.Print("Sent " + strPath + " to track " + std::to_string(nTrack) + ".",
                   json{{"file", strPath},
-                       {"track", arguments.nTrack},
-                       {"position", arguments.dPosition},
+                       {"track", nTrack},
+                       {"position", dPosition},
                        {"start", dStart},
                        {"end", dEnd},
                        {"file_rate", length.m_nSampleRate},
@@ -196,11 +250,11 @@ void AddCapture(CLI::App& link, OptionsPointer options) {
         link.add_subcommand("capture", "hand an audio file over, unless the host has it already");
     const auto pArguments = std::make_shared<CaptureArguments>();
     pCommand->add_option("FILE", pArguments->strFile, "the audio file")->required();
-    pCommand->add_option("--track", pArguments->nTrack, "track number, from 0")->required();
+    pCommand->add_option("--track", pArguments->strTrack, szTrackHelp)->required();
     pCommand
-        ->add_option(
-            "--position", pArguments->dPosition,
-            "where the file's first sample lies on the timeline, in samples of the session")
+        ->add_option("--position", pArguments->strPosition,
+                     "where the file's first sample lies on the timeline, in samples of the "
+                     "session or as 2.5s")
         ->required();
     pCommand->add_option("--start", pArguments->dStart,
                          "first sample of the file used (default: 0)");
@@ -281,12 +335,16 @@ void AddExport(CLI::App& link, OptionsPointer options) {
 }
 
 struct AptArguments {
-    int nGuide = 0, nDub = 1, nOutput = 2;
+    std::string strGuide = "0", strDub = "1", strOutput = "2";
+    int nGuide = 0, nDub = 0, nOutput = 0;
     Extent guide, dub;
 };
 
 void CreateApt(CLinkOptions const& options, AptArguments& arguments) {
     CLinkSession session(options, Patience::Long);
+    arguments.nGuide = session.TrackNumber(arguments.strGuide);
+    arguments.nDub = session.TrackNumber(arguments.strDub);
+    arguments.nOutput = session.TrackNumber(arguments.strOutput);
     FillExtent(session, arguments.nGuide, arguments.guide);
     FillExtent(session, arguments.nDub, arguments.dub);
     const bool fCreated = session.Do([&] {
@@ -312,21 +370,24 @@ void CreateApt(CLinkOptions const& options, AptArguments& arguments) {
 void AddApt(CLI::App& link, OptionsPointer options) {
     CLI::App* const pCommand = link.add_subcommand("apt", "have the host align a dub with a guide");
     const auto pArguments = std::make_shared<AptArguments>();
-    pCommand->add_option("--guide", pArguments->nGuide, "guide track")->capture_default_str();
+    pCommand->add_option("--guide", pArguments->strGuide, "guide track")->capture_default_str();
     AddExtent(*pCommand, "guide-", pArguments->guide);
-    pCommand->add_option("--dub", pArguments->nDub, "dub track")->capture_default_str();
+    pCommand->add_option("--dub", pArguments->strDub, "dub track")->capture_default_str();
     AddExtent(*pCommand, "dub-", pArguments->dub);
-    pCommand->add_option("--output", pArguments->nOutput, "output track")->capture_default_str();
+    pCommand->add_option("--output", pArguments->strOutput, "output track")->capture_default_str();
     pCommand->callback([options, pArguments] { CreateApt(*options, *pArguments); });
 }
 
 struct DoublerArguments {
+    std::string strInput = "0", strOutput;
     int nInput = 0, nOutput = 0;
     Extent input;
 };
 
 void CreateDoubler(CLinkOptions const& options, DoublerArguments& arguments) {
     CLinkSession session(options, Patience::Long);
+    arguments.nInput = session.TrackNumber(arguments.strInput);
+    arguments.nOutput = session.TrackNumber(arguments.strOutput);
     FillExtent(session, arguments.nInput, arguments.input);
     const bool fCreated = session.Do([&] {
         return session.Client().CreateDoubler(session.IsAudioSuite(), arguments.nInput,
@@ -347,23 +408,23 @@ void CreateDoubler(CLinkOptions const& options, DoublerArguments& arguments) {
 void AddDoubler(CLI::App& link, OptionsPointer options) {
     CLI::App* const pCommand = link.add_subcommand("doubler", "have the host double a voice");
     const auto pArguments = std::make_shared<DoublerArguments>();
-    pCommand->add_option("--input", pArguments->nInput, "input track")->capture_default_str();
+    pCommand->add_option("--input", pArguments->strInput, "input track")->capture_default_str();
     AddExtent(*pCommand, "", pArguments->input);
-    pCommand->add_option("--output", pArguments->nOutput, "output track")->required();
+    pCommand->add_option("--output", pArguments->strOutput, "output track")->required();
     pCommand->callback([options, pArguments] { CreateDoubler(*options, *pArguments); });
 }
 
 void AddClear(CLI::App& link, OptionsPointer options) {
     CLI::App* const pCommand =
         link.add_subcommand("clear", "delete a track's regions and marker areas");
-    const auto pTrack = std::make_shared<int>(0);
-    pCommand->add_option("TRACK", *pTrack, "track number, from 0")->required();
+    const auto pTrack = std::make_shared<std::string>();
+    pCommand->add_option("TRACK", *pTrack, szTrackHelp)->required();
     pCommand->callback([options, pTrack] {
         CLinkSession session(*options, Patience::Long);
-        session.Do([&] { session.Client().ClearTrack(session.IsAudioSuite(), *pTrack); });
+        const int nTrack = session.TrackNumber(*pTrack);
+        session.Do([&] { session.Client().ClearTrack(session.IsAudioSuite(), nTrack); });
         session.RequireNoError();
-        session.Print("Track " + std::to_string(*pTrack) + " is empty.",
-                      json{{"cleared", *pTrack}});
+        session.Print("Track " + std::to_string(nTrack) + " is empty.", json{{"cleared", nTrack}});
     });
 }
 
@@ -463,8 +524,8 @@ void AddLinkCommands(CLI::App& app) {
                      "for those that work)")
         ->check(CLI::PositiveNumber);
     for (const auto add :
-         {AddStatus, AddTracks, AddCapture, AddRender, AddExport, AddApt, AddDoubler, AddClear,
-          AddOffset, AddPrint, AddRun, AddRescue, AddWatch}) {
+         {AddStatus, AddTracks, AddRegions, AddCapture, AddRender, AddExport, AddApt, AddDoubler,
+          AddClear, AddOffset, AddPrint, AddRun, AddRescue, AddWatch}) {
         add(*pLink, pOptions);
     }
 }

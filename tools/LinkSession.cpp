@@ -1,11 +1,14 @@
 #include "tools/LinkSession.h"
 
+#include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
 
 #include "platform/NumberText.h"
+#include "tools/InputOutput.h"
 #include "tools/LinkRescue.h"
 #include "tools/ToolFailure.h"
 
@@ -99,10 +102,25 @@ void CLinkSession::RequireNoError() {
     if (!m_client.m_strLastError.empty()) Fail("");
 }
 
+int CLinkSession::TrackNumber(std::string const& strTrack) {
+    int nTrack = 0;
+    const char* const pEnd = strTrack.data() + strTrack.size();
+    const auto read = std::from_chars(strTrack.data(), pEnd, nTrack);
+    if (read.ec == std::errc() && read.ptr == pEnd) return nTrack;
+    const std::vector<std::string> tracks = Tracks();
+    const auto found = std::find(tracks.begin(), tracks.end(), strTrack);
+    if (found == tracks.end())
+        throw CToolFailure(exitTrouble, "there is no track " + Quoted(strTrack),
+                           "`tavarin link tracks` lists them.", "usage");
+    if (std::count(tracks.begin(), tracks.end(), strTrack) > 1)
+        throw CToolFailure(exitTrouble, "there is more than one track " + Quoted(strTrack),
+                           "Give its number.", "usage");
+    return static_cast<int>(found - tracks.begin());
+}
+
 int CLinkSession::SampleRate() {
-    const std::string strDocument =
-        IsAudioSuite() ? "SelectAudioSuiteDocument" : "SelectScriptDocument";
-    const std::string strRate = Run("if " + strDocument + "() then\nprint(GetSampleRate())\nend\n");
+    const std::string strRate =
+        Run("if " + SelectDocument() + " then\nprint(GetSampleRate())\nend\n");
     const auto nRate = static_cast<int>(ParseInteger(strRate.c_str()));
     if (nRate < 1) throw CToolFailure(exitNegative, "the host does not say its sample rate");
     return nRate;

@@ -39,6 +39,16 @@ public:
     /// The host's track names; ends the command when they cannot be read.
     std::vector<std::string> Tracks();
 
+    /// The number of the track that a person calls by its number or name; ends the command when
+    /// there is none, or more than one of that name.
+    int TrackNumber(std::string const& strTrack);
+
+    /// What a script begins with that works on the chosen document: a call that answers whether it
+    /// is there.
+    std::string SelectDocument() const {
+        return IsAudioSuite() ? "SelectAudioSuiteDocument()" : "SelectScriptDocument()";
+    }
+
     /// Runs a script and returns what it printed; ends the command when the exchange or the script
     /// failed.
     std::string Run(std::string script);
