@@ -165,6 +165,9 @@ function(tavarin_install_programs component)
             "${completions}/bash/${program}" @ONLY)
         configure_file("${PROJECT_SOURCE_DIR}/completions/tavarin.zsh.in"
             "${completions}/zsh/_${program}" @ONLY)
+        # One table for all of them.
+        file(READ "${PROJECT_SOURCE_DIR}/man/exit-status.in" TAVARIN_EXIT_STATUS)
+        string(STRIP "${TAVARIN_EXIT_STATUS}" TAVARIN_EXIT_STATUS)
         configure_file("${PROJECT_SOURCE_DIR}/man/${program}.1.in"
             "${PROJECT_BINARY_DIR}/man/${program}.1" @ONLY)
         install(FILES "${PROJECT_BINARY_DIR}/man/${program}.1"

@@ -6,6 +6,7 @@
 #include <memory>
 #include <thread>
 
+#include "host/RateNotices.h"
 #include "host/ReferenceHost.h"
 #include "host/SessionFile.h"
 #include "host/SessionKeeper.h"
@@ -15,8 +16,8 @@
 namespace {
 
 constexpr int kExitDone = 0;
-constexpr int kExitFailed = 1;
-constexpr int kExitUsage = 2;
+constexpr int kExitNegative = 1;
+constexpr int kExitTrouble = 2;
 constexpr std::chrono::milliseconds kSavePeriod{200};
 
 volatile std::sig_atomic_t g_fStop = 0;
@@ -36,6 +37,7 @@ struct Arguments {
     std::string strAudioDirectory;
     bool fVerbose = false;
     bool fQuiet = false;
+    std::vector<std::string> ownOptions;  ///< those given of which a session file has its own
 };
 
 void Declare(CLI::App& app, Arguments& arguments) {
@@ -62,13 +64,41 @@ void Declare(CLI::App& app, Arguments& arguments) {
     app.add_flag("--quiet", arguments.fQuiet, "show errors only")->excludes("--verbose");
 }
 
+void Tell(std::string const& strText) {
+    std::fprintf(stderr, "tavarin-host: %s\n", strText.c_str());
+}
+
+// A host that made the directory would keep the session where nobody looks for it.
+void RequireDirectoryOf(std::string const& strFile) {
+    const std::filesystem::path directory = std::filesystem::path(strFile).parent_path();
+    if (directory.empty() || std::filesystem::is_directory(directory)) return;
+    throw CSessionFileError("cannot save the session \"" + strFile + "\": the directory \"" +
+                            directory.string() + "\" is not there");
+}
+
+void TellMissingAudio(CSession const& session) {
+    for (DocumentKind kind : kDocumentKinds)
+        for (CTrack const& track : session.Document(kind).m_Tracks)
+            for (CRegion const& region : track.m_Regions) {
+                std::error_code none;
+                if (std::filesystem::exists(region.m_strFile, none)) continue;
+                Tell("the audio file \"" + region.m_strFile + "\" of a region on track \"" +
+                     track.m_strName + "\" is missing");
+            }
+}
+
 CSession MakeSession(Arguments const& arguments) {
+    if (!arguments.strSessionFile.empty()) RequireDirectoryOf(arguments.strSessionFile);
     const bool fLoad =
         !arguments.strSessionFile.empty() && std::filesystem::exists(arguments.strSessionFile);
     CSession session = fLoad ? LoadSession(arguments.strSessionFile)
                              : CSession(arguments.tracks, arguments.nSampleRate);
     if (!fLoad) session.SetLinkSMPTEOffset(arguments.dOffset);
     session.SetSelected(!arguments.fNoSession);
+    if (!fLoad) return session;
+    for (std::string const& strOption : arguments.ownOptions)
+        Tell(strOption + " is not used: \"" + arguments.strSessionFile + "\" has its own");
+    TellMissingAudio(session);
     return session;
 }
 
@@ -137,15 +167,18 @@ int RunHost(Arguments const& arguments) {
     CSessionKeeper keeper = MakeKeeper(arguments);
     keeper.Begin(host);
     Announce(arguments, host);
+    CRateNotices rates;
     while (!g_fStop) {
+        rates.KeepUp(host);
         std::this_thread::sleep_for(kSavePeriod);
         keeper.KeepUp(host);
     }
     // What is still being answered belongs into the files too.
     host.Close();
+    rates.KeepUp(host);
     const bool fAllKept = keeper.End(host);
     if (!arguments.fQuiet) std::fputs(DescribeSession(host.Snapshot()).c_str(), stdout);
-    return fAllKept ? kExitDone : kExitFailed;
+    return fAllKept ? kExitDone : kExitNegative;
 }
 
 }  // namespace
@@ -160,14 +193,16 @@ int main(int argc, char** argv) {
     Declare(app, arguments);
     try {
         app.parse(argc, argv);
-    } catch (CLI::ParseError const& usage) {
-        return app.exit(usage) == 0 ? kExitDone : kExitUsage;
-    }
-
-    try {
+        for (const char* szOption : {"--tracks", "--sample-rate", "--smpte-offset"})
+            if (app.count(szOption) > 0) arguments.ownOptions.emplace_back(szOption);
         return RunHost(arguments);
+    } catch (CLI::ParseError const& usage) {
+        return app.exit(usage) == 0 ? kExitDone : kExitTrouble;
+    } catch (CHostSegmentError const& refusal) {
+        Tell(refusal.what());
+        return kExitNegative;
     } catch (std::exception const& failure) {
-        std::fprintf(stderr, "tavarin-host: %s\n", failure.what());
-        return kExitFailed;
+        Tell(failure.what());
+        return kExitTrouble;
     }
 }

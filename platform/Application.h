@@ -3,6 +3,9 @@
 /// \file
 /// What a program with windows says to the platform's AppKit besides what all of them understand.
 
+/// Whether there is a display that windows could be shown on, as far as the environment says.
+bool HasDisplay();
+
 /// To be called before the application object is made: the program is one with windows of its own,
 /// and shows no window that only this platform's applications have.
 void PrepareApplication();

@@ -15,8 +15,9 @@ namespace {
 
 constexpr int kMostFiles = 100000;
 
-// Where the directories of all plug-ins are made, by the first variable that is set.
-std::string Home() {
+}  // namespace
+
+std::string CaptureHome() {
     struct CPlace {
         const char* szVariable;
         const char* szBelow;
@@ -29,8 +30,6 @@ std::string Home() {
     }
     return std::filesystem::temp_directory_path().string();
 }
-
-}  // namespace
 
 std::string CCaptureDirectory::Path() const {
     const std::lock_guard lock(m_Lock);
@@ -62,7 +61,7 @@ std::string CCaptureDirectory::NewFile(const char* szStem) {
 bool CCaptureDirectory::Make() {
     std::error_code error;
     if (!m_strPath.empty() && std::filesystem::is_directory(m_strPath, error)) return true;
-    const std::string strHome = Home();
+    const std::string strHome = CaptureHome();
     m_strPath = CDiskPath(&strHome).CreateUniqueSubDirectory("Captures").GetFullPathString();
     return !m_strPath.empty();
 }

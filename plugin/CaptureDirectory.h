@@ -3,6 +3,10 @@
 #include <mutex>
 #include <string>
 
+/// Where the directories of all plug-ins are made: below the first of TAVARIN_CAPTURES,
+/// XDG_DATA_HOME and HOME that is set.
+std::string CaptureHome();
+
 /// The directory that one plug-in writes its takes and returned files into. It is made when the
 /// first file is, with a name that nothing else has. Any thread but the audio thread.
 class CCaptureDirectory {

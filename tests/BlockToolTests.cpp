@@ -205,10 +205,10 @@ TEST_F(BlockTool, LeavesTheOldFileWhenItCannotPack) {
     m_directory.Write("old.session", "old");
     m_directory.Write("nameless.json",
                       R"({"format":"session","id":"XY","name":"","parameters":[]})");
-    EXPECT_EQ(1, Run("block pack nameless.json -o old.session").status);
+    EXPECT_EQ(2, Run("block pack nameless.json -o old.session --force").status);
     m_directory.Write("identity.json", R"({"format":"bare","parameters":[
         {"type":"fileId","name":"A","value":[1,2]}]})");
-    EXPECT_EQ(1, Run("block pack identity.json -o old.session").status);
+    EXPECT_EQ(2, Run("block pack identity.json -o old.session --force").status);
     EXPECT_EQ("old", m_directory.Read("old.session"));
     EXPECT_EQ(2, Run("block pack identity.json -o").status);
 }
@@ -232,8 +232,107 @@ TEST_F(BlockTool, DoesNotPackANameThatASessionWouldCutOff) {
                       R"({"format": "session", "id": "XY", "name": "", "parameters": [
                           {"type": "bool", "name": "a\u0000b", "value": true}]})");
     const CResult packed = Run("block pack zero.json -o zero.session");
-    EXPECT_EQ(1, packed.status);
+    EXPECT_EQ(2, packed.status);
     EXPECT_NE(std::string::npos, packed.errors.find("zero byte"));
+}
+
+TEST_F(BlockTool, ReplacesNoFileUnlessItIsTold) {
+    m_directory.Write("old.session", "old");
+    m_directory.Write("a.json", R"({"format":"bare","parameters":[]})");
+    const CResult refused = Run("block pack a.json -o old.session");
+    EXPECT_EQ(2, refused.status);
+    EXPECT_NE(std::string::npos, refused.errors.find("is there already")) << refused.errors;
+    EXPECT_NE(std::string::npos, refused.errors.find("--force"));
+    EXPECT_EQ("old", m_directory.Read("old.session"));
+    EXPECT_EQ(0, Run("block pack a.json -o old.session --force").status);
+    EXPECT_EQ(4u, m_directory.Read("old.session").size());
+}
+
+TEST_F(BlockTool, FilesAreMadeUnderTheUmaskAndThroughLinks) {
+    m_directory.Write("a.json", R"({"format":"bare","parameters":[]})");
+    const mode_t before = umask(0027);
+    EXPECT_EQ(0, Run("block pack a.json -o made").status);
+    umask(before);
+    struct stat status {};
+    ASSERT_EQ(0, stat(m_directory.File("made").c_str(), &status));
+    EXPECT_EQ(0640u, status.st_mode & 0777);
+
+    m_directory.MakeDirectory("real");
+    std::filesystem::create_symlink("real/file", m_directory.File("link"));
+    EXPECT_EQ(0, Run("block pack a.json -o link").status);
+    EXPECT_TRUE(std::filesystem::is_symlink(m_directory.File("link")));
+    EXPECT_EQ(4u, m_directory.Read("real/file").size());
+}
+
+TEST_F(BlockTool, OutputThatCannotBeWrittenIsAnError) {
+    CParameterBlock block = Sample();
+    Save(block, "a.session");
+    for (const char* szCommand :
+         {"block dump a.session", "block dump --json a.session", "block dump --bytes a.session",
+          "timecode 5", "--version", "--help"}) {
+        const CResult result = Run(std::string(szCommand) + " >/dev/full 2>err; exit $? #");
+        EXPECT_EQ(2, result.status) << szCommand;
+        EXPECT_NE(std::string::npos, result.errors.find("cannot write to standard output"))
+            << result.errors;
+    }
+}
+
+TEST_F(BlockTool, AnImageThatIsCutOffIsDamagedWhereverItIsCut) {
+    CParameterBlock block = Sample();
+    Save(block, "a.session");
+    const std::string image = m_directory.Read("a.session");
+    for (std::size_t nLeft = 1; nLeft < image.size(); ++nLeft) {
+        if (nLeft < image.size() - 40 && nLeft % 29 != 0) continue;
+        m_directory.Write("cut", image.substr(0, nLeft));
+        EXPECT_EQ(1, Run("block dump cut").status) << nLeft << " of " << image.size();
+    }
+    CParameterBlock truth;
+    truth.AddParameter("Last", true);
+    Save(truth, "truth.session");
+    const std::string whole = m_directory.Read("truth.session");
+    m_directory.Write("cut", whole.substr(0, whole.size() - 1));
+    const CResult cut = Run("block dump cut");
+    EXPECT_EQ(1, cut.status) << cut.output;
+    EXPECT_NE(std::string::npos, cut.errors.find("a value is cut off")) << cut.errors;
+    m_directory.Write("empty");
+    EXPECT_EQ(1, Run("block dump empty").status);
+    EXPECT_NE(std::string::npos, Run("block dump empty").errors.find("it is empty"));
+}
+
+TEST_F(BlockTool, EntriesOfUnknownTypeAreADifference) {
+    Write("one", Bytes("02000000 02000000 01000000 41 05000000 0B000000"));
+    Write("none", Bytes("01000000 02000000 01000000 41 05000000"));
+    const CResult result = Run("block diff --bare one none");
+    EXPECT_EQ(1, result.status);
+    EXPECT_EQ("~ / entries of unknown type 1 -> 0\n", result.output);
+}
+
+TEST_F(BlockTool, PathsThatNobodyCanUseEndWithTwo) {
+    std::filesystem::create_symlink("round", m_directory.File("round"));
+    for (std::string const& strPath :
+         {std::string("round"), std::string(5000, 'x'), std::string("file/below")}) {
+        m_directory.Write("file");
+        for (const char* szCommand : {"block dump ", "block pack -o out ",
+                                      "link capture --track 0 "
+                                      "--position 0 ",
+                                      "link run "}) {
+            const CResult result = Run(szCommand + strPath);
+            EXPECT_EQ(2, result.status) << szCommand << strPath.substr(0, 20) << result.errors;
+            EXPECT_NE(std::string::npos, result.errors.find("tavarin: ")) << szCommand;
+        }
+    }
+}
+
+TEST_F(BlockTool, WithJsonFailuresAreJsonWithACode) {
+    const auto errors = [this](std::string const& strArguments) {
+        return Run(strArguments).errors;
+    };
+    EXPECT_EQ(0u, errors("block dump --json missing").find("{\"advice\":"));
+    EXPECT_NE(std::string::npos,
+              errors("block dump --json missing").find("\"code\":\"unreadable\""));
+    EXPECT_NE(std::string::npos, errors("link --json nonsense").find("\"code\":\"usage\""));
+    m_directory.Write("text", "no image");
+    EXPECT_NE(std::string::npos, errors("block dump --json text").find("\"code\":\"damaged\""));
 }
 
 TEST_F(BlockTool, RefusesJsonThatIsNoBlock) {
@@ -257,11 +356,11 @@ TEST_F(BlockTool, RefusesJsonThatIsNoBlock) {
     };
     for (std::string const& entry : entries) {
         m_directory.Write("bad.json", R"({"format":"bare","parameters":[)" + entry + "]}");
-        EXPECT_EQ(1, Run("block pack bad.json -o out.block").status) << entry;
+        EXPECT_EQ(2, Run("block pack bad.json -o out.block").status) << entry;
         EXPECT_FALSE(m_directory.Has("out.block")) << entry;
     }
     m_directory.Write("bad.json", "{");
-    EXPECT_EQ(1, Run("block pack bad.json -o out.block").status);
+    EXPECT_EQ(2, Run("block pack bad.json -o out.block").status);
 }
 
 TEST_F(BlockTool, ShowsNoDifferenceBetweenEqualFiles) {
@@ -345,10 +444,10 @@ TEST_F(TimecodeTool, CountsDropFrame) {
 }
 
 TEST_F(TimecodeTool, TellsWhatIsNoPosition) {
-    EXPECT_EQ(1, Run("timecode 25:00:00:00").status);
-    EXPECT_EQ(1, Run("timecode 00:61:00:00").status);
-    EXPECT_EQ(1, Run("timecode 00:00:00").status);
-    EXPECT_EQ(1, Run("timecode 00:00:00:00:00").status);
+    EXPECT_EQ(2, Run("timecode 25:00:00:00").status);
+    EXPECT_EQ(2, Run("timecode 00:61:00:00").status);
+    EXPECT_EQ(2, Run("timecode 00:00:00").status);
+    EXPECT_EQ(2, Run("timecode 00:00:00:00:00").status);
     EXPECT_EQ(2, Run("timecode soon").status);
     EXPECT_EQ(2, Run("timecode nan").status);
     EXPECT_EQ(2, Run("timecode 0 --fps 0").status);

@@ -94,6 +94,7 @@ TEST_F(HostCheck, ReferenceHostPassesEveryRuleAndIsLeftAsItWas) {
         const std::vector<RuleReport> reports = CheckHost(options);
         EXPECT_EQ(Named(reports, Verdict::Fail), Strings{}) << Seen(reports);
         EXPECT_EQ(FindingOf("export", reports).verdict, Verdict::Pass);
+        EXPECT_EQ(Conclusion(reports), Verdict::Pass);
         EXPECT_EQ(FindingOf("clear", reports).strSeen, "regions left: 0 0 0");
     }
 }
@@ -112,6 +113,31 @@ TEST_F(HostCheck, WithoutASessionOnlyTheDirectoryIsJudged) {
     EXPECT_EQ(Named(reports, Verdict::Fail), Strings{});
     EXPECT_EQ(FindingOf("host-id", reports).strSeen,
               "id 0: no session is selected; select one and run this again");
+    EXPECT_EQ(Conclusion(reports), Verdict::NotTried) << "nothing was found out";
+    CChildProcess tool({TAVARIN_TOOL_PROGRAM, "check-host"}, m_directory.File("out"),
+                       m_directory.File("err"));
+    EXPECT_EQ(tool.Wait(), 3);
+    EXPECT_EQ(m_directory.Read("err"),
+              "tavarin: the host was not judged: host-id was not tried: id 0: no session is "
+              "selected; select one and run this again\n");
+}
+
+TEST_F(HostCheck, ChosenRulesBringThoseThatTheyNeed) {
+    Start({TAVARIN_HOST_PROGRAM, "--quiet"});
+    HostCheckOptions options = QuickOptions();
+    options.only = {"host-id"};
+    const Strings few = Named(CheckHost(options), Verdict::Pass);
+    EXPECT_EQ(few.front(), "directory-exists");
+    EXPECT_EQ(few.back(), "host-id");
+    EXPECT_EQ(few.size(), CountRules(options));
+    options.only.clear();
+    options.skip = {"host-id"};
+    const std::vector<RuleReport> without = CheckHost(options);
+    EXPECT_EQ(FindingOf("host-id", without).strSeen, "no such rule");
+    EXPECT_EQ(FindingOf("capture", without).strSeen, "no such rule") << "it needs the host's id";
+    EXPECT_EQ(Conclusion(without), Verdict::Pass);
+    options.skip = {"nonsense"};
+    EXPECT_THROW(CheckHost(options), std::invalid_argument);
 }
 
 TEST_F(HostCheck, MinimalHostLacksOnlyCommands) {

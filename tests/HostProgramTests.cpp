@@ -1,111 +1,12 @@
 // The link client and the command-line tool against the program tavarin-host, as a user runs them.
 
-#include <gtest/gtest.h>
-
 #include <sys/stat.h>
 
-#include <csignal>
-#include <filesystem>
-#include <nlohmann/json.hpp>
-#include <optional>
-
-#include "ChildProcess.h"
 #include "FileIO/FileName.h"
 #include "HostPairs.h"
-#include "TemporaryDirectory.h"
-#include "TestTone.h"
-#include "link/TANClientInterProcess.h"
+#include "HostProgramFixture.h"
 
 namespace {
-
-namespace fs = std::filesystem;
-using nlohmann::json;
-
-constexpr int kRate = 8000;
-constexpr int kFrames = 3 * kRate;
-
-class HostProgram : public testing::Test {
-protected:
-    void SetUp() override {
-        // As a terminal leaves them, whoever runs the tests.
-        std::signal(SIGHUP, SIG_DFL);
-        std::signal(SIGPIPE, SIG_DFL);
-        WriteTestTone(m_directory.File("guide.wav"), kRate, kFrames);
-        WriteTestTone(m_directory.File("dub.wav"), kRate, kFrames, kRate / 4);
-    }
-
-    void TearDown() override {
-        if (m_host) StopHost();
-    }
-
-    void StartHost(std::vector<std::string> arguments = {},
-                   std::vector<std::string> const& starter = {}) {
-        arguments.insert(arguments.begin(), {TAVARIN_HOST_PROGRAM, "--sample-rate", "8000",
-                                             "--tracks", "Guide,Dub,Out,Double"});
-        arguments.insert(arguments.begin(), starter.begin(), starter.end());
-        m_host.emplace(arguments, m_directory.File("host.out"), m_directory.File("host.err"));
-        for (int nTry = 0; nTry < 500; ++nTry) {
-            if (m_client.GetCurrentIdFromMainDirectory() >= 0) return;
-            usleep(10'000);
-        }
-        FAIL() << "the host did not start: " << m_directory.Read("host.err");
-    }
-
-    int StopHost(int nSignal = SIGTERM) {
-        m_host->Signal(nSignal);
-        return m_host->Wait();
-    }
-
-    int CountErrors(std::string const& strText) const {
-        const std::string strErrors = m_directory.Read("host.err");
-        int nCount = 0;
-        for (std::size_t n = 0; (n = strErrors.find(strText, n)) != std::string::npos; ++n) {
-            ++nCount;
-        }
-        return nCount;
-    }
-
-    bool WaitForError(std::string const& strText) const {
-        for (int nTry = 0; nTry < 1000; ++nTry) {
-            if (CountErrors(strText) > 0) return true;
-            usleep(10'000);
-        }
-        return false;
-    }
-
-    // Until the host has written its files for the first time; what it says then.
-    std::string AwaitReady() const {
-        for (int nTry = 0; nTry < 1000; ++nTry) {
-            const std::string strOutput = m_directory.Read("host.out");
-            if (strOutput.ends_with('\n')) return strOutput;
-            usleep(10'000);
-        }
-        return {};
-    }
-
-    std::string AudioDirectory() const {
-        const std::string strBefore = "audio in ", strReady = AwaitReady();
-        const std::size_t nAt = strReady.find(strBefore) + strBefore.size();
-        return strReady.substr(nAt, strReady.size() - 1 - nAt);
-    }
-
-    // Runs the tool; its output is in Output() and Errors() afterwards.
-    int Tool(std::vector<std::string> arguments) {
-        arguments.insert(arguments.begin(), TAVARIN_TOOL_PROGRAM);
-        return CChildProcess(arguments, m_directory.File("tool.out"), m_directory.File("tool.err"))
-            .Wait();
-    }
-    std::string Output() const { return m_directory.Read("tool.out"); }
-    std::string Errors() const { return m_directory.Read("tool.err"); }
-    json OutputAsJson() const { return json::parse(Output()); }
-
-    std::string Guide() const { return m_directory.File("guide.wav"); }
-    std::string Dub() const { return m_directory.File("dub.wav"); }
-
-    CTemporaryDirectory m_directory;
-    CTANClientInterProcess m_client;
-    std::optional<CChildProcess> m_host;
-};
 
 TEST_F(HostProgram, ServesEveryCommandOfTheClient) {
     StartHost();
@@ -282,8 +183,35 @@ TEST_F(HostProgram, SessionThatCannotBeSavedAtTheStartRefusesIt) {
     CChildProcess host({TAVARIN_HOST_PROGRAM, "--session", m_directory.File("nowhere/s.json"),
                         "--audio", m_directory.File("audio")},
                        m_directory.File("1.out"), m_directory.File("1.err"));
-    EXPECT_EQ(host.Wait(), 1);
+    EXPECT_EQ(host.Wait(), 2);
     EXPECT_NE(m_directory.Read("1.err").find("cannot save the session"), std::string::npos);
+}
+
+TEST_F(HostProgram, DirectoryOfASessionIsNotMadeUp) {
+    CChildProcess host({TAVARIN_HOST_PROGRAM, "--session", m_directory.File("nowhere/s.json")},
+                       m_directory.File("1.out"), m_directory.File("1.err"));
+    EXPECT_EQ(host.Wait(), 2);
+    EXPECT_NE(m_directory.Read("1.err").find("is not there"), std::string::npos);
+    EXPECT_FALSE(m_directory.Has("nowhere"));
+}
+
+TEST_F(HostProgram, LoadedSessionTellsWhatItLacksAndWhatItOverrides) {
+    const std::string strSession = m_directory.File("session.json");
+    StartHost({"--session", strSession});
+    ASSERT_EQ(Tool({"link", "capture", Guide(), "--track", "1", "--position", "0"}), 0);
+    ASSERT_EQ(StopHost(), 0);
+    EXPECT_EQ(m_directory.Read("host.err"), "");
+    fs::remove(Guide());
+    StartHost({"--session", strSession});
+    AwaitReady();
+    EXPECT_EQ(m_directory.Read("host.err"), "tavarin-host: --tracks is not used: \"" + strSession +
+                                                "\" has its own\n"
+                                                "tavarin-host: --sample-rate is not used: \"" +
+                                                strSession +
+                                                "\" has its own\n"
+                                                "tavarin-host: the audio file \"" +
+                                                Guide() +
+                                                "\" of a region on track \"Dub\" is missing\n");
 }
 
 TEST_F(HostProgram, EveryCaptureThatWasTakenIsSavedWhenItStops) {
@@ -402,10 +330,116 @@ TEST_F(HostProgram, ToolRunsTheWholeJourney) {
     EXPECT_EQ(run({"export", "-o", strExported}), 0) << Errors();
     EXPECT_GT(fs::file_size(strExported), static_cast<std::uintmax_t>(kFrames));
     EXPECT_EQ(Output(), "File: " + strExported + " (24000 samples, 3.00 s)\n");
+    EXPECT_EQ(run({"doubler"}), 2) << "no default could be right: a dub may lie there";
     EXPECT_EQ(run({"doubler", "--output", "3"}), 0) << Errors();
     EXPECT_EQ(run({"clear", "3"}), 0);
-    EXPECT_EQ(run({"doubler", "--input", "3"}), 1);
+    EXPECT_EQ(run({"doubler", "--input", "3", "--output", "2"}), 1);
     EXPECT_NE(Errors().find("holds no region"), std::string::npos);
+}
+
+TEST_F(HostProgram, FileOfAnotherSampleRateIsToldAndHeardAtItsOwnPitch) {
+    StartHost({"--timeline", m_directory.File("timeline.svg")});
+    const std::string strSpeech = m_directory.File("speech.wav");
+    WriteTestTone(strSpeech, 2 * kRate, 4 * kRate);
+    ASSERT_EQ(Tool({"link", "capture", strSpeech, "--track", "0", "--position", "0"}), 0);
+    EXPECT_EQ(Errors(), "tavarin: \"" + strSpeech +
+                            "\" has a sample rate of 16000 Hz, the session has 8000 Hz: the host "
+                            "has to resample it\n");
+    ASSERT_EQ(Tool({"link", "export", "--json"}), 0);
+    EXPECT_EQ(OutputAsJson()["frames"], 2 * kRate) << "two seconds, as in the file";
+    EXPECT_EQ(OutputAsJson()["sample_rate"], kRate);
+    EXPECT_TRUE(WaitForError("has 16000 Hz, the session has 8000 Hz; it is resampled"));
+    EXPECT_EQ(StopHost(), 0);
+    EXPECT_EQ(CountErrors("it is resampled"), 1);
+    EXPECT_NE(m_directory.Read("host.out")
+                  .find("region from 0 to 16000 (2 s) of speech.wav, resampled from 16000 Hz\n"),
+              std::string::npos)
+        << m_directory.Read("host.out");
+    EXPECT_NE(m_directory.Read("timeline.svg").find("(16000 Hz)"), std::string::npos);
+}
+
+TEST_F(HostProgram, ExportReplacesNothingUnlessItIsTold) {
+    StartHost();
+    ASSERT_EQ(Tool({"link", "capture", Guide(), "--track", "0", "--position", "0"}), 0);
+    const std::string strThere = m_directory.Write("there.wav", "mine");
+    EXPECT_EQ(Tool({"link", "export", "-o", strThere}), 2);
+    EXPECT_NE(Errors().find("is there already"), std::string::npos) << Errors();
+    EXPECT_EQ(m_directory.Read("there.wav"), "mine");
+    EXPECT_EQ(Tool({"link", "export", "-o", strThere, "--force"}), 0) << Errors();
+    EXPECT_EQ(ReadSoundFile(strThere).samples.size(), std::size_t{kFrames});
+}
+
+TEST_F(HostProgram, ExportWritesTheFormatThatTheNameSays) {
+    StartHost();
+    ASSERT_EQ(Tool({"link", "capture", Guide(), "--track", "0", "--position", "0"}), 0);
+    const struct {
+        const char* szName;
+        const char* szMagic;
+    } formats[] = {{"a.wav", "RIFF"}, {"a.flac", "fLaC"}, {"a.OGG", "OggS"}};
+    for (auto const& format : formats) {
+        ASSERT_EQ(Tool({"link", "export", "--json", "-o", m_directory.File(format.szName)}), 0)
+            << Errors();
+        EXPECT_EQ(m_directory.Read(format.szName).substr(0, 4), format.szMagic);
+        EXPECT_EQ(OutputAsJson()["frames"], kFrames);
+    }
+    for (const char* szName : {"a.mp3", "a"}) {
+        EXPECT_EQ(Tool({"link", "export", "-o", m_directory.File(szName)}), 2);
+        EXPECT_FALSE(m_directory.Has(szName));
+    }
+    EXPECT_NE(Errors().find(".wav, .flac or .ogg"), std::string::npos) << Errors();
+    ASSERT_EQ(Tool({"link", "export", "-o", "-"}), 0);
+    EXPECT_EQ(Output().substr(0, 4), "RIFF");
+    EXPECT_GT(Output().size(), 4 * std::size_t{kFrames});
+}
+
+TEST_F(HostProgram, CapturesThatMakeNoSenseAreRefusedBeforeAnythingIsSent) {
+    StartHost();
+    const std::vector<std::vector<std::string>> senseless{
+        {"--position", "nan"},
+        {"--position", "inf"},
+        {"--position", "0", "--channels", "0,0"},
+        {"--position", "0", "--channels", "1"},
+        {"--position", "0", "--end", "-5"},
+        {"--position", "0", "--end", "24001"},
+        {"--position", "0", "--start", "-1"},
+        {"--position", "0", "--start", "100", "--end", "100"}};
+    for (auto const& options : senseless) {
+        std::vector<std::string> arguments{"link", "capture", Guide(), "--track", "0"};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        EXPECT_EQ(Tool(arguments), 2) << options.back();
+        EXPECT_NE(Errors(), "");
+    }
+    EXPECT_EQ(StopHost(), 0);
+    EXPECT_EQ(m_directory.Read("host.out").find("guide.wav"), std::string::npos);
+}
+
+TEST_F(HostProgram, TracksHaveNamesAndPlacesHaveSeconds) {
+    StartHost();
+    EXPECT_EQ(Tool({"link", "regions"}), 0);
+    EXPECT_EQ(Output(), "There are no regions.\n");
+    ASSERT_EQ(Tool({"link", "capture", Guide(), "--track", "Dub", "--position", "2.5s"}), 0)
+        << Errors();
+    ASSERT_EQ(Tool({"link", "doubler", "--input", "Dub", "--start", "3s", "--end", "24000",
+                    "--output", "Out"}),
+              1)
+        << "it ends where it starts";
+    EXPECT_EQ(Tool({"link", "regions"}), 0);
+    EXPECT_EQ(Output(), "1  Dub  20000 to 44000 (3.00 s)\n");
+    EXPECT_EQ(Tool({"link", "regions", "--json"}), 0);
+    EXPECT_EQ(OutputAsJson()["regions"],
+              json::array({{{"track", 1}, {"name", "Dub"}, {"start", 20000}, {"end", 44000}}}));
+    EXPECT_EQ(Tool({"link", "clear", "Nobody"}), 2);
+    EXPECT_NE(Errors().find("there is no track \"Nobody\""), std::string::npos) << Errors();
+    EXPECT_EQ(Tool({"link", "clear", "Dub"}), 0);
+    EXPECT_EQ(Tool({"link", "capture", Guide(), "--track", "0", "--position", "2.5m"}), 2);
+}
+
+TEST_F(HostProgram, FileOfTheSessionsRateNeedsNoWord) {
+    StartHost();
+    ASSERT_EQ(Tool({"link", "capture", Guide(), "--track", "0", "--position", "0"}), 0);
+    EXPECT_EQ(Errors(), "");
+    EXPECT_EQ(StopHost(), 0);
+    EXPECT_EQ(m_directory.Read("host.err"), "");
 }
 
 TEST_F(HostProgram, ToolWatchesTheLink) {
@@ -432,6 +466,54 @@ TEST_F(HostProgram, ToolWithoutAHostGivesErrorAndAdvice) {
     EXPECT_EQ(Errors(),
               "tavarin: Error - Tavarin Pro is not running.\n"
               "         Locate and launch Tavarin Pro.\n");
+}
+
+TEST_F(HostProgram, ToolWithoutAHostSaysSoInJsonToo) {
+    EXPECT_EQ(Tool({"link", "tracks", "--json"}), 1);
+    EXPECT_EQ(Output(), "");
+    EXPECT_EQ(json::parse(Errors()), (json{{"code", "no_host"},
+                                           {"error", "Error - Tavarin Pro is not running."},
+                                           {"advice", "Locate and launch Tavarin Pro."}}));
+}
+
+TEST_F(HostProgram, TextIsPrintedAsTextUnlessItIsCalledAScript) {
+    StartHost({"--verbose"});
+    const std::string strText = "'\" .. GetTrackCount() .. \"' \\ \n end";
+    EXPECT_EQ(Tool({"link", "print", strText}), 0) << Errors();
+    EXPECT_EQ(Tool({"link", "print", "--script", "\" .. GetProcessID() .. \""}), 0) << Errors();
+    const std::string strProcess = std::to_string(m_host->Id());
+    EXPECT_EQ(StopHost(), 0);
+    const std::string strLog = m_directory.Read("host.out");
+    EXPECT_NE(strLog.find("--- reply\n" + strText + "\n"), std::string::npos) << strLog;
+    EXPECT_NE(strLog.find("--- reply\n" + strProcess), std::string::npos) << strLog;
+}
+
+TEST_F(HostProgram, QuoteInAFileNameIsRefusedBeforeAnythingIsSent) {
+    StartHost({"--verbose"});
+    const std::string strQuote = m_directory.File("a\"b.wav");
+    fs::copy_file(Guide(), strQuote);
+    EXPECT_EQ(Tool({"link", "capture", strQuote, "--track", "0", "--position", "0"}), 2);
+    EXPECT_NE(Errors().find("a\\\"b.wav\" has a quotation mark"), std::string::npos) << Errors();
+    EXPECT_EQ(StopHost(), 0);
+    EXPECT_EQ(m_directory.Read("host.out").find("--- script"), std::string::npos);
+}
+
+TEST_F(HostProgram, PlacesInScriptsAreToldOfTheUsersOwnOnly) {
+    StartHost();
+    EXPECT_EQ(Tool({"link", "clear", "99"}), 1);
+    EXPECT_EQ(Errors().find("script:"), std::string::npos) << Errors();
+    EXPECT_NE(Errors().find("there is no track number 99"), std::string::npos) << Errors();
+    EXPECT_EQ(Tool({"link", "run", m_directory.Write("bad.lua", "\n\nerror('oops')")}), 1);
+    EXPECT_NE(Errors().find("script:3: oops"), std::string::npos) << Errors();
+}
+
+TEST_F(HostProgram, MistypedCommandIsNamedWithTheNearestOne) {
+    EXPECT_EQ(Tool({"link", "--timeout", "5", "statsu"}), 2);
+    EXPECT_EQ(Errors(),
+              "tavarin: there is no command \"statsu\" in \"tavarin link\"; did you mean "
+              "\"status\"?\n");
+    EXPECT_EQ(Tool({"blok"}), 2);
+    EXPECT_NE(Errors().find("did you mean \"block\"?"), std::string::npos) << Errors();
 }
 
 TEST_F(HostProgram, WrongCommandLinesEndWithTwo) {

@@ -28,6 +28,15 @@ if(programs AND TARGET tavarin AND TARGET tavarin-host)
         COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/install-test" "${CMAKE_COMMAND}"
                 "${PROJECT_BINARY_DIR}" "${PROJECT_VERSION}" ${compilation})
 endif()
+if(programs AND TARGET tavarin AND TARGET tavarin-host)
+    foreach(journey IN ITEMS engineer host-developer session-reader)
+        add_test(NAME JourneyTests.${journey}
+            COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/journeys/journey" "${CMAKE_COMMAND}"
+                    "${PROJECT_BINARY_DIR}" "${CMAKE_CURRENT_SOURCE_DIR}/journeys/${journey}")
+        set_tests_properties(JourneyTests.${journey} PROPERTIES TIMEOUT 120 LABELS slow
+            RESOURCE_LOCK tavarin_shared_memory)
+    endforeach()
+endif()
 add_test(NAME SubdirectoryTests
     COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/subdirectory-test" "${CMAKE_COMMAND}"
             "${PROJECT_SOURCE_DIR}" ${compilation})

@@ -45,6 +45,15 @@ protected:
         return Log().find(strPart) != std::string::npos;
     }
 
+    int CountTakes() const {
+        int nCount = 0;
+        for (auto const& entry :
+             std::filesystem::recursive_directory_iterator(m_directory.File("takes"))) {
+            nCount += entry.path().extension() == ".wav";
+        }
+        return nCount;
+    }
+
     sf_count_t Frames(std::string const& strName) const {
         SF_INFO info{};
         SNDFILE* const pFile = sf_open(m_directory.File(strName).c_str(), SFM_READ, &info);
@@ -53,14 +62,13 @@ protected:
     }
 
     CTemporaryDirectory m_directory;
+    const CScopedEnvironment m_captures{"TAVARIN_CAPTURES", m_directory.MakeDirectory("takes")};
     CTANClientInterProcess m_client;
     std::optional<CChildProcess> m_host;
 };
 
 TEST_F(Workstation, RunsAWholeCycle) {
     StartHost();
-    // What the program keeps for itself goes where this test can look.
-    const CScopedEnvironment temporary("TMPDIR", m_directory.MakeDirectory("tmp"));
     ASSERT_EQ(Run({"--view", "apt", "--auto-switch", "on", "--capture", "guide@48000", "--capture",
                    "dub@52000", "--render", "--export", m_directory.File("aligned.wav"),
                    "--screenshot", m_directory.File("window.png"), "--quit"}),
@@ -70,7 +78,8 @@ TEST_F(Workstation, RunsAWholeCycle) {
     EXPECT_TRUE(
         HasLine("apt  TASR  after   nSampleRate 48000  lStart 48000  lEnd 192000  fResult 1"));
     EXPECT_EQ(m_directory.Read("window.png").substr(1, 3), "PNG");
-    EXPECT_TRUE(std::filesystem::is_empty(m_directory.File("tmp"))) << "captures are tidied away";
+    EXPECT_TRUE(HasLine("apt  the host has the take")) << Log();
+    EXPECT_EQ(CountTakes(), 2) << "the host's session refers to them";
 }
 
 TEST_F(Workstation, StoresTheSwitchInTheUsersDefaults) {
@@ -139,7 +148,40 @@ TEST_F(Workstation, TwoAtOnceShareOneHost) {
 TEST_F(Workstation, WithoutAHostTheStepsFailAndTheStatusSaysSo) {
     EXPECT_EQ(Run({"--view", "apt", "--capture", "guide@0", "--render", "--quit"}), 1);
     EXPECT_TRUE(HasLine("fResult 0")) << Log();
-    EXPECT_TRUE(HasLine("the step failed"));
+    EXPECT_TRUE(HasLine("apt  the step failed: Error - Tavarin Pro is not running.")) << Log();
+}
+
+TEST_F(Workstation, TakeWithoutAHostIsKeptAndToldAndTheStatusSaysSo) {
+    EXPECT_EQ(Run({"--view", "link", "--capture", "guide@48000", "--quit"}), 1);
+    EXPECT_TRUE(HasLine("link  the take waits for a host: ")) << Log();
+    EXPECT_TRUE(HasLine("link  a take still waits for the host: ")) << Log();
+    EXPECT_EQ(CountTakes(), 1);
+}
+
+TEST_F(Workstation, TakeThatWaitedIsHandedOverWhenThereIsAHost) {
+    auto workstation = Start("run", {"--view", "doubler", "--capture", "guide@48000", "--wait", "4",
+                                     "--export", m_directory.File("doubled.wav"), "--quit"});
+    for (int nTry = 0; nTry < 1000 && !HasLine("the take waits for a host"); ++nTry) usleep(10'000);
+    StartHost();
+    EXPECT_EQ(workstation->Wait(), 0) << Log();
+    EXPECT_TRUE(HasLine("doubler  the host has the take")) << Log();
+    EXPECT_GT(Frames("doubled.wav"), 0);
+}
+
+TEST_F(Workstation, ExportReplacesNoFile) {
+    StartHost();
+    m_directory.Write("there.wav", "mine");
+    EXPECT_EQ(Run({"--view", "doubler", "--capture", "guide@0", "--export",
+                   m_directory.File("there.wav"), "--quit"}),
+              1);
+    EXPECT_EQ(m_directory.Read("there.wav"), "mine");
+}
+
+TEST_F(Workstation, WithoutADisplayThereIsOneSentence) {
+    const CScopedEnvironment display("DISPLAY", "");
+    EXPECT_EQ(Run({"--quit"}), 2);
+    EXPECT_EQ(m_directory.Read("run.err"),
+              "tavarin-workstation: there is no display: DISPLAY is not set\n");
 }
 
 TEST_F(Workstation, MissingTakesAndBundlesAreNamed) {
@@ -147,7 +189,7 @@ TEST_F(Workstation, MissingTakesAndBundlesAreNamed) {
     EXPECT_TRUE(HasLine("nothing.wav: No such file")) << Log();
     m_directory.Write("text.wav", "this is no sound");
     EXPECT_EQ(Run({"--capture", m_directory.File("text.wav"), "--quit"}), 1);
-    EXPECT_EQ(Run({"--bundle", m_directory.MakeDirectory("Empty.bundle"), "--quit"}), 1);
+    EXPECT_EQ(Run({"--bundle", m_directory.MakeDirectory("Empty.bundle"), "--quit"}), 2);
     EXPECT_NE(m_directory.Read("run.err").find("Empty.bundle"), std::string::npos);
 }
 

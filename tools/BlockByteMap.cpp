@@ -22,6 +22,8 @@ public:
 
     bool WriteBare() { return Entries(); }
 
+    std::string const& Fault() const { return m_strFault; }
+
 private:
     std::size_t Left() const { return m_image.size() - m_nAt; }
 
@@ -46,6 +48,7 @@ private:
     }
 
     bool Stop(std::string const& why) {
+        m_strFault = why + ", with " + std::to_string(Left()) + " bytes left";
         m_out << "the map ends here, with " << Left() << " bytes left: " << why << '\n';
         return false;
     }
@@ -201,12 +204,14 @@ private:
     std::size_t m_nAt = 0;
     bool m_fTokens = false;
     std::uint64_t m_nUnfolded = 0;
+    std::string m_strFault;
     std::vector<std::string> m_names;
 };
 
 }  // namespace
 
-bool WriteByteMap(std::ostream& out, std::string const& image, std::string const* id) {
+std::string WriteByteMap(std::ostream& out, std::string const& image, std::string const* id) {
     CByteMap map(out, image);
-    return id != nullptr ? map.WriteSession(*id) : map.WriteBare();
+    id != nullptr ? map.WriteSession(*id) : map.WriteBare();
+    return map.Fault();
 }

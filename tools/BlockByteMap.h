@@ -7,6 +7,6 @@
 ///
 /// `id` is the identifier that a session image begins with, or null for a bare image. The map ends
 /// where the image ends or no longer makes sense, and says so; it reads the bytes on its own,
-/// without the container, so that one can be held against the other. Returns whether it came to the
-/// end.
-bool WriteByteMap(std::ostream& out, std::string const& image, std::string const* id);
+/// without the container, so that one can be held against the other. Returns an empty text when it
+/// came to the end, or else why not.
+std::string WriteByteMap(std::ostream& out, std::string const& image, std::string const* id);

@@ -25,6 +25,7 @@ struct CDumpOptions {
 struct CPackOptions {
     std::string strFile = "-";
     std::string strOutput;
+    bool fForce = false;
 };
 
 struct CDiffOptions {
@@ -64,8 +65,12 @@ void Dump(CDumpOptions const& options) {
         notice.MakeRoom();
         const std::string id =
             options.form.fBare ? "" : IdentifierOf(options.form, image, options.strFile);
-        if (!WriteByteMap(std::cout, image, options.form.fBare ? nullptr : &id))
-            throw CToolFailure(exitNegative, Quoted(options.strFile) + " is not one whole image");
+        const std::string fault =
+            WriteByteMap(std::cout, image, options.form.fBare ? nullptr : &id);
+        if (!fault.empty())
+            throw CToolFailure(exitNegative,
+                               Quoted(options.strFile) + " is not one whole image: " + fault, "",
+                               "damaged");
         return;
     }
     CBlockDocument document;
@@ -75,7 +80,8 @@ void Dump(CDumpOptions const& options) {
         WriteJson(std::cout, document);
     else
         WriteTree(std::cout, document);
-    if (!fault.empty()) throw CToolFailure(exitNegative, Quoted(options.strFile) + ": " + fault);
+    if (!fault.empty())
+        throw CToolFailure(exitNegative, Quoted(options.strFile) + ": " + fault, "", "damaged");
 }
 
 void Pack(CPackOptions const& options) {
@@ -85,18 +91,20 @@ void Pack(CPackOptions const& options) {
     const std::string fault = ReadJson(text, document);
     if (!fault.empty())
         throw CToolFailure(
-            exitNegative,
+            exitTrouble,
             Quoted(options.strFile) +
-                " is not a block in JSON as `tavarin block dump --json` writes it: " + fault);
-    WriteOutput(options.strOutput, MakeImage(document));
+                " is not a block in JSON as `tavarin block dump --json` writes it: " + fault,
+            "", "damaged");
+    WriteOutput(options.strOutput, MakeImage(document),
+                options.fForce ? Replace::Yes : Replace::No);
 }
 
 void LoadWhole(CBlockForm const& form, std::string const& image, std::string const& path,
                CBlockDocument& document) {
     const std::string fault = LoadImage(form, image, path, document);
     if (!fault.empty())
-        throw CToolFailure(exitTrouble,
-                           Quoted(path) + ": " + fault + "; `tavarin block dump` shows it");
+        throw CToolFailure(exitTrouble, Quoted(path) + ": " + fault,
+                           "`tavarin block dump` shows it.", "damaged");
 }
 
 void Diff(CDiffOptions const& options) {
@@ -126,9 +134,9 @@ void AddPack(CLI::App& block) {
     auto options = std::make_shared<CPackOptions>();
     CLI::App* pack = block.add_subcommand("pack", "Make a file from what `dump --json` shows");
     pack->add_option("JSON", options->strFile, "The JSON file (default: standard input)");
-    pack->add_option("-o,--output", options->strOutput,
-                     "The file to make; - for standard output. It is replaced whole or not at all")
+    pack->add_option("-o,--output", options->strOutput, "The file to make; - for standard output")
         ->required();
+    pack->add_flag("--force", options->fForce, "Replace the file if it is there");
     pack->callback([options] { Pack(*options); });
 }
 

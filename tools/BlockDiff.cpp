@@ -28,6 +28,12 @@ Entries EntriesOf(CParameterBlock const& block) {
     return entries;
 }
 
+// Entries of no known type have neither name nor value: there is nothing but their number.
+std::size_t CountUnknown(CParameterBlock const& block) {
+    return static_cast<std::size_t>(
+        std::count(block.parameters.begin(), block.parameters.end(), nullptr));
+}
+
 // How to get to a block. Blocks nest too deep to keep a text for each.
 struct CPath {
     CPath const* parent;
@@ -99,6 +105,10 @@ private:
         }
         // The first of the nested blocks is to be compared next.
         std::reverse(m_open.begin() + opened, m_open.end());
+        const std::size_t nUnknown = CountUnknown(*pair.first);
+        if (nUnknown != CountUnknown(*pair.second))
+            Line('~', Text(pair.path) + "/ entries of unknown type " + std::to_string(nUnknown) +
+                          " -> " + std::to_string(CountUnknown(*pair.second)));
         if (common != commonInSecond) Line('~', "order of the entries of " + Text(pair.path) + "/");
     }
 

@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <limits>
 #include <memory>
+#include <ostream>
 #include <type_traits>
 
+#include "tools/BlockByteMap.h"
 #include "tools/InputOutput.h"
 #include "tools/ToolFailure.h"
 #include "utils/ParameterTree.h"
@@ -33,12 +35,18 @@ std::string LoadBare(std::string const& image, CBlockDocument& document) {
            "--bare)?";
 }
 
+// A value that is cut off reads as nothing; only the bytes themselves tell.
+std::string FaultOfBytes(std::string const& image, std::string const& id) {
+    std::ostream nowhere(nullptr);
+    return WriteByteMap(nowhere, image, &id);
+}
+
 std::string LoadSession(std::string const& image, CBlockDocument& document) {
     const std::vector<const char*> ids{document.strId.c_str()};
     switch (document.block.LoadBinarySessionFromMemory(&ids, BytesOf(image),
                                                        static_cast<unsigned int>(image.size()))) {
         case sessionDone:
-            return "";
+            return FaultOfBytes(image, document.strId);
         case sessionHeaderFailed:
             return "no acceptable session header for the identifier " + Quoted(document.strId) +
                    "; is it a bare image (--bare) or another identifier (--id)?";
@@ -57,7 +65,8 @@ std::string IdentifierOf(CBlockForm const& form, std::string const& image,
         throw CToolFailure(exitNegative,
                            Quoted(path) +
                                " is no session image: no zero byte ends an identifier; "
-                               "is it a bare image (--bare)?");
+                               "is it a bare image (--bare)?",
+                           "", "damaged");
     return image.substr(0, end);
 }
 
@@ -68,7 +77,7 @@ std::string LoadImage(CBlockForm const& form, std::string const& image, std::str
                            Quoted(path) + " is too long for an image, which ends below 4 GiB");
     document.fBare = form.fBare;
     if (form.fBare) return LoadBare(image, document);
-    if (image.empty()) return "";
+    if (image.empty()) return "it is empty; a session image has a header at least";
     document.strId = IdentifierOf(form, image, path);
     return LoadSession(image, document);
 }
@@ -81,10 +90,10 @@ std::string MakeImage(CBlockDocument& document) {
         hasZeroBytes = hasZeroBytes || parameter.name.find('\0') != std::string::npos;
     });
     if (hasFileIds)
-        throw CToolFailure(exitNegative,
+        throw CToolFailure(exitTrouble,
                            "a file identity cannot be saved; take out the entries of type fileId");
     if (hasZeroBytes && !document.fBare)
-        throw CToolFailure(exitNegative,
+        throw CToolFailure(exitTrouble,
                            "a name holds a zero byte, at which a session image would end it");
     if (document.fBare) {
         unsigned long size = 0;
@@ -97,7 +106,7 @@ std::string MakeImage(CBlockDocument& document) {
         document.block.SaveBinarySessionToMemory(document.strId.c_str(), data.get());
     if (length == 0)
         throw CToolFailure(
-            exitNegative,
+            exitTrouble,
             "there is no such image: a session needs one name at least, ends below 4 GiB, and its "
             "names unfold to a gibibyte at most");
     return {reinterpret_cast<const char*>(CFDataGetBytePtr(data.get())), length};

@@ -2,13 +2,11 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
-#include <memory>
 
 #include "platform/Utf8.h"
 #include "tools/ToolFailure.h"
@@ -34,53 +32,6 @@ std::string SystemError() {
     return std::strerror(errno);
 }
 
-// A new file beside `path`, gone unless it is moved into place.
-class CFileBeside {
-public:
-    explicit CFileBeside(std::string const& path) : m_strPath(path), m_strBeside(path + ".XXXXXX") {
-        const int descriptor = mkstemp(m_strBeside.data());
-        if (descriptor >= 0) m_pStream = fdopen(descriptor, "wb");
-    }
-    CFileBeside(CFileBeside const&) = delete;
-    CFileBeside& operator=(CFileBeside const&) = delete;
-    ~CFileBeside() {
-        if (m_pStream != nullptr) std::fclose(m_pStream);
-        if (!m_fMoved) std::remove(m_strBeside.c_str());
-    }
-
-    bool Write(std::string const& bytes) {
-        return m_pStream != nullptr &&
-               std::fwrite(bytes.data(), 1, bytes.size(), m_pStream) == bytes.size();
-    }
-
-    bool MoveIntoPlace() {
-        const int closed = std::fclose(m_pStream);
-        m_pStream = nullptr;
-        if (closed != 0) return false;
-        GiveUsualPermissions();
-        m_fMoved = std::rename(m_strBeside.c_str(), m_strPath.c_str()) == 0;
-        return m_fMoved;
-    }
-
-private:
-    // A temporary file is its owner's alone; the result gets the permissions of the file it
-    // replaces, or those that a new file usually has.
-    void GiveUsualPermissions() const {
-        namespace fs = std::filesystem;
-        std::error_code missing;
-        const fs::file_status old = fs::status(m_strPath, missing);
-        const fs::perms usual = fs::perms::owner_read | fs::perms::owner_write |
-                                fs::perms::group_read | fs::perms::others_read;
-        std::error_code ignored;
-        fs::permissions(m_strBeside, fs::is_regular_file(old) ? old.permissions() : usual, ignored);
-    }
-
-    std::string m_strPath;
-    std::string m_strBeside;
-    std::FILE* m_pStream = nullptr;
-    bool m_fMoved = false;
-};
-
 // Something that is there and no file, such as a pipe, is written to where it is.
 bool TakesNoReplacement(std::string const& path) {
     std::error_code none;
@@ -94,39 +45,51 @@ bool WriteInPlace(std::string const& path, std::string const& bytes) {
     return file.good();
 }
 
-bool WriteBeside(std::string const& path, std::string const& bytes) {
-    CFileBeside file(path);
-    return file.Write(bytes) && file.MoveIntoPlace();
-}
-
 }  // namespace
 
 std::string ReadInput(std::string const& path) {
     if (path == "-") return {std::istreambuf_iterator<char>(std::cin), {}};
-    if (std::filesystem::is_directory(path))
-        throw CToolFailure(exitTrouble, Quoted(path) + " is a directory; name a file in it");
+    std::error_code none;
+    if (std::filesystem::is_directory(path, none))
+        throw CToolFailure(exitTrouble, Quoted(path) + " is a directory; name a file in it", "",
+                           "unreadable");
     std::ifstream file(path, std::ios::binary);
     if (!file)
-        throw CToolFailure(exitTrouble, "cannot open " + Quoted(path) + ": " + SystemError() +
-                                            "; check the path and its permissions");
+        throw CToolFailure(exitTrouble, "cannot open " + Quoted(path) + ": " + SystemError(),
+                           "Check the path and its permissions.", "unreadable");
     std::string bytes{std::istreambuf_iterator<char>(file), {}};
     if (file.bad())
-        throw CToolFailure(exitTrouble, "cannot read " + Quoted(path) + ": " + SystemError());
+        throw CToolFailure(exitTrouble, "cannot read " + Quoted(path) + ": " + SystemError(), "",
+                           "unreadable");
     return bytes;
 }
 
-void WriteOutput(std::string const& path, std::string const& bytes) {
+void WriteOutput(std::string const& path, std::string const& bytes, Replace replace) {
     if (path == "-") {
-        std::cout.write(bytes.data(), static_cast<std::streamsize>(bytes.size())).flush();
-        if (!std::cout)
-            throw CToolFailure(exitTrouble, "cannot write to standard output; is it still open?");
+        std::cout.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        RequireOutput();
         return;
     }
-    const bool written =
-        TakesNoReplacement(path) ? WriteInPlace(path, bytes) : WriteBeside(path, bytes);
-    if (!written)
-        throw CToolFailure(exitTrouble, "cannot write " + Quoted(path) + ": " + SystemError() +
-                                            "; check the path, its permissions and the space left");
+    RequireRoomFor(path, replace);
+    if (TakesNoReplacement(path)) {
+        if (WriteInPlace(path, bytes)) return;
+        throw CToolFailure(exitTrouble, "cannot write " + Quoted(path) + ": " + SystemError(),
+                           "Check the path, its permissions and the space left.", "unwritable");
+    }
+    CNewFile file(path);
+    file.Write(bytes);
+    file.Keep();
+}
+
+void RequireOutput() {
+    errno = 0;
+    std::cout.flush();
+    const bool fWritten = std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && std::cout.good();
+    if (fWritten) return;
+    throw CToolFailure(
+        exitTrouble,
+        "cannot write to standard output" + (errno != 0 ? ": " + SystemError() : std::string()), "",
+        "unwritable");
 }
 
 std::string Quoted(std::string const& text) {

@@ -1,14 +1,19 @@
 #include "tools/LinkCommands.h"
 
+#include <cmath>
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <set>
 
 #include "FileIO/FileName.h"
+#include "tools/AudioCopy.h"
 #include "tools/AudioProbe.h"
 #include "tools/InputOutput.h"
+#include "tools/LinkRescue.h"
 #include "tools/LinkSession.h"
 #include "tools/LinkWatch.h"
+#include "tools/TimelinePosition.h"
 #include "tools/ToolFailure.h"
 
 namespace {
@@ -16,26 +21,36 @@ namespace {
 using nlohmann::json;
 using OptionsPointer = std::shared_ptr<CLinkOptions const>;
 
-// Start and end of a stretch of the timeline, in samples. What is not given is taken from the first
-// region of the track.
+// Start and end of a stretch of the timeline, as given and then in samples. What is not given is
+// taken from the first region of the track.
 struct Extent {
+    std::string strStart, strEnd;
     std::optional<std::int64_t> lStart;
     std::optional<std::int64_t> lEnd;
 };
 
+constexpr char szTrackHelp[] = "number from 0, or name";
+
 void AddExtent(CLI::App& command, std::string const& strPrefix, Extent& extent) {
-    command.add_option("--" + strPrefix + "start", extent.lStart,
-                       "start in samples (default: the track's first region)");
-    command.add_option("--" + strPrefix + "end", extent.lEnd,
-                       "end in samples (default: the track's first region)");
+    command.add_option("--" + strPrefix + "start", extent.strStart,
+                       "start, in samples or as 2.5s (default: the track's first region)");
+    command.add_option("--" + strPrefix + "end", extent.strEnd,
+                       "end, in samples or as 2.5s (default: the track's first region)");
+}
+
+std::optional<std::int64_t> PlaceIn(CLinkSession& session, std::string const& strOption,
+                                    std::string const& strText) {
+    if (strText.empty()) return std::nullopt;
+    const CTimelinePosition position = ReadTimelinePosition(strOption, strText);
+    return std::llround(position.Samples(position.fSeconds ? session.SampleRate() : 1));
 }
 
 void FillExtent(CLinkSession& session, int nTrack, Extent& extent) {
+    extent.lStart = PlaceIn(session, "the start", extent.strStart);
+    extent.lEnd = PlaceIn(session, "the end", extent.strEnd);
     if (extent.lStart && extent.lEnd) return;
-    const std::string strDocument =
-        session.IsAudioSuite() ? "SelectAudioSuiteDocument" : "SelectScriptDocument";
     std::string strReply =
-        session.Run("if " + strDocument + "() then\n" +                         //
+        session.Run("if " + session.SelectDocument() + " then\n" +              //
                     "idTrack = GetTrackID(" + std::to_string(nTrack) + ")\n" +  //
                     "if GetRegionCount(idTrack) > 0 then\n" +                   //
                     "idRegion = GetRegionID(idTrack, 0)\n" +                    //
@@ -61,10 +76,11 @@ std::string DescribeExtent(Extent const& extent) {
 void AddStatus(CLI::App& link, OptionsPointer options) {
     CLI::App* const pCommand = link.add_subcommand("status", "say whether a host is running");
     pCommand->callback([options] {
-        CLinkSession session(*options);
+        CLinkSession session(*options, Patience::Short);
         const int id = session.RequireHost();
-        const std::int64_t lProcess = session.Client().GetTANProcessID();
-        const std::int32_t nCount = session.Client().GetUpdateCount();
+        const std::int64_t lProcess =
+            session.Do([&] { return session.Client().GetTANProcessID(); });
+        const std::int32_t nCount = session.Do([&] { return session.Client().GetUpdateCount(); });
         session.Print("Host " + std::to_string(id) + " is running (process " +
                           std::to_string(lProcess) + ") with a session selected; update count " +
                           std::to_string(nCount) + ".",
@@ -75,7 +91,7 @@ void AddStatus(CLI::App& link, OptionsPointer options) {
 void AddTracks(CLI::App& link, OptionsPointer options) {
     CLI::App* const pCommand = link.add_subcommand("tracks", "list the host's tracks");
     pCommand->callback([options] {
-        CLinkSession session(*options);
+        CLinkSession session(*options, Patience::Short);
         const std::vector<std::string> tracks = session.Tracks();
         std::string strText;
         for (std::size_t nTrack = 0; nTrack < tracks.size(); ++nTrack) {
@@ -86,10 +102,53 @@ void AddTracks(CLI::App& link, OptionsPointer options) {
     });
 }
 
+void ListRegions(CLinkOptions const& options) {
+    CLinkSession session(options, Patience::Short);
+    const std::vector<std::string> tracks = session.Tracks();
+    const int nRate = session.SampleRate();
+    std::string strReply = session.Run("if " + session.SelectDocument() +
+                                       " then\n"
+                                       "nRegions = 0\n"
+                                       "for nTrack = 0,GetTrackCount()-1 do\n"
+                                       "nRegions = nRegions + GetRegionCount(GetTrackID(nTrack))\n"
+                                       "end\n"
+                                       "print(3*nRegions)\n"
+                                       "for nTrack = 0,GetTrackCount()-1 do\n"
+                                       "idTrack = GetTrackID(nTrack)\n"
+                                       "for nRegion = 0,GetRegionCount(idTrack)-1 do\n"
+                                       "idRegion = GetRegionID(idTrack, nRegion)\n"
+                                       "print(nTrack)\n"
+                                       "print(GetRegionStartPosition(idRegion))\n"
+                                       "print(GetRegionEndPosition(idRegion))\n"
+                                       "end\nend\nend\n");
+    std::vector<std::string> values;
+    session.Client().SplitResult(strReply, &values);
+    std::string strText;
+    json regions = json::array();
+    for (std::size_t n = 0; n + 2 < values.size(); n += 3) {
+        const auto nTrack = static_cast<std::size_t>(std::stoll(values[n]));
+        const std::int64_t lStart = std::stoll(values[n + 1]), lEnd = std::stoll(values[n + 2]);
+        const std::string strName = nTrack < tracks.size() ? tracks[nTrack] : "";
+        char seconds[64];
+        std::snprintf(seconds, sizeof seconds, " (%.2f s)",
+                      static_cast<double>(lEnd - lStart) / nRate);
+        strText += (strText.empty() ? "" : "\n") + values[n] + "  " + strName + "  " +
+                   std::to_string(lStart) + " to " + std::to_string(lEnd) + seconds;
+        regions.push_back({{"track", nTrack}, {"name", strName}, {"start", lStart}, {"end", lEnd}});
+    }
+    session.Print(strText.empty() ? "There are no regions." : strText,
+                  json{{"sample_rate", nRate}, {"regions", regions}});
+}
+
+void AddRegions(CLI::App& link, OptionsPointer options) {
+    CLI::App* const pCommand = link.add_subcommand("regions", "list what lies where");
+    pCommand->callback([options] { ListRegions(*options); });
+}
+
 struct CaptureArguments {
     std::string strFile;
-    int nTrack = 0;
-    double dPosition = 0;
+    std::string strTrack;
+    std::string strPosition;
     std::optional<double> dStart;
     std::optional<double> dEnd;
     std::vector<int> channels;
@@ -105,37 +164,85 @@ CAudioLength RequireAudio(std::string const& strPath) {
     try {
         return ProbeAudio(strPath);
     } catch (std::exception const& failure) {
-        throw CToolFailure(exitTrouble,
-                           std::string(failure.what()) + "; give the path of an audio file");
+        throw CToolFailure(exitTrouble, failure.what(), "Give the path of an audio file.",
+                           "unreadable");
     }
 }
 
+[[noreturn]] void RefuseCapture(std::string const& strWhy) {
+    throw CToolFailure(exitTrouble, strWhy, "", "usage");
+}
+
+// What a host would cut, pass over or misunderstand is refused here.
+void RequireSense(CaptureArguments const& arguments, std::string const& strPath,
+                  CAudioLength const& length) {
+    if (strPath.find_first_of("\"\n\r") != std::string::npos)
+        RefuseCapture("the name " + Quoted(strPath) +
+                      " has a quotation mark or a line end, which the link cannot carry");
+    const double dStart = arguments.dStart.value_or(0);
+    const auto dFrames = static_cast<double>(length.m_lFrames);
+    const double dEnd = arguments.dEnd.value_or(dFrames);
+    if (!(dStart >= 0 && dStart < dEnd && dEnd <= dFrames))
+        RefuseCapture("--start and --end do not lie one behind the other in " + Quoted(strPath) +
+                      ", which has " + std::to_string(length.m_lFrames) + " samples");
+    std::set<int> seen;
+    for (const int nChannel : arguments.channels) {
+        if (nChannel >= length.m_nChannels)
+            RefuseCapture(Quoted(strPath) + " has no channel " + std::to_string(nChannel) +
+                          ": it has " + std::to_string(length.m_nChannels) + ", counted from 0");
+        if (!seen.insert(nChannel).second)
+            RefuseCapture("--channels names channel " + std::to_string(nChannel) + " twice");
+    }
+}
+
+// What the host makes of a file of another rate is the host's business: the reference host
+// resamples it.
+void WarnOfAnotherRate(CLinkSession& session, std::string const& strPath, int nFileRate,
+                       int nSessionRate) {
+    if (nFileRate == nSessionRate) return;
+    session.Warn(Quoted(strPath) + " has a sample rate of " + std::to_string(nFileRate) +
+                 " Hz, the session has " + std::to_string(nSessionRate) +
+                 " Hz: the host has to resample it");
+}
+
 void Capture(CLinkOptions const& options, CaptureArguments const& arguments) {
-    CLinkSession session(options);
-    session.RequireHost();
     const std::string strPath = std::filesystem::absolute(arguments.strFile).string();
     const CAudioLength length = RequireAudio(strPath);
+    RequireSense(arguments, strPath, length);
+    const CTimelinePosition position = ReadTimelinePosition("--position", arguments.strPosition);
+    CLinkSession session(options, Patience::Long);
+    session.RequireHost();
+    const int nTrack = session.TrackNumber(arguments.strTrack);
     CFileName file(strPath.c_str());
     const double dStart = arguments.dStart.value_or(0);
     const double dEnd = arguments.dEnd.value_or(static_cast<double>(length.m_lFrames));
 
+    const int nSessionRate = session.SampleRate();
+    const double dPosition = position.Samples(nSessionRate);
     CTANClientInterProcess& client = session.Client();
-    if (client.CheckDuplicateRegion(session.IsAudioSuite(), arguments.nTrack, &file,
-                                    arguments.dPosition, dStart, dEnd)) {
+    const bool fDuplicate = session.Do([&] {
+        return client.CheckDuplicateRegion(session.IsAudioSuite(), nTrack, &file, dPosition, dStart,
+                                           dEnd);
+    });
+    if (fDuplicate) {
         session.Fail("");
     }
     session.RequireNoError();
-    const int nStatus =
-        client.SendFile(session.IsAudioSuite(), arguments.nTrack, &file, arguments.dPosition,
-                        dStart, dEnd, ChannelMask(arguments.channels));
+    const int nStatus = session.Do([&] {
+        return client.SendFile(session.IsAudioSuite(), nTrack, &file, dPosition, dStart, dEnd,
+                               ChannelMask(arguments.channels));
+    });
     if (nStatus != 0) session.Fail("the file could not be sent");
     session.RequireNoError();
-    session.Print("Sent " + strPath + " to track " + std::to_string(arguments.nTrack) + ".",
+    WarnOfAnotherRate(session, strPath, length.m_nSampleRate, nSessionRate);
+    session.Print("Sent " + strPath + " to track " + std::to_string(nTrack) + ".",
                   json{{"file", strPath},
-                       {"track", arguments.nTrack},
-                       {"position", arguments.dPosition},
+                       {"track", nTrack},
+                       {"position", dPosition},
                        {"start", dStart},
-                       {"end", dEnd}});
+                       {"end", dEnd},
+                       {"file_rate", length.m_nSampleRate},
+                       {"session_rate", nSessionRate}});
 }
 
 void AddCapture(CLI::App& link, OptionsPointer options) {
@@ -143,13 +250,16 @@ void AddCapture(CLI::App& link, OptionsPointer options) {
         link.add_subcommand("capture", "hand an audio file over, unless the host has it already");
     const auto pArguments = std::make_shared<CaptureArguments>();
     pCommand->add_option("FILE", pArguments->strFile, "the audio file")->required();
-    pCommand->add_option("--track", pArguments->nTrack, "track number, from 0")->required();
+    pCommand->add_option("--track", pArguments->strTrack, szTrackHelp)->required();
     pCommand
-        ->add_option("--position", pArguments->dPosition,
-                     "where the file's first sample lies on the timeline, in samples")
+        ->add_option("--position", pArguments->strPosition,
+                     "where the file's first sample lies on the timeline, in samples of the "
+                     "session or as 2.5s")
         ->required();
-    pCommand->add_option("--start", pArguments->dStart, "first sample used (default: 0)");
-    pCommand->add_option("--end", pArguments->dEnd, "end of what is used (default: the file's)");
+    pCommand->add_option("--start", pArguments->dStart,
+                         "first sample of the file used (default: 0)");
+    pCommand->add_option("--end", pArguments->dEnd,
+                         "end of what is used of the file (default: all)");
     pCommand->add_option("--channels", pArguments->channels, "channels used, such as 0,2")
         ->delimiter(',')
         ->check(CLI::Range(0, 30));
@@ -162,35 +272,31 @@ void AddRender(CLI::App& link, OptionsPointer options) {
     const auto pRate = std::make_shared<int>(-1);
     pCommand->add_option("--rate", *pRate, "warn when the host's sample rate is another, in Hz");
     pCommand->callback([options, pRate] {
-        CLinkSession session(*options);
+        CLinkSession session(*options, Patience::Long);
         std::int64_t lStart = 0, lEnd = 0;
         CTANClientInterProcess& client = session.Client();
-        if (!client.RenderSelectedRegion(session.IsAudioSuite(), *pRate, &lStart, &lEnd)) {
+        const bool fRendered = session.Do([&] {
+            return client.RenderSelectedRegion(session.IsAudioSuite(), *pRate, &lStart, &lEnd);
+        });
+        if (!fRendered) {
             session.Fail("the host rendered nothing");
         }
-        session.Warn();
+        if (!client.m_strLastError.empty()) session.Warn(client.m_strLastError);
         session.Print(client.m_strRegionInfo,
                       json{{"start", lStart}, {"end", lEnd}, {"info", client.m_strRegionInfo}});
     });
 }
 
-void Export(CLinkOptions const& options, std::string const& strTarget) {
-    CLinkSession session(options);
-    CFileName exported;
-    if (!session.Client().ExportSelectedRegion(session.IsAudioSuite(), 0, &exported)) {
-        session.Fail("the host exported nothing");
-    }
-    std::string strFile = exported.GetFullPath();
-    if (!strTarget.empty()) {
-        std::error_code error;
-        std::filesystem::copy_file(strFile, strTarget,
-                                   std::filesystem::copy_options::overwrite_existing, error);
-        if (error) {
-            throw CToolFailure(exitTrouble, "cannot copy " + strFile + " to " + strTarget + ": " +
-                                                error.message());
-        }
-        strFile = strTarget;
-    }
+struct ExportArguments {
+    std::string strTarget;
+    bool fForce = false;
+};
+
+// What the host has exported, where the user wants it.
+void Deliver(CLinkSession& session, std::string const& strExported, std::string const& strTarget) {
+    const std::string strFile = strTarget.empty() ? strExported : strTarget;
+    if (!strTarget.empty()) CopyAudio(strExported, strTarget);
+    if (strTarget == "-") return;
     const CAudioLength length = RequireAudio(strFile);
     char seconds[32];
     std::snprintf(seconds, sizeof seconds, "%.2f",
@@ -202,27 +308,52 @@ void Export(CLinkOptions const& options, std::string const& strTarget) {
                        {"sample_rate", length.m_nSampleRate}});
 }
 
+void Export(CLinkOptions const& options, ExportArguments const& arguments) {
+    // Before the host is made to work for it.
+    if (!arguments.strTarget.empty()) RequireAudioTarget(arguments.strTarget);
+    RequireRoomFor(arguments.strTarget, arguments.fForce ? Replace::Yes : Replace::No);
+    CLinkSession session(options, Patience::Long);
+    CFileName exported;
+    const bool fExported = session.Do([&] {
+        return session.Client().ExportSelectedRegion(session.IsAudioSuite(), 0, &exported);
+    });
+    if (!fExported) {
+        session.Fail("the host exported nothing");
+    }
+    Deliver(session, exported.GetFullPath(), arguments.strTarget);
+}
+
 void AddExport(CLI::App& link, OptionsPointer options) {
     CLI::App* const pCommand =
         link.add_subcommand("export", "have the host write its selected region into a file");
-    const auto pTarget = std::make_shared<std::string>();
-    pCommand->add_option("-o,--output", *pTarget, "copy the exported file to this path");
-    pCommand->callback([options, pTarget] { Export(*options, *pTarget); });
+    const auto pArguments = std::make_shared<ExportArguments>();
+    pCommand->add_option("-o,--output", pArguments->strTarget,
+                         "copy the exported file to this path, as .wav, .flac or .ogg; - for "
+                         "standard output");
+    pCommand->add_flag("--force", pArguments->fForce, "replace the file if it is there");
+    pCommand->callback([options, pArguments] { Export(*options, *pArguments); });
 }
 
 struct AptArguments {
-    int nGuide = 0, nDub = 1, nOutput = 2;
+    std::string strGuide = "0", strDub = "1", strOutput = "2";
+    int nGuide = 0, nDub = 0, nOutput = 0;
     Extent guide, dub;
 };
 
 void CreateApt(CLinkOptions const& options, AptArguments& arguments) {
-    CLinkSession session(options);
+    CLinkSession session(options, Patience::Long);
+    arguments.nGuide = session.TrackNumber(arguments.strGuide);
+    arguments.nDub = session.TrackNumber(arguments.strDub);
+    arguments.nOutput = session.TrackNumber(arguments.strOutput);
     FillExtent(session, arguments.nGuide, arguments.guide);
     FillExtent(session, arguments.nDub, arguments.dub);
-    if (!session.Client().CreateAPT(session.IsAudioSuite(), arguments.nGuide,
-                                    *arguments.guide.lStart, *arguments.guide.lEnd, arguments.nDub,
-                                    *arguments.dub.lStart, *arguments.dub.lEnd,
-                                    arguments.nOutput)) {
+    const bool fCreated = session.Do([&] {
+        return session.Client().CreateAPT(session.IsAudioSuite(), arguments.nGuide,
+                                          *arguments.guide.lStart, *arguments.guide.lEnd,
+                                          arguments.nDub, *arguments.dub.lStart,
+                                          *arguments.dub.lEnd, arguments.nOutput);
+    });
+    if (!fCreated) {
         session.Fail("the process could not be created");
     }
     session.RequireNoError();
@@ -239,25 +370,31 @@ void CreateApt(CLinkOptions const& options, AptArguments& arguments) {
 void AddApt(CLI::App& link, OptionsPointer options) {
     CLI::App* const pCommand = link.add_subcommand("apt", "have the host align a dub with a guide");
     const auto pArguments = std::make_shared<AptArguments>();
-    pCommand->add_option("--guide", pArguments->nGuide, "guide track")->capture_default_str();
+    pCommand->add_option("--guide", pArguments->strGuide, "guide track")->capture_default_str();
     AddExtent(*pCommand, "guide-", pArguments->guide);
-    pCommand->add_option("--dub", pArguments->nDub, "dub track")->capture_default_str();
+    pCommand->add_option("--dub", pArguments->strDub, "dub track")->capture_default_str();
     AddExtent(*pCommand, "dub-", pArguments->dub);
-    pCommand->add_option("--output", pArguments->nOutput, "output track")->capture_default_str();
+    pCommand->add_option("--output", pArguments->strOutput, "output track")->capture_default_str();
     pCommand->callback([options, pArguments] { CreateApt(*options, *pArguments); });
 }
 
 struct DoublerArguments {
-    int nInput = 0, nOutput = 1;
+    std::string strInput = "0", strOutput;
+    int nInput = 0, nOutput = 0;
     Extent input;
 };
 
 void CreateDoubler(CLinkOptions const& options, DoublerArguments& arguments) {
-    CLinkSession session(options);
+    CLinkSession session(options, Patience::Long);
+    arguments.nInput = session.TrackNumber(arguments.strInput);
+    arguments.nOutput = session.TrackNumber(arguments.strOutput);
     FillExtent(session, arguments.nInput, arguments.input);
-    if (!session.Client().CreateDoubler(session.IsAudioSuite(), arguments.nInput,
-                                        *arguments.input.lStart, *arguments.input.lEnd, 1,
-                                        arguments.nOutput)) {
+    const bool fCreated = session.Do([&] {
+        return session.Client().CreateDoubler(session.IsAudioSuite(), arguments.nInput,
+                                              *arguments.input.lStart, *arguments.input.lEnd, 1,
+                                              arguments.nOutput);
+    });
+    if (!fCreated) {
         session.Fail("the process could not be created");
     }
     session.RequireNoError();
@@ -271,43 +408,59 @@ void CreateDoubler(CLinkOptions const& options, DoublerArguments& arguments) {
 void AddDoubler(CLI::App& link, OptionsPointer options) {
     CLI::App* const pCommand = link.add_subcommand("doubler", "have the host double a voice");
     const auto pArguments = std::make_shared<DoublerArguments>();
-    pCommand->add_option("--input", pArguments->nInput, "input track")->capture_default_str();
+    pCommand->add_option("--input", pArguments->strInput, "input track")->capture_default_str();
     AddExtent(*pCommand, "", pArguments->input);
-    pCommand->add_option("--output", pArguments->nOutput, "output track")->capture_default_str();
+    pCommand->add_option("--output", pArguments->strOutput, "output track")->required();
     pCommand->callback([options, pArguments] { CreateDoubler(*options, *pArguments); });
 }
 
 void AddClear(CLI::App& link, OptionsPointer options) {
     CLI::App* const pCommand =
         link.add_subcommand("clear", "delete a track's regions and marker areas");
-    const auto pTrack = std::make_shared<int>(0);
-    pCommand->add_option("TRACK", *pTrack, "track number, from 0")->required();
+    const auto pTrack = std::make_shared<std::string>();
+    pCommand->add_option("TRACK", *pTrack, szTrackHelp)->required();
     pCommand->callback([options, pTrack] {
-        CLinkSession session(*options);
-        session.Client().ClearTrack(session.IsAudioSuite(), *pTrack);
+        CLinkSession session(*options, Patience::Long);
+        const int nTrack = session.TrackNumber(*pTrack);
+        session.Do([&] { session.Client().ClearTrack(session.IsAudioSuite(), nTrack); });
         session.RequireNoError();
-        session.Print("Track " + std::to_string(*pTrack) + " is empty.",
-                      json{{"cleared", *pTrack}});
+        session.Print("Track " + std::to_string(nTrack) + " is empty.", json{{"cleared", nTrack}});
     });
 }
 
 void AddOffset(CLI::App& link, OptionsPointer options) {
     CLI::App* const pCommand = link.add_subcommand("offset", "read the host's SMPTE offset");
     pCommand->callback([options] {
-        CLinkSession session(*options);
-        const double dOffset = session.Client().GetLinkSMPTEOffset(session.IsAudioSuite());
+        CLinkSession session(*options, Patience::Short);
+        const double dOffset =
+            session.Do([&] { return session.Client().GetLinkSMPTEOffset(session.IsAudioSuite()); });
         session.RequireNoError();
         session.Print(json(dOffset).dump(), json{{"offset", dOffset}});
     });
 }
 
+// As it has to stand between the quotation marks of a script to be that text and nothing else.
+std::string EscapedForScript(std::string const& strText) {
+    std::string strEscaped;
+    for (const char c : strText) {
+        if (c == '"' || c == '\\') strEscaped += '\\';
+        strEscaped += c == '\n' ? "\\n" : std::string(1, c);
+    }
+    return strEscaped;
+}
+
 void AddPrint(CLI::App& link, OptionsPointer options) {
     CLI::App* const pCommand = link.add_subcommand("print", "print a text in the host's log");
     const auto pText = std::make_shared<std::string>();
+    const auto pScript = std::make_shared<bool>(false);
     pCommand->add_option("TEXT", *pText, "the text")->required();
-    pCommand->callback([options, pText] {
-        CLinkSession session(*options);
-        session.Client().PrintToTavarin(pText->c_str());
+    pCommand->add_flag("--script", *pScript,
+                       "the text stands between the quotation marks of a script as it is");
+    pCommand->callback([options, pText, pScript] {
+        CLinkSession session(*options, Patience::Short);
+        const std::string strText = *pScript ? *pText : EscapedForScript(*pText);
+        if (*pScript) session.ShowPlacesInScript();
+        session.Do([&] { session.Client().PrintToTavarin(strText.c_str()); });
         session.RequireNoError();
     });
 }
@@ -315,19 +468,37 @@ void AddPrint(CLI::App& link, OptionsPointer options) {
 void AddRun(CLI::App& link, OptionsPointer options) {
     CLI::App* const pCommand = link.add_subcommand("run", "run a script and show what it printed");
     const auto pFile = std::make_shared<std::string>();
-    const auto pTimeout = std::make_shared<int>(-1);
     pCommand->add_option("FILE", *pFile, "the script; - for standard input")->required();
-    pCommand->add_option("--timeout", *pTimeout, "milliseconds for each wait; -1: no limit")
-        ->capture_default_str();
-    pCommand->callback([options, pFile, pTimeout] {
+    pCommand->callback([options, pFile] {
         const std::string strScript = ReadInput(*pFile);
-        CLinkSession session(*options);
-        const std::string strReply = session.Run(strScript, *pTimeout);
+        CLinkSession session(*options, Patience::Long);
+        session.ShowPlacesInScript();
+        const std::string strReply = session.Run(strScript);
         if (options->m_fJson) {
             session.Print("", json{{"printed", strReply}});
         } else {
             std::fputs(strReply.c_str(), stdout);
         }
+    });
+}
+
+void AddRescue(CLI::App& link, OptionsPointer options) {
+    CLI::App* const pCommand =
+        link.add_subcommand("rescue", "send away whoever waits for a host that is proven dead");
+    const auto pId = std::make_shared<int>(1);
+    pCommand->add_option("--id", *pId, "the dead host's id")
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str();
+    pCommand->callback([options, pId] {
+        const CRescue rescue = RescueFromDeadHost(*pId);
+        if (!rescue.fDone)
+            throw CToolFailure(
+                exitNegative,
+                "host " + std::to_string(*pId) + " is not proven dead: " + rescue.strWhy,
+                "Nobody was sent away.", "refused");
+        CLinkSession(*options, Patience::Short)
+            .Print("Whoever waited for host " + std::to_string(*pId) + " was sent away.",
+                   json{{"rescued", *pId}});
     });
 }
 
@@ -347,8 +518,14 @@ void AddLinkCommands(CLI::App& app) {
     pLink->add_flag("--json", pOptions->m_fJson, "print JSON");
     pLink->add_flag("--audiosuite", pOptions->m_fAudioSuite,
                     "use the host's AudioSuite document instead of its script document");
-    for (const auto add : {AddStatus, AddTracks, AddCapture, AddRender, AddExport, AddApt,
-                           AddDoubler, AddClear, AddOffset, AddPrint, AddRun, AddWatch}) {
+    pLink
+        ->add_option("--timeout", pOptions->m_dTimeout,
+                     "seconds to wait for the host (default: 5 for commands that only ask, none "
+                     "for those that work)")
+        ->check(CLI::PositiveNumber);
+    for (const auto add :
+         {AddStatus, AddTracks, AddRegions, AddCapture, AddRender, AddExport, AddApt, AddDoubler,
+          AddClear, AddOffset, AddPrint, AddRun, AddRescue, AddWatch}) {
         add(*pLink, pOptions);
     }
 }

@@ -71,7 +71,7 @@ SMPTETimeCode ReadTimeCode(std::string const& text) {
         const std::size_t end = rest.find_first_of(":;");
         std::int16_t& field = fields[count];
         if (!ReadNumber(rest.substr(0, end), field) || field < 0 || field > largest[count])
-            throw CToolFailure(exitNegative,
+            throw CToolFailure(exitTrouble,
                                "the time code " + Quoted(text) +
                                    " is out of range; at most 24 hours, 60 minutes, 60 seconds, as "
                                    "in 01:02:03:04");
@@ -79,7 +79,7 @@ SMPTETimeCode ReadTimeCode(std::string const& text) {
         rest.remove_prefix(end + 1);
     }
     if (count != fields.size() - 1)
-        throw CToolFailure(exitNegative,
+        throw CToolFailure(exitTrouble,
                            "the time code " + Quoted(text) +
                                " does not have four fields; write hours:minutes:seconds:frames");
     return {fields[0], fields[1], fields[2], fields[3], 0};

@@ -26,13 +26,13 @@ constexpr COption kOptions[] = {
     {"--auto-switch", StepKind::AutoSwitch, "on|off", "turn the APT view's automatic switch"},
     {"--track", StepKind::Track, "NUMBER", "choose a track in the Link view, from 0"},
     {"--render", StepKind::Render, nullptr, "have the host render its selected region"},
-    {"--export", StepKind::Export, "FILE", "fetch the host's selected region into a file"},
+    {"--export", StepKind::Export, "FILE", "fetch the host's selected region into a new file"},
     {"--print", StepKind::Print, "TEXT", "have the host print a text"},
     {"--update-count", StepKind::UpdateCount, nullptr, "ask for the host's update count"},
     {"--wait", StepKind::Wait, "SECONDS", "let some time go by"},
     {"--screenshot", StepKind::Screenshot, "FILE.png", "write a picture of the window"},
     {"--picture", StepKind::Picture, "FILE.png", "write a picture of the plug-in's view"},
-    {"--quit", StepKind::Quit, nullptr, "end, with status 1 if a step has failed"},
+    {"--quit", StepKind::Quit, nullptr, "end, with status 1 if a step has failed or a take waits"},
 };
 
 double ToNumber(std::string const& strText, std::string const& strOption) {
@@ -108,7 +108,8 @@ std::optional<CArguments> ReadArguments(int argc, char** argv, int* pnStatus) {
     app.add_option("--bundle", arguments.strBundle, "path of TavarinProLink.bundle")
         ->check(CLI::ExistingDirectory);
     app.add_option("--captures", arguments.strCaptures,
-                   "keep captured files in this directory (default: removed at the end)");
+                   "keep captured files in this directory (default: a new one among those of the "
+                   "plug-ins)");
     std::map<CLI::Option const*, COption const*> known;
     for (COption const& option : kOptions) {
         CLI::Option* pOption = nullptr;

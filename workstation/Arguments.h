@@ -33,7 +33,7 @@ struct CArguments {
     bool fGallery = false;        ///< show all controls instead of a plug-in
     std::string strBundle;        ///< path of the bundle
     std::string strGallery;       ///< path of the bundle with the gallery
-    std::string strCaptures;      ///< directory for captured files; empty: one that is removed
+    std::string strCaptures;      ///< directory for captured files; empty: a new one
     std::vector<CStep> steps;     ///< in the order of the command line
 };
 

@@ -8,6 +8,7 @@
 #include <string>
 
 #import "Source/ViewControllerOperations.h"
+#include "link/TANClientInterProcess.h"
 
 /// A controller of any kind.
 typedef NSViewController<TavarinProLink_ViewControllerOperations> CPlugInController;
@@ -32,6 +33,14 @@ private:
     id m_factory;
 };
 
+/// What became of a take.
+enum class TakeOutcome {
+    HandedOver,  ///< the host has it
+    Duplicate,   ///< the host had the same audio already, and the file is gone
+    Waits,       ///< there is no host, or none with a session
+    Refused      ///< the host did not take it
+};
+
 /// One plug-in in the workstation: its view, and the notifications that it sends there. Each
 /// notification is logged with its record before and after.
 class CPlugIn {
@@ -45,8 +54,12 @@ public:
     NSView* View() const { return [m_controller view]; }
     void CheckHost() { [m_controller CheckHost]; }
 
-    /// The view deletes the file when the host has the same audio already.
-    void Capture(std::string const& strFile, double dPosition, double dEnd);
+    /// Hands a take over, unless it has to wait; the host is asked afterwards whether it has it.
+    TakeOutcome Capture(std::string const& strFile, double dPosition, double dEnd);
+    /// Whether the APT view takes the next take as a guide.
+    bool TakesGuide() const;
+    /// What the view shows as an error; empty when it shows none.
+    std::string ErrorText() const;
     /// The path of the exported file; nothing when nothing was exported.
     std::optional<std::string> Export(int nSampleRate);
     /// Whether the host rendered.
@@ -62,9 +75,11 @@ public:
     /// @}
 
 private:
+    int Track() const;
     void Notify(std::int32_t nType, void* pRecord, std::uint32_t nSize);
 
     std::string m_strKind;
     LogFunction m_log;
     CPlugInController* m_controller;
+    CTANClientInterProcess m_client;
 };

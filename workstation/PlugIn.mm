@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
 #include <stdexcept>
 
+#include "FileIO/FileName.h"
 #include "Source/Notifications.h"
 #import "Source/TavarinProLink_ViewController.h"
 #import "Source/TavarinProLink_ViewControllerFactory.h"
@@ -60,7 +62,8 @@ CPlugIn::~CPlugIn() {
     [m_controller release];
 }
 
-void CPlugIn::Capture(std::string const& strFile, double dPosition, double dEnd) {
+TakeOutcome CPlugIn::Capture(std::string const& strFile, double dPosition, double dEnd) {
+    if (m_client.GetCurrentTANHost() < 1) return TakeOutcome::Waits;
     paramPostAnalyze record{};
     if (strFile.size() >= sizeof(record.szFilePath)) {
         throw std::runtime_error("the path is too long for a record: " + strFile);
@@ -68,7 +71,32 @@ void CPlugIn::Capture(std::string const& strFile, double dPosition, double dEnd)
     std::memcpy(record.szFilePath, strFile.c_str(), strFile.size() + 1);
     record.dFilePosition = dPosition;
     record.dRegionEnd = dEnd;
+    // The view may choose another track for what comes next.
+    const int nTrack = Track();
     Notify(notifyPostAnalyze, &record, sizeof(record));
+    if (!std::filesystem::exists(strFile)) return TakeOutcome::Duplicate;
+    CFileName file(&strFile);
+    const bool fHasIt =
+        m_client.CheckDuplicateRegion(m_strKind != "link", nTrack, &file, dPosition, 0, dEnd);
+    if (fHasIt) return TakeOutcome::HandedOver;
+    return m_client.GetCurrentTANHost() < 1 ? TakeOutcome::Waits : TakeOutcome::Refused;
+}
+
+bool CPlugIn::TakesGuide() const {
+    return m_strKind == "apt" && [Field(m_controller, @"m_fGuideSelected") boolValue];
+}
+
+int CPlugIn::Track() const {
+    if (m_strKind == "apt") return TakesGuide() ? 0 : 1;
+    if (m_strKind != "link") return 0;
+    NSArrayController* list = Field(m_controller, @"m_TracksArray");
+    const NSUInteger nTrack = [list selectionIndex];
+    return nTrack == NSNotFound ? 0 : static_cast<int>(nTrack);
+}
+
+std::string CPlugIn::ErrorText() const {
+    NSString* text = [(NSTextField*)Field(m_controller, @"m_textLastError") stringValue];
+    return text == nil ? "" : [text UTF8String];
 }
 
 std::optional<std::string> CPlugIn::Export(int nSampleRate) {

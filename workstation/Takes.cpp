@@ -3,13 +3,23 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include "plugin/CaptureDirectory.h"
 #include "workstation/AudioClip.h"
 
 namespace fs = std::filesystem;
 
+namespace {
+
+std::string MakeDirectoryAmongThePlugIns() {
+    const std::string strHome = CaptureHome();
+    return CDiskPath(&strHome).CreateUniqueSubDirectory("Captures").GetFullPathString();
+}
+
+}  // namespace
+
 CTakes::CTakes(std::string const& strDirectory)
-    : m_strDirectory(strDirectory), m_fTemporary(strDirectory.empty()) {
-    if (m_fTemporary) m_strDirectory = CDiskPath::MakeTemporaryDirectory().GetFullPathString();
+    : m_strDirectory(strDirectory), m_fOwn(strDirectory.empty()) {
+    if (m_fOwn) m_strDirectory = MakeDirectoryAmongThePlugIns();
     std::error_code error;
     fs::create_directories(m_strDirectory, error);
     if (!fs::is_directory(m_strDirectory, error)) {
@@ -20,7 +30,7 @@ CTakes::CTakes(std::string const& strDirectory)
 
 CTakes::~CTakes() {
     std::error_code ignored;
-    if (m_fTemporary) fs::remove_all(m_strDirectory, ignored);
+    if (m_fOwn) fs::remove(m_strDirectory, ignored);
 }
 
 std::string CTakes::Record(std::string const& strTake) {

@@ -5,11 +5,12 @@
 #include "FileIO/FileName.h"
 
 /// Where a workstation keeps what it records. A view deletes a capture that the host has already,
-/// so that every capture is a file of its own.
+/// so that every capture is a file of its own. The others stay: the host's session refers to them.
 class CTakes {
 public:
-    /// Keeps captures in a directory, or, when it is empty, in a temporary one that goes with this
-    /// object. Throws `std::runtime_error` when there is none to be had.
+    /// Keeps captures in a directory, or, when it is empty, in a new one among those of the
+    /// plug-ins. A directory that was made here and is empty at the end goes with this object.
+    /// Throws `std::runtime_error` when there is none to be had.
     explicit CTakes(std::string const& strDirectory);
     ~CTakes();
     CTakes(CTakes const&) = delete;
@@ -21,6 +22,6 @@ public:
 
 private:
     std::string m_strDirectory;
-    bool m_fTemporary;
+    bool m_fOwn;
     int m_nTakes = 0;
 };

@@ -114,6 +114,7 @@ double ToPosition(NSTextField* field) {
     [m_timerHosts invalidate];
     m_timerHosts = nil;
     [super Finish];
+    if (m_session && !m_session->TellWaiting()) m_fFailed = YES;
     [m_window orderOut:nil];
     [m_window setContentView:[[[NSView alloc] initWithFrame:NSZeroRect] autorelease]];
     m_session.reset();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <deque>
 #include <functional>
 #include <memory>
 #include <string>
@@ -28,8 +29,11 @@ public:
     std::vector<std::unique_ptr<CPlugIn>> const& PlugIns() const { return m_plugIns; }
     CPlugIn& Chosen() const { return *m_pChosen; }
 
-    /// Lets every view look which host is current.
+    /// Lets every view look which host is current, and hands over what has waited for one.
     void CheckHosts();
+
+    /// Says which takes still wait for a host. True when none does.
+    bool TellWaiting() const;
 
     /// Takes one step other than waiting, a picture and the end. False, with a line in the log,
     /// when it failed.
@@ -39,6 +43,15 @@ public:
     std::string const& Result() const { return m_strResult; }
 
 private:
+    struct CWaitingTake {
+        CPlugIn* pPlugIn;
+        bool fGuide;  ///< for an APT view
+        std::string strPath;
+        double dPosition;
+        double dFrames;
+    };
+
+    TakeOutcome HandOver(CWaitingTake const& take);
     bool Choose(std::string const& strKind);
     bool Capture(std::string const& strTake, double dPosition);
     bool Export(std::string const& strFile);
@@ -51,4 +64,5 @@ private:
     CPlugIn* m_pChosen;
     int m_nSampleRate = 48000;
     std::string m_strResult;
+    std::deque<CWaitingTake> m_waiting;  ///< the oldest first
 };

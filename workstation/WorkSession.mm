@@ -22,12 +22,38 @@ CWorkSession::CWorkSession(CArguments const& arguments, CDisplay display)
 
 void CWorkSession::CheckHosts() {
     for (auto const& plugIn : m_plugIns) plugIn->CheckHost();
+    while (!m_waiting.empty()) {
+        const CWaitingTake take = m_waiting.front();
+        if (take.pPlugIn->Kind() == "apt") take.pPlugIn->ChooseTake(take.fGuide);
+        if (HandOver(take) == TakeOutcome::Waits) return;
+        m_waiting.pop_front();
+    }
+}
+
+bool CWorkSession::TellWaiting() const {
+    for (CWaitingTake const& take : m_waiting) {
+        m_display.log(take.pPlugIn->Kind() + "  a take still waits for the host: " + take.strPath);
+    }
+    return m_waiting.empty();
+}
+
+TakeOutcome CWorkSession::HandOver(CWaitingTake const& take) {
+    const TakeOutcome outcome = take.pPlugIn->Capture(take.strPath, take.dPosition, take.dFrames);
+    const std::string strKind = take.pPlugIn->Kind();
+    if (outcome == TakeOutcome::HandedOver) m_display.log(strKind + "  the host has the take");
+    if (outcome == TakeOutcome::Duplicate)
+        m_display.log(strKind + "  the host had the take already");
+    if (outcome == TakeOutcome::Refused)
+        m_display.log(strKind + "  the host did not take " + take.strPath);
+    return outcome;
 }
 
 bool CWorkSession::Take(CStep const& step) {
     try {
         if (Carry(step)) return true;
-        m_display.log(m_pChosen->Kind() + "  the step failed");
+        const std::string strWhy = m_pChosen->ErrorText();
+        m_display.log(m_pChosen->Kind() + "  the step failed" +
+                      (strWhy.empty() ? "" : ": " + strWhy));
     } catch (std::runtime_error const& failure) {
         m_display.log(std::string("failed: ") + failure.what());
     }
@@ -81,8 +107,15 @@ bool CWorkSession::Capture(std::string const& strTake, double dPosition) {
     const CAudioClip clip = ReadAudioClip(m_takes.Record(strTake));
     m_nSampleRate = clip.nSampleRate;
     m_display.showTake(clip);
-    m_pChosen->Capture(clip.strPath, dPosition, static_cast<double>(clip.lFrames));
-    return true;
+    const CWaitingTake take{m_pChosen, m_pChosen->TakesGuide(), clip.strPath, dPosition,
+                            static_cast<double>(clip.lFrames)};
+    // Behind those that wait already: a guide comes before its dub.
+    const TakeOutcome outcome = m_waiting.empty() ? HandOver(take) : TakeOutcome::Waits;
+    if (outcome == TakeOutcome::Waits) {
+        m_waiting.push_back(take);
+        m_display.log(m_pChosen->Kind() + "  the take waits for a host: " + clip.strPath);
+    }
+    return outcome != TakeOutcome::Refused;
 }
 
 bool CWorkSession::Export(std::string const& strFile) {
@@ -91,8 +124,7 @@ bool CWorkSession::Export(std::string const& strFile) {
     m_strResult = *exported;
     if (!strFile.empty()) {
         std::error_code error;
-        constexpr auto kReplace = std::filesystem::copy_options::overwrite_existing;
-        if (!std::filesystem::copy_file(*exported, strFile, kReplace, error)) {
+        if (!std::filesystem::copy_file(*exported, strFile, error)) {
             throw std::runtime_error(strFile + ": " + error.message());
         }
         m_strResult = strFile;

@@ -15,6 +15,7 @@ namespace {
 
 constexpr int kExitDone = 0;
 constexpr int kExitFailed = 1;
+constexpr int kExitTrouble = 2;
 
 }  // namespace
 
@@ -37,8 +38,8 @@ constexpr int kExitFailed = 1;
 
 - (void)applicationWillTerminate:(NSNotification*)notification {
     // The application ends the process itself, so what has to be tidied and said is done here.
-    const bool fFailed = [m_window HasFailed];
     [m_window Finish];
+    const bool fFailed = [m_window HasFailed];
     [m_window release];
     m_window = nil;
     [[NSUserDefaults standardUserDefaults] synchronize];
@@ -62,10 +63,13 @@ TavarinWorkstation_StepTaker* MakeWindow(CArguments const& arguments) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+namespace {
+
+int Run(int argc, char** argv) {
     int nStatus = kExitDone;
     const std::optional<CArguments> arguments = ReadArguments(argc, argv, &nStatus);
     if (!arguments) return nStatus;
+    if (!HasDisplay()) throw std::runtime_error("there is no display: DISPLAY is not set");
 
     NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
     PrepareApplication();
@@ -73,14 +77,20 @@ int main(int argc, char** argv) {
     StopOnExceptions();
     AppCreateDefaultColoursDesigner(&gAppColours);
     TavarinWorkstation_Delegate* delegate = [[TavarinWorkstation_Delegate alloc] init];
-    try {
-        delegate->m_window = MakeWindow(*arguments);
-    } catch (std::runtime_error const& failure) {
-        std::fprintf(stderr, "tavarin-workstation: %s\n", failure.what());
-        return kExitFailed;
-    }
+    delegate->m_window = MakeWindow(*arguments);
     [NSApp setDelegate:(id)delegate];
     [NSApp run];
     [pool drain];
     return kExitDone;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return Run(argc, argv);
+    } catch (std::exception const& failure) {
+        std::fprintf(stderr, "tavarin-workstation: %s\n", failure.what());
+        return kExitTrouble;
+    }
 }

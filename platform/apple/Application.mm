@@ -15,6 +15,10 @@ void Stop(NSException* exception) {
 
 }  // namespace
 
+bool HasDisplay() {
+    return true;
+}
+
 void PrepareApplication() {
     [[NSApplication sharedApplication] setActivationPolicy:NSApplicationActivationPolicyRegular];
 }

@@ -15,6 +15,11 @@ void Stop(NSException* exception) {
 
 }  // namespace
 
+bool HasDisplay() {
+    const char* const szDisplay = std::getenv("DISPLAY");
+    return szDisplay != nullptr && *szDisplay != 0;
+}
+
 void PrepareApplication() {
     NSDictionary* defaults =
         [NSDictionary dictionaryWithObjectsAndKeys:@"YES", @"GSSuppressAppIcon", @"NO",

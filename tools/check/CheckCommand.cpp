@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <stdexcept>
 
 #include "tools/ProgressBar.h"
 #include "tools/ToolFailure.h"
@@ -38,7 +39,7 @@ public:
         m_strGroup = report.strGroup;
         std::string strLine = std::string("  ") + NameOf(report.finding.verdict);
         strLine.resize(kRuleColumn, ' ');
-        strLine += report.strRule;
+        strLine += report.strName + ": " + report.strRule;
         const std::string strSeen = "(" + report.finding.strSeen + ")";
         const bool fFits = strLine.size() + 1 + strSeen.size() <= kLineWidth;
         const std::string strGap = fFits ? " " : "\n" + std::string(kRuleColumn, ' ');
@@ -81,8 +82,7 @@ void PrintJson(std::vector<RuleReport> const& reports) {
     std::printf("%s\n", all.dump(2, ' ', false, json::error_handler_t::replace).c_str());
 }
 
-std::string DescribeRule(std::size_t nDone) {
-    const std::size_t nRules = CountRules();
+std::string DescribeRule(std::size_t nDone, std::size_t nRules) {
     return ProgressBar(nDone, nRules) + " rule " + std::to_string(std::min(nDone + 1, nRules)) +
            " of " + std::to_string(nRules);
 }
@@ -90,20 +90,49 @@ std::string DescribeRule(std::size_t nDone) {
 // Tells a person at a terminal which rule is being tried.
 std::vector<RuleReport> CheckWithNotice(HostCheckOptions const& options,
                                         std::function<void(RuleReport const&)> const& onReport) {
-    CWaitNotice notice(DescribeRule(0));
+    const std::size_t nRules = CountRules(options);
+    CWaitNotice notice(DescribeRule(0, nRules));
     std::size_t nDone = 0;
     return CheckHost(options, [&](RuleReport const& report) {
         notice.Hide();
         onReport(report);
-        notice.Say(DescribeRule(++nDone));
+        notice.Say(DescribeRule(++nDone, nRules));
     });
+}
+
+// The first rule that was not tried is what kept the others from being tried.
+[[noreturn]] void TellInconclusive(std::vector<RuleReport> const& reports) {
+    const auto first = std::find_if(reports.begin(), reports.end(), [](RuleReport const& report) {
+        return report.finding.verdict == Verdict::NotTried;
+    });
+    const std::string strWhy = first == reports.end()
+                                   ? "no rule is left"
+                                   : first->strName + " was not tried: " + first->finding.strSeen;
+    throw CToolFailure(exitInconclusive, "the host was not judged: " + strWhy, "", "inconclusive");
+}
+
+void Check(HostCheckOptions const& options, bool fJson) {
+    try {
+        CountRules(options);
+    } catch (std::invalid_argument const& unknown) {
+        throw CToolFailure(exitTrouble, unknown.what(), "A report names every rule.", "usage");
+    }
+    const std::vector<RuleReport> reports = fJson
+                                                ? CheckWithNotice(options, [](RuleReport const&) {})
+                                                : CheckWithNotice(options, CTextReport());
+    fJson ? PrintJson(reports) : PrintTotal(reports);
+    const Verdict conclusion = Conclusion(reports);
+    if (conclusion == Verdict::Fail) throw CLI::RuntimeError(exitNegative);
+    if (conclusion == Verdict::NotTried) TellInconclusive(reports);
 }
 
 }  // namespace
 
 void AddCheckCommand(CLI::App& app) {
     CLI::App* const pCommand = app.add_subcommand(
-        "check-host", "judge the running host application, rule by rule; status 1 if one fails");
+        "check-host",
+        "judge the running host application, rule by rule; status 1 if one fails, 3 if "
+        "the host could not be judged");
     const auto pOptions = std::make_shared<HostCheckOptions>();
     const auto pJson = std::make_shared<bool>(false);
     pCommand->add_flag("--json", *pJson, "print JSON");
@@ -117,14 +146,10 @@ void AddCheckCommand(CLI::App& app) {
         ->add_option("--timeout", pOptions->nPatienceMs, "longest time for one rule, milliseconds")
         ->check(CLI::Range(100, 3'600'000))
         ->capture_default_str();
-    pCommand->callback([pOptions, pJson] {
-        const std::vector<RuleReport> reports =
-            *pJson ? CheckWithNotice(*pOptions, [](RuleReport const&) {})
-                   : CheckWithNotice(*pOptions, CTextReport());
-        *pJson ? PrintJson(reports) : PrintTotal(reports);
-        const bool fFailed = std::any_of(reports.begin(), reports.end(), [](auto const& report) {
-            return report.finding.verdict == Verdict::Fail;
-        });
-        if (fFailed) throw CLI::RuntimeError(exitNegative);
-    });
+    pCommand->add_option("--only", pOptions->only, "try these rules, and those that they need")
+        ->delimiter(',');
+    pCommand
+        ->add_option("--skip", pOptions->skip, "leave out these rules, and those that need them")
+        ->delimiter(',');
+    pCommand->callback([pOptions, pJson] { Check(*pOptions, *pJson); });
 }

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "link/MappedSegment.h"
 #include "link/SharedSegments.h"
@@ -18,6 +19,10 @@ struct HostCheckOptions {
     int nPatienceMs = 20'000;
     /// How long the heartbeat is watched, in milliseconds.
     int nHeartbeatMs = 2500;
+    /// Names of the only rules to try, with those that they need; empty: all.
+    std::vector<std::string> only{};
+    /// Names of rules to leave out, with those that need them.
+    std::vector<std::string> skip{};
 };
 
 /// One exchange as the client saw it.

@@ -13,15 +13,20 @@ struct RuleReport {
     std::string strName;
     std::string strRule;
     Finding finding;
+    bool fMissedForerunner = false;  ///< not tried because another rule was not
 };
 
-/// How many rules there are.
-std::size_t CountRules();
+/// How many rules are to be tried. Throws `std::invalid_argument` for a name that no rule has.
+std::size_t CountRules(HostCheckOptions const& options);
 
-/// Tries every rule on whatever host is running, in order. A rule whose forerunner did not pass is
-/// not tried. When one takes longer than the patience the host counts as hanging: the rest is not
-/// tried, and a thread stays behind that still waits for the host. `onReport` is
-/// told of each rule at once.
+/// What the whole report says: a failure is a failure, and without one the host is good only if no
+/// rule had to be left untried because another one was.
+Verdict Conclusion(std::vector<RuleReport> const& reports);
+
+/// Tries the rules that the options choose on whatever host is running, in order. A rule whose
+/// forerunner did not pass is not tried. When one takes longer than the patience the host counts as
+/// hanging: the rest is not tried, and a thread stays behind that still waits for the host.
+/// `onReport` is told of each rule at once.
 std::vector<RuleReport> CheckHost(
     HostCheckOptions const& options,
     std::function<void(RuleReport const&)> const& onReport = [](RuleReport const&) {});

@@ -49,18 +49,23 @@ void WriteSchemeFile(std::string const& strFile, CComponentsColors const& scheme
     const bool fWritten = SaveSchemeFile(scheme, FileNamed(strPart)) == sessionDone &&
                           LoadSchemeFile(written, FileNamed(strPart)) == sessionDone &&
                           DiffSchemes(scheme, written).empty();
-    if (fWritten) std::filesystem::rename(strPart, strFile, failure);
-    if (fWritten && !failure) return;
+    if (fWritten) {
+        const std::string bytes = ReadInput(strPart);
+        std::filesystem::remove(strPart, failure);
+        return WriteOutput(strFile, bytes, Replace::Yes);
+    }
     std::filesystem::remove(strPart, failure);
     throw CToolFailure(exitTrouble, "cannot write " + Quoted(strFile),
                        "Name a file in a directory that exists, that you may write to and that "
-                       "has room.");
+                       "has room.",
+                       "unwritable");
 }
 
 void ReadScheme(std::string const& strSource, CComponentsColors& scheme) {
     if (strSource == "designer") return AppCreateDefaultColoursDesigner(&scheme);
     if (strSource == "engineer") return AppCreateDefaultColoursEngineer(&scheme);
-    if (strSource != "-" && !std::filesystem::exists(strSource)) {
+    std::error_code none;
+    if (strSource != "-" && !std::filesystem::exists(strSource, none)) {
         throw CToolFailure(exitTrouble, Quoted(strSource) + " is no palette and no file",
                            szSourceAdvice);
     }

@@ -5,6 +5,7 @@
 #include "colours/SchemeRules.h"
 #include "tools/InputOutput.h"
 #include "tools/ToolFailure.h"
+#include "tools/ToolMain.h"
 #include "tools/scheme/SchemeDiff.h"
 #include "tools/scheme/SchemeJson.h"
 #include "tools/scheme/SchemePicture.h"
@@ -35,13 +36,21 @@ struct CArguments {
     std::string strSecond;
     std::string strOutput = "-";
     bool fAll = false;
+    bool fForce = false;
+
+    Replace MayReplace() const { return fForce ? Replace::Yes : Replace::No; }
 };
 
 using Arguments = std::shared_ptr<CArguments>;
 
+void AddForce(CLI::App& command, Arguments const& arguments) {
+    command.add_flag("--force", arguments->fForce, "replace the file if it is there");
+}
+
 void AddOutput(CLI::App& command, Arguments const& arguments) {
     command.add_option("-o,--output", arguments->strOutput,
                        "file to write (default: - , the terminal)");
+    AddForce(command, arguments);
 }
 
 void AddShow(CLI::App& app) {
@@ -52,7 +61,8 @@ void AddShow(CLI::App& app) {
     command->callback([arguments] {
         CComponentsColors scheme;
         arguments->source.Read(scheme);
-        WriteOutput(arguments->strOutput, DrawScheme(scheme, arguments->source.strName));
+        WriteOutput(arguments->strOutput, DrawScheme(scheme, arguments->source.strName),
+                    arguments->MayReplace());
     });
 }
 
@@ -64,7 +74,7 @@ void AddExport(CLI::App& app) {
     command->callback([arguments] {
         CComponentsColors scheme;
         arguments->source.Read(scheme);
-        WriteOutput(arguments->strOutput, SchemeToJson(scheme));
+        WriteOutput(arguments->strOutput, SchemeToJson(scheme), arguments->MayReplace());
     });
 }
 
@@ -73,9 +83,11 @@ void AddImport(CLI::App& app) {
     CLI::App* command = app.add_subcommand("import", "make a scheme file from JSON");
     arguments->source.AddTo(*command);
     command->add_option("-o,--output", arguments->strOutput, "scheme file to write")->required();
+    AddForce(*command, arguments);
     command->callback([arguments] {
         CComponentsColors scheme;
         arguments->source.Read(scheme);
+        RequireRoomFor(arguments->strOutput, arguments->MayReplace());
         WriteSchemeFile(arguments->strOutput, scheme);
     });
 }
@@ -137,25 +149,12 @@ void AddCheck(CLI::App& app) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app{"Colour schemes: pictures, JSON, differences and judgement."};
-    app.name("tavarin-scheme");
-    app.set_version_flag("--version", TAVARIN_VERSION);
-    app.require_subcommand(1);
-    AddShow(app);
-    AddExport(app);
-    AddImport(app);
-    AddDiff(app);
-    AddCheck(app);
-
-    try {
-        app.parse(argc, argv);
-    } catch (CToolFailure const& failure) {
-        failure.Report("tavarin-scheme");
-        return failure.Status();
-    } catch (CLI::RuntimeError const& result) {
-        return result.get_exit_code();
-    } catch (CLI::ParseError const& usage) {
-        return app.exit(usage) == 0 ? exitDone : exitTrouble;
-    }
-    return exitDone;
+    return RunTool("tavarin-scheme", argc, argv, [](CLI::App& app) {
+        app.description("Colour schemes: pictures, JSON, differences and judgement.");
+        AddShow(app);
+        AddExport(app);
+        AddImport(app);
+        AddDiff(app);
+        AddCheck(app);
+    });
 }
