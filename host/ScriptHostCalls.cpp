@@ -76,6 +76,8 @@ private:
 
 /// Calls a host function; false leaves the reason in the run.
 bool CallHost(lua_State* pState, CScriptRun& run, CHostFunction const& function) noexcept try {
+    CScriptClock::CPause const pause(run.m_Clock);
+    if (pause.IsTooLate()) throw CScriptTimeOver();
     run.m_Arguments.clear();
     run.m_Result = {};
     int const nCount = lua_gettop(pState);
@@ -112,12 +114,12 @@ int PushResult(lua_State* pState, CHostValue const& result) {
 }  // namespace
 
 int ScriptCallHost(lua_State* pState) {
-    CheckScriptTime(pState);
     CScriptRun& run = RunOf(pState);
     auto const* pFunction =
         static_cast<CHostFunction const*>(lua_touserdata(pState, lua_upvalueindex(1)));
-    bool const fDone = CallHost(pState, run, *pFunction);
-    CheckScriptTime(pState);
-    if (!fDone) RaiseReason(pState);
+    if (!CallHost(pState, run, *pFunction)) {
+        CheckScriptTime(pState);
+        RaiseReason(pState);
+    }
     return PushResult(pState, run.m_Result);
 }

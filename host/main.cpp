@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <chrono>
+#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
@@ -19,6 +20,11 @@ constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
 constexpr std::chrono::milliseconds kSavePeriod{200};
 
+constexpr char szStuck[] =
+    "tavarin-host: a script keeps the interpreter busy with one step that nothing can stop; the "
+    "host "
+    "ends, with the session as that script left it\n";
+
 volatile std::sig_atomic_t g_fStop = 0;
 
 void Stop(int) {
@@ -34,6 +40,7 @@ struct Arguments {
     std::string strSessionFile;
     std::string strTimelineFile;
     std::string strAudioDirectory;
+    double dScriptSeconds = 10;
     bool fVerbose = false;
     bool fQuiet = false;
 };
@@ -58,6 +65,10 @@ void Declare(CLI::App& app, Arguments& arguments) {
                    "session file, or a private one that is removed at the end)");
     app.add_option("--timeline", arguments.strTimelineFile,
                    "keep a picture of the session in this SVG file");
+    app.add_option("--script-time", arguments.dScriptSeconds,
+                   "how many seconds a script may run, work of the host not counted")
+        ->check(CLI::Range(0.001, 86400.0))
+        ->capture_default_str();
     app.add_flag("--verbose", arguments.fVerbose, "show each script and its reply");
     app.add_flag("--quiet", arguments.fQuiet, "show errors only")->excludes("--verbose");
 }
@@ -90,6 +101,8 @@ CReferenceHostOptions MakeOptions(Arguments const& arguments) {
     if (arguments.strAudioDirectory.empty() && !arguments.strSessionFile.empty()) {
         options.m_Engine.m_strAudioDirectory = arguments.strSessionFile + ".audio";
     }
+    options.m_Engine.m_Limits.m_Time =
+        std::chrono::milliseconds(std::llround(arguments.dScriptSeconds * 1000));
     if (arguments.fVerbose) options.m_Observer = ShowExchange;
     return options;
 }
@@ -132,13 +145,15 @@ int RunHost(Arguments const& arguments) {
     CSessionKeeper keeper = MakeKeeper(arguments);
     keeper.Begin(host);
     Announce(arguments, host);
-    while (!g_fStop) {
+    while (!g_fStop && !host.IsStuck()) {
         std::this_thread::sleep_for(kSavePeriod);
         keeper.KeepUp(host);
     }
     // What is still being answered belongs into the files too.
-    host.Close();
+    const bool fClosed = host.Close();
+    if (!fClosed) std::fputs(szStuck, stderr);
     const bool fAllKept = keeper.End(host);
+    if (!fClosed) host.Abandon(kExitFailed);
     if (!arguments.fQuiet) std::fputs(DescribeSession(host.Snapshot()).c_str(), stdout);
     return fAllKept ? kExitDone : kExitFailed;
 }

@@ -496,23 +496,3 @@ TEST_F(CHostFunctionFixture, HostErrorsCanBeCaught) {
         PrintedInDocument("print(pcall(GetTrackID, 9))").rfind("false\tscript:1: there is no", 0),
         0u);
 }
-
-TEST_F(CHostFunctionFixture, LongAudioWorkIsStoppedWithItsScript) {
-    std::string const strFile = WriteFile("long.wav", TestAudio::Silence(5'000'000));
-    PrintedInDocument("AddAudioRegion(GetTrackID(0), \"" + strFile +
-                      "\", true, false, 0, 0, 5000000)");
-    CScriptLimits limits;
-    limits.m_Time = std::chrono::milliseconds(100);
-    Restart(limits);
-    CScriptResult const result =
-        Run("SelectScriptDocument() local r = GetSelectedRegionID() "
-            "while true do pcall(RegionRender, r) end");
-    EXPECT_NE(result.strError.find("stopped"), std::string::npos);
-    EXPECT_TRUE(
-        fs::is_empty(m_pEngine->AudioDirectory().Path()) ||
-        fs::exists(m_pEngine->AudioDirectory().Path() + "/Render_" +
-                   std::to_string(m_Session.Document(DocumentKind::Script).m_idSelectedRegion) +
-                   ".wav"));
-    for (auto const& entry : fs::directory_iterator(m_pEngine->AudioDirectory().Path()))
-        EXPECT_EQ(entry.path().extension(), ".wav") << "nothing half written stays";
-}
