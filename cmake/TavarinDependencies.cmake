@@ -13,6 +13,7 @@ if(PkgConfig_FOUND)
     # The name that it has differs from system to system.
     pkg_search_module(LUA QUIET IMPORTED_TARGET lua5.4 lua-5.4 lua54)
     pkg_check_modules(SNDFILE QUIET IMPORTED_TARGET sndfile)
+    pkg_check_modules(SOXR QUIET IMPORTED_TARGET soxr)
     pkg_check_modules(LV2 QUIET IMPORTED_TARGET lv2)
     pkg_check_modules(JACK QUIET IMPORTED_TARGET jack)
 endif()

@@ -206,26 +206,13 @@ void WriteAudioFile(std::string const& strPath, CAudio const& audio, SampleForma
     writer.Finish();
 }
 
-void CopyAudioRange(CAudioRange const& range, std::string const& strTarget,
-                    CCheckpoint const& checkpoint) {
-    CAudioFile source(range.m_strFile);
-    source.Require(range.m_lEnd);
-    CAudioWriter writer(strTarget, source.Info().m_nSampleRate,
-                        static_cast<int>(range.m_Channels.size()), SampleFormat::Float32);
-    for (std::int64_t lAt = range.m_lStart; lAt < range.m_lEnd; lAt += kBlockFrames) {
-        if (checkpoint) checkpoint();
-        writer.Write(
-            source.Read(lAt, std::min(kBlockFrames, range.m_lEnd - lAt), range.m_Channels));
-    }
-    writer.Finish();
-}
-
 bool SameAudio(CAudioRange const& left, CAudioRange const& right, CCheckpoint const& checkpoint) {
     std::int64_t const lLength = left.m_lEnd - left.m_lStart;
     if (lLength != right.m_lEnd - right.m_lStart) return false;
     if (left.m_Channels.size() != right.m_Channels.size()) return false;
     CAudioFile leftFile(left.m_strFile);
     CAudioFile rightFile(right.m_strFile);
+    if (leftFile.Info().m_nSampleRate != rightFile.Info().m_nSampleRate) return false;
     leftFile.Require(left.m_lEnd);
     rightFile.Require(right.m_lEnd);
     for (std::int64_t lAt = 0; lAt < lLength; lAt += kBlockFrames) {

@@ -98,12 +98,8 @@ struct CAudioRange {
     std::vector<int> m_Channels;
 };
 
-/// Copies a stretch into a WAV file of 32-bit floats, block by block. Throws `CAudioFileError`,
-/// also when the file does not reach that far.
-void CopyAudioRange(CAudioRange const& range, std::string const& strTarget,
-                    CCheckpoint const& checkpoint = {});
-
-/// Whether two stretches hold the same decoded samples in the same number of channels.
+/// Whether two stretches hold the same decoded samples at the same rate in the same number of
+/// channels.
 /// Throws `CAudioFileError`, also when a file does not reach that far.
 bool SameAudio(CAudioRange const& left, CAudioRange const& right,
                CCheckpoint const& checkpoint = {});

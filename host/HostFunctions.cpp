@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "host/HostProcesses.h"
+#include "host/Resampling.h"
 
 namespace {
 
@@ -150,27 +151,30 @@ CHostValue GetTrackName(CHostContext& context, CHostArguments const& arguments) 
 }
 
 /// A region as the arguments (file, position, start, end) starting at `n` describe it, all channels
-/// used. The file is opened; an end beyond the file is taken back to the file's end.
-CRegion DescribedRegion(CHostArguments const& arguments, std::size_t nFile, std::size_t nNumbers,
-                        CAudioFileInfo& info) {
+/// used. Start and end are samples of the file, which is opened; an end beyond the file is taken
+/// back to the file's end.
+CRegion DescribedRegion(CHostContext const& context, CHostArguments const& arguments,
+                        std::size_t nFile, std::size_t nNumbers, CAudioFileInfo& info) {
     CRegion region;
     std::string const& strFile = arguments.Text(nFile);
     info = ProbeAudioFile(strFile);
     region.m_strFile = std::filesystem::absolute(strFile).string();
     region.m_nFileRate = info.m_nSampleRate;
     region.m_lFilePosition = arguments.Integer(nNumbers);
-    region.m_lStart = arguments.Integer(nNumbers + 1);
+    std::int64_t const lStart = arguments.Integer(nNumbers + 1);
     std::int64_t const lEnd = arguments.Integer(nNumbers + 2);
     CheckTimelinePosition(region.m_lFilePosition);
-    CheckTimelineRange(region.m_lStart, lEnd);
-    if (region.m_lStart < 0)
-        throw CHostFunctionError("the region starts at " + std::to_string(region.m_lStart) +
+    CheckTimelineRange(lStart, lEnd);
+    if (lStart < 0)
+        throw CHostFunctionError("the region starts at " + std::to_string(lStart) +
                                  ", before its file");
-    if (region.m_lStart >= info.m_lFrames)
-        throw CHostFunctionError("the region starts at " + std::to_string(region.m_lStart) +
-                                 ", but \"" + strFile + "\" has " + std::to_string(info.m_lFrames) +
-                                 " samples");
-    region.m_lEnd = std::min(lEnd, info.m_lFrames);
+    if (lStart >= info.m_lFrames)
+        throw CHostFunctionError("the region starts at " + std::to_string(lStart) + ", but \"" +
+                                 strFile + "\" has " + std::to_string(info.m_lFrames) + " samples");
+    int const nSessionRate = context.m_Session.SampleRate();
+    region.m_lStart = ToSessionSamples(lStart, info.m_nSampleRate, nSessionRate);
+    region.m_lEnd =
+        ToSessionSamples(std::min(lEnd, info.m_lFrames), info.m_nSampleRate, nSessionRate);
     for (int n = 0; n < info.m_nChannels; ++n) region.m_Channels.push_back(n);
     return region;
 }
@@ -194,13 +198,9 @@ std::vector<int> ListedChannels(CHostTable const& list, CAudioFileInfo const& in
     return channels;
 }
 
-CAudioRange AudioOf(CRegion const& region) {
-    return {region.m_strFile, region.m_lStart, region.m_lEnd, region.m_Channels};
-}
-
-/// The same stretch with all channels of its file, also those that the region does not use.
-CAudioRange AllAudioOf(CRegion const& region) {
-    CAudioRange range = AudioOf(region);
+/// The stretch of a region's file with all its channels, also those that the region does not use.
+CAudioRange AllAudioOf(CRegion const& region, int nSessionRate) {
+    CAudioRange range = FileRange(region, nSessionRate);
     range.m_Channels.resize(static_cast<std::size_t>(ProbeAudioFile(region.m_strFile).m_nChannels));
     std::iota(range.m_Channels.begin(), range.m_Channels.end(), 0);
     return range;
@@ -211,9 +211,10 @@ CAudioRange AllAudioOf(CRegion const& region) {
 /// gone does not count.
 bool SameSound(CHostContext const& context, CRegion const& candidate, CRegion const& present) {
     try {
-        CAudioRange const capture = AudioOf(candidate);
-        return SameAudio(capture, AudioOf(present), context.m_Checkpoint) ||
-               SameAudio(capture, AllAudioOf(present), context.m_Checkpoint);
+        int const nRate = context.m_Session.SampleRate();
+        CAudioRange const capture = FileRange(candidate, nRate);
+        return SameAudio(capture, FileRange(present, nRate), context.m_Checkpoint) ||
+               SameAudio(capture, AllAudioOf(present, nRate), context.m_Checkpoint);
     } catch (CAudioFileError const&) {
         return false;
     }
@@ -222,7 +223,7 @@ bool SameSound(CHostContext const& context, CRegion const& candidate, CRegion co
 CHostValue CheckForDuplicateRegion(CHostContext& context, CHostArguments const& arguments) {
     CTrack const& track = TrackArgument(context, arguments, 0);
     CAudioFileInfo info;
-    CRegion const candidate = DescribedRegion(arguments, 1, 2, info);
+    CRegion const candidate = DescribedRegion(context, arguments, 1, 2, info);
     for (CRegion const& region : track.m_Regions) {
         bool const fSamePlace =
             region.Start() == candidate.Start() && region.End() == candidate.End();
@@ -234,7 +235,7 @@ CHostValue CheckForDuplicateRegion(CHostContext& context, CHostArguments const& 
 CHostValue AddAudioRegion(CHostContext& context, CHostArguments const& arguments) {
     CSessionId const idTrack = TrackArgument(context, arguments, 0).m_idTrack;
     CAudioFileInfo info;
-    CRegion region = DescribedRegion(arguments, 1, 4, info);
+    CRegion region = DescribedRegion(context, arguments, 1, 4, info);
     if (arguments.Count() > 8) region.m_Channels = ListedChannels(arguments.Table(8), info);
     return context.m_Session.AddRegion(Current(context), idTrack, std::move(region));
 }
@@ -271,7 +272,7 @@ std::string WriteRegion(CHostContext& context, CRegion const& region, char const
         context.m_Directory.NewFile(pszStem + ("_" + std::to_string(region.m_idRegion)), lBytes);
     auto const known = files.find(region.m_idRegion);
     std::string strFile = known == files.end() ? strNew : known->second;
-    CopyAudioRange(AudioOf(region), strFile, context.m_Checkpoint);
+    WriteRegionSound(region, context.m_Session.SampleRate(), strFile, context.m_Checkpoint);
     files[region.m_idRegion] = strFile;
     return strFile;
 }

@@ -6,6 +6,7 @@
 
 #include "host/Alignment.h"
 #include "host/Doubling.h"
+#include "host/Resampling.h"
 
 namespace {
 
@@ -26,12 +27,10 @@ void MixRegion(CAudio& mix, std::int64_t lMixStart, CRegion const& region,
     constexpr std::int64_t kBlock = 1 << 16;
     std::int64_t const lFrom = std::max(lMixStart, region.Start());
     std::int64_t const lTo = std::min(lMixStart + mix.Frames(), region.End());
-    CAudioFile file(region.m_strFile);
-    file.Require(region.m_lEnd);
+    CRegionReader reader(region, mix.m_nSampleRate, lFrom - region.m_lFilePosition);
     for (std::int64_t lAt = lFrom; lAt < lTo; lAt += kBlock) {
         if (checkpoint) checkpoint();
-        CAudio const block =
-            file.Read(lAt - region.m_lFilePosition, std::min(kBlock, lTo - lAt), region.m_Channels);
+        CAudio const block = reader.Read(std::min(kBlock, lTo - lAt));
         for (std::size_t n = 0; n < mix.m_Channels.size(); ++n) {
             bool const fMono = block.m_Channels.size() == 1;
             if (!fMono && n >= block.m_Channels.size()) break;

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "host/AudioFile.h"
+#include "host/Resampling.h"
 
 namespace {
 
@@ -20,18 +21,19 @@ CPeak PeakOf(CAudio const& audio) {
     return peak;
 }
 
-std::vector<CPeak> ReadPeaks(CRegion const& region) {
-    CAudioFile file(region.m_strFile);
+// Of the file as it is: a waveform looks the same at any rate.
+std::vector<CPeak> ReadPeaks(CAudioRange const& range) {
+    CAudioFile file(range.m_strFile);
+    std::int64_t const lLength = range.m_lEnd - range.m_lStart;
     auto const nSlices = static_cast<std::int64_t>(
-        std::min<std::int64_t>(static_cast<std::int64_t>(CPeakCache::kSlices), region.Length()));
+        std::min<std::int64_t>(static_cast<std::int64_t>(CPeakCache::kSlices), lLength));
     std::vector<CPeak> peaks;
     for (std::int64_t n = 0; n < nSlices; ++n) {
         auto const place = [&](std::int64_t k) {
-            return region.m_lStart + region.Length() / nSlices * k +
-                   region.Length() % nSlices * k / nSlices;
+            return range.m_lStart + lLength / nSlices * k + lLength % nSlices * k / nSlices;
         };
         std::int64_t const lFrames = std::min(kMaxSamplesPerSlice, place(n + 1) - place(n));
-        peaks.push_back(PeakOf(file.Read(place(n), lFrames, region.m_Channels)));
+        peaks.push_back(PeakOf(file.Read(place(n), lFrames, range.m_Channels)));
     }
     return peaks;
 }
@@ -42,7 +44,7 @@ std::vector<CPeak> const& CPeakCache::Peaks(CRegion const& region) {
     auto const [place, fNew] = m_Peaks.try_emplace(region.m_idRegion);
     if (!fNew) return place->second;
     try {
-        place->second = ReadPeaks(region);
+        place->second = ReadPeaks(FileRange(region, m_nSessionRate));
     } catch (CAudioFileError const&) {
         place->second.clear();
     }
@@ -50,6 +52,7 @@ std::vector<CPeak> const& CPeakCache::Peaks(CRegion const& region) {
 }
 
 void CPeakCache::Keep(CSession const& session) {
+    m_nSessionRate = session.SampleRate();
     std::erase_if(m_Peaks, [&](auto const& entry) {
         return std::none_of(kDocumentKinds.begin(), kDocumentKinds.end(), [&](DocumentKind kind) {
             return session.Document(kind).FindRegion(entry.first) != nullptr;

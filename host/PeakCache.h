@@ -23,9 +23,11 @@ public:
     /// more than 4096 samples only that many are looked at, so that long files stay cheap.
     std::vector<CPeak> const& Peaks(CRegion const& region);
 
-    /// Forgets the regions that the session no longer has.
+    /// Forgets the regions that the session no longer has. What is asked for afterwards belongs to
+    /// this session.
     void Keep(CSession const& session);
 
 private:
+    int m_nSessionRate = CSession().SampleRate();
     std::map<CSessionId, std::vector<CPeak>> m_Peaks;
 };

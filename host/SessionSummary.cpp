@@ -15,9 +15,11 @@ std::string Seconds(std::int64_t lSamples, int nSampleRate) {
 }
 
 std::string DescribeRegion(CRegion const& region, int nSampleRate) {
+    const bool fResampled = region.m_nFileRate != nSampleRate;
     return "    region from " + std::to_string(region.Start()) + " to " +
            std::to_string(region.End()) + " (" + Seconds(region.Length(), nSampleRate) + ") of " +
-           std::filesystem::path(region.m_strFile).filename().string() + "\n";
+           std::filesystem::path(region.m_strFile).filename().string() +
+           (fResampled ? ", resampled from " + std::to_string(region.m_nFileRate) + " Hz\n" : "\n");
 }
 
 std::string DescribeTrack(CTrack const& track, int nSampleRate) {

@@ -7,6 +7,7 @@
 #include <memory>
 #include <thread>
 
+#include "host/RateNotices.h"
 #include "host/ReferenceHost.h"
 #include "host/SessionFile.h"
 #include "host/SessionKeeper.h"
@@ -145,13 +146,16 @@ int RunHost(Arguments const& arguments) {
     CSessionKeeper keeper = MakeKeeper(arguments);
     keeper.Begin(host);
     Announce(arguments, host);
+    CRateNotices rates;
     while (!g_fStop && !host.IsStuck()) {
+        rates.KeepUp(host);
         std::this_thread::sleep_for(kSavePeriod);
         keeper.KeepUp(host);
     }
     // What is still being answered belongs into the files too.
     const bool fClosed = host.Close();
     if (!fClosed) std::fputs(szStuck, stderr);
+    rates.KeepUp(host);
     const bool fAllKept = keeper.End(host);
     if (!fClosed) host.Abandon(kExitFailed);
     if (!arguments.fQuiet) std::fputs(DescribeSession(host.Snapshot()).c_str(), stdout);

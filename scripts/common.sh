@@ -9,7 +9,7 @@ skip() { printf -- '-- left out: %s\n' "$*"; }
 
 # Debian packages that the plain C++ parts, the reference host, the tools and their tests need.
 required_packages="cmake g++ ninja-build pkg-config libboost-dev libgtest-dev"
-host_packages="liblua5.4-dev libsndfile1-dev libcli11-dev nlohmann-json3-dev"
+host_packages="liblua5.4-dev libsndfile1-dev libsoxr-dev libcli11-dev nlohmann-json3-dev"
 
 # AppKit, for the colour scheme and what draws with it. GNUstep's own configuration program runs make.
 appkit_packages="make gobjc++ libgnustep-gui-dev gnustep-back0.29-cairo fonts-dejavu-core"

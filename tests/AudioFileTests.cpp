@@ -153,15 +153,6 @@ TEST_F(CAudioFileTest, ASampleThatIsNoNumberEqualsItself) {
     EXPECT_TRUE(SameAudio({Path("a.wav"), 0, 100, {0}}, {Path("a.wav"), 0, 100, {0}}));
 }
 
-TEST_F(CAudioFileTest, AStretchIsCopiedExactly) {
-    CAudio const audio = TestAudio::Phrase(40000, 0, 140.0, 2);
-    WriteAudioFile(Path("a.wav"), audio);
-    CopyAudioRange({Path("a.wav"), 100, 30100, {1}}, Path("b.wav"));
-    EXPECT_TRUE(SameAudio({Path("a.wav"), 100, 30100, {1}}, {Path("b.wav"), 0, 30000, {0}}));
-    EXPECT_THROW(CopyAudioRange({Path("a.wav"), 0, 10, {0}}, Path("c.wav"), [] { throw 1; }), int);
-    EXPECT_FALSE(fs::exists(Path("c.wav")));
-}
-
 TEST_F(CAudioFileTest, AFileIsReplacedAsOneStep) {
     WriteFileAtomically(Path("x.txt"), "old");
     WriteFileAtomically(Path("x.txt"), "new");

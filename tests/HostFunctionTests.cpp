@@ -170,6 +170,30 @@ TEST_P(CHostFunctionTest, AnotherSampleRateIsAcceptedAndKept) {
     EXPECT_EQ(Track(0).m_Regions.front().m_nFileRate, 44100);
 }
 
+TEST_P(CHostFunctionTest, AFileOfAnotherSampleRateLiesAsLongAsItSounds) {
+    CAudio audio = TestAudio::Silence(22050, 1, 22050);
+    TestAudio::AddBurst(audio, 0, 22050, 220.0, 0.5);
+    std::string const strFile = WriteFile("speech.wav", audio);
+    EXPECT_EQ(Send(0, strFile, 1000, 0, 22050), "");
+    EXPECT_EQ(Track(0).m_Regions.front().Start(), 1000);
+    EXPECT_EQ(Track(0).m_Regions.front().End(), 49000);
+    EXPECT_EQ(Duplicate(0, strFile, 1000, 0, 22050), "1\n");
+
+    CAudio expected = TestAudio::Silence(48000);
+    TestAudio::AddBurst(expected, 0, 48000, 220.0, 0.5);
+    std::string strMade = Printed(Opened("print(ExportRegion(GetSelectedRegionID()))"));
+    strMade.pop_back();
+    CAudioFile made(strMade);
+    EXPECT_EQ(made.Info().m_nSampleRate, 48000);
+    EXPECT_EQ(made.Info().m_lFrames, 48000);
+    CAudio const heard = made.Read(0, 48000, {0});
+    EXPECT_GT(TestAudio::Correlation(expected.m_Channels[0], heard.m_Channels[0]), 0.9999);
+    Printed(LinkScripts::CreateDoubler(AudioSuite(), 1000, 49000));
+    CAudioFile doubled(Document().FindRegion(Document().m_idSelectedRegion)->m_strFile);
+    EXPECT_GE(doubled.Info().m_lFrames, 48000);
+    EXPECT_EQ(doubled.Info().m_nSampleRate, 48000);
+}
+
 TEST_P(CHostFunctionTest, TheSameAudioAtTheSamePlaceIsADuplicate) {
     CAudio const audio = TestAudio::Phrase(48000);
     std::string const strFirst = WriteFile("first.wav", audio);

@@ -457,6 +457,35 @@ TEST_F(HostProgram, ToolRunsTheWholeJourney) {
     EXPECT_NE(Errors().find("holds no region"), std::string::npos);
 }
 
+TEST_F(HostProgram, FileOfAnotherSampleRateIsToldAndHeardAtItsOwnPitch) {
+    StartHost({"--timeline", m_directory.File("timeline.svg")});
+    const std::string strSpeech = m_directory.File("speech.wav");
+    WriteTestTone(strSpeech, 2 * kRate, 4 * kRate);
+    ASSERT_EQ(Tool({"link", "capture", strSpeech, "--track", "0", "--position", "0"}), 0);
+    EXPECT_EQ(Errors(), "tavarin: \"" + strSpeech +
+                            "\" has a sample rate of 16000 Hz, the session has 8000 Hz: the host "
+                            "has to resample it\n");
+    ASSERT_EQ(Tool({"link", "export", "--json"}), 0);
+    EXPECT_EQ(OutputAsJson()["frames"], 2 * kRate) << "two seconds, as in the file";
+    EXPECT_EQ(OutputAsJson()["sample_rate"], kRate);
+    EXPECT_TRUE(WaitForError("has 16000 Hz, the session has 8000 Hz; it is resampled"));
+    EXPECT_EQ(StopHost(), 0);
+    EXPECT_EQ(CountErrors("it is resampled"), 1);
+    EXPECT_NE(m_directory.Read("host.out")
+                  .find("region from 0 to 16000 (2 s) of speech.wav, resampled from 16000 Hz\n"),
+              std::string::npos)
+        << m_directory.Read("host.out");
+    EXPECT_NE(m_directory.Read("timeline.svg").find("(16000 Hz)"), std::string::npos);
+}
+
+TEST_F(HostProgram, FileOfTheSessionsRateNeedsNoWord) {
+    StartHost();
+    ASSERT_EQ(Tool({"link", "capture", Guide(), "--track", "0", "--position", "0"}), 0);
+    EXPECT_EQ(Errors(), "");
+    EXPECT_EQ(StopHost(), 0);
+    EXPECT_EQ(m_directory.Read("host.err"), "");
+}
+
 TEST_F(HostProgram, ToolWatchesTheLink) {
     const std::string strOutput = m_directory.File("watch.out");
     CChildProcess watch({TAVARIN_TOOL_PROGRAM, "link", "watch"}, strOutput,

@@ -110,6 +110,16 @@ CAudioLength RequireAudio(std::string const& strPath) {
     }
 }
 
+// What the host makes of a file of another rate is the host's business: the reference host
+// resamples it.
+void WarnOfAnotherRate(CLinkSession& session, std::string const& strPath, int nFileRate,
+                       int nSessionRate) {
+    if (nFileRate == nSessionRate) return;
+    session.Warn(Quoted(strPath) + " has a sample rate of " + std::to_string(nFileRate) +
+                 " Hz, the session has " + std::to_string(nSessionRate) +
+                 " Hz: the host has to resample it");
+}
+
 void Capture(CLinkOptions const& options, CaptureArguments const& arguments) {
     CLinkSession session(options);
     session.RequireHost();
@@ -119,6 +129,7 @@ void Capture(CLinkOptions const& options, CaptureArguments const& arguments) {
     const double dStart = arguments.dStart.value_or(0);
     const double dEnd = arguments.dEnd.value_or(static_cast<double>(length.m_lFrames));
 
+    const int nSessionRate = session.SampleRate();
     CTANClientInterProcess& client = session.Client();
     if (client.CheckDuplicateRegion(session.IsAudioSuite(), arguments.nTrack, &file,
                                     arguments.dPosition, dStart, dEnd)) {
@@ -130,12 +141,15 @@ void Capture(CLinkOptions const& options, CaptureArguments const& arguments) {
                         dStart, dEnd, ChannelMask(arguments.channels));
     if (nStatus != 0) session.Fail("the file could not be sent");
     session.RequireNoError();
+    WarnOfAnotherRate(session, strPath, length.m_nSampleRate, nSessionRate);
     session.Print("Sent " + strPath + " to track " + std::to_string(arguments.nTrack) + ".",
                   json{{"file", strPath},
                        {"track", arguments.nTrack},
                        {"position", arguments.dPosition},
                        {"start", dStart},
-                       {"end", dEnd}});
+                       {"end", dEnd},
+                       {"file_rate", length.m_nSampleRate},
+                       {"session_rate", nSessionRate}});
 }
 
 void AddCapture(CLI::App& link, OptionsPointer options) {
@@ -145,11 +159,14 @@ void AddCapture(CLI::App& link, OptionsPointer options) {
     pCommand->add_option("FILE", pArguments->strFile, "the audio file")->required();
     pCommand->add_option("--track", pArguments->nTrack, "track number, from 0")->required();
     pCommand
-        ->add_option("--position", pArguments->dPosition,
-                     "where the file's first sample lies on the timeline, in samples")
+        ->add_option(
+            "--position", pArguments->dPosition,
+            "where the file's first sample lies on the timeline, in samples of the session")
         ->required();
-    pCommand->add_option("--start", pArguments->dStart, "first sample used (default: 0)");
-    pCommand->add_option("--end", pArguments->dEnd, "end of what is used (default: the file's)");
+    pCommand->add_option("--start", pArguments->dStart,
+                         "first sample of the file used (default: 0)");
+    pCommand->add_option("--end", pArguments->dEnd,
+                         "end of what is used of the file (default: all)");
     pCommand->add_option("--channels", pArguments->channels, "channels used, such as 0,2")
         ->delimiter(',')
         ->check(CLI::Range(0, 30));
@@ -168,7 +185,7 @@ void AddRender(CLI::App& link, OptionsPointer options) {
         if (!client.RenderSelectedRegion(session.IsAudioSuite(), *pRate, &lStart, &lEnd)) {
             session.Fail("the host rendered nothing");
         }
-        session.Warn();
+        if (!client.m_strLastError.empty()) session.Warn(client.m_strLastError);
         session.Print(client.m_strRegionInfo,
                       json{{"start", lStart}, {"end", lEnd}, {"info", client.m_strRegionInfo}});
     });

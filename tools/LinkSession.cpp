@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "platform/NumberText.h"
 #include "tools/ToolFailure.h"
 
 namespace {
@@ -54,10 +55,18 @@ void CLinkSession::RequireNoError() {
     if (!m_client.m_strLastError.empty()) Fail("");
 }
 
-void CLinkSession::Warn() {
+int CLinkSession::SampleRate() {
+    const std::string strDocument =
+        IsAudioSuite() ? "SelectAudioSuiteDocument" : "SelectScriptDocument";
+    const std::string strRate = Run("if " + strDocument + "() then\nprint(GetSampleRate())\nend\n");
+    const auto nRate = static_cast<int>(ParseInteger(strRate.c_str()));
+    if (nRate < 1) throw CToolFailure(exitNegative, "the host does not say its sample rate");
+    return nRate;
+}
+
+void CLinkSession::Warn(std::string const& strText) {
     m_notice.End();
-    if (m_client.m_strLastError.empty()) return;
-    std::fprintf(stderr, "tavarin: %s\n", m_client.m_strLastError.c_str());
+    std::fprintf(stderr, "tavarin: %s\n", strText.c_str());
 }
 
 void CLinkSession::Print(std::string const& strText, nlohmann::json const& json) {

@@ -39,8 +39,11 @@ public:
     /// Ends the command when the client holds an error text, as after a script that failed.
     void RequireNoError();
 
-    /// Prints the client's text as a warning, if it holds one.
-    void Warn();
+    /// The sample rate of the host's session in Hz; ends the command when the host does not say.
+    int SampleRate();
+
+    /// Prints a warning.
+    void Warn(std::string const& strText);
 
     /// Prints `strText`, or `json` when the user asked for it.
     void Print(std::string const& strText, nlohmann::json const& json);
