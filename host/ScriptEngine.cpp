@@ -49,6 +49,7 @@ CScriptEngine::CScriptEngine(CSession& session, CScriptEngineOptions const& opti
       m_Directory(options.m_strAudioDirectory),
       m_Context{.m_Session = session, .m_Directory = m_Directory} {
     m_Directory.SetLimit(options.m_lAudioBytes);
+    m_Context.m_Work.SetListener(options.m_WorkListener);
 }
 
 CScriptResult CScriptEngine::Run(std::string const& strScript) {

@@ -33,6 +33,8 @@ struct CScriptEngineOptions {
     std::string m_strAudioDirectory;
     /// Largest sum of the sizes of the files there, in bytes.
     std::int64_t m_lAudioBytes = std::int64_t{4} << 30;
+    /// Told about once a second how far a host function has come that takes long.
+    CWorkNotice::Listener m_WorkListener{};
 };
 
 /// Runs scripts in the host's script language, Lua 5.4, against a session.

@@ -84,6 +84,7 @@ bool CallHost(lua_State* pState, CScriptRun& run, CHostFunction const& function)
     if (nCount > kMaxArguments) throw CHostFunctionError("too many arguments for the host");
     CArgumentCopy copy(pState);
     for (int n = 1; n <= nCount; ++n) run.m_Arguments.push_back(copy.Value(n, 0));
+    run.m_Context.m_Work.Begin(function.pszName);
     run.m_Result = function.pFunction(run.m_Context, {function.pszName, run.m_Arguments});
     return true;
 } catch (CScriptTimeOver const&) {

@@ -95,6 +95,11 @@ void ShowExchange(CHostExchange const& exchange) {
     std::fflush(stdout);
 }
 
+void ShowWork(std::string const& strText) {
+    std::printf("tavarin-host: %s\n", strText.c_str());
+    std::fflush(stdout);
+}
+
 CReferenceHostOptions MakeOptions(Arguments const& arguments) {
     CReferenceHostOptions options;
     options.m_nId = arguments.nId;
@@ -104,6 +109,7 @@ CReferenceHostOptions MakeOptions(Arguments const& arguments) {
     }
     options.m_Engine.m_Limits.m_Time =
         std::chrono::milliseconds(std::llround(arguments.dScriptSeconds * 1000));
+    if (!arguments.fQuiet) options.m_Engine.m_WorkListener = ShowWork;
     if (arguments.fVerbose) options.m_Observer = ShowExchange;
     return options;
 }
