@@ -372,7 +372,6 @@ TEST_F(HostProgram, OneScriptCannotStopTheNext) {
 // One step of the interpreter each, in which no hook is called.
 const char* const scriptsThatNothingStops[] = {
     "('a'):rep(100000):find(('.-'):rep(20) .. 'b')",
-    "string.rep('', 1 << 62)",
     "table.concat(setmetatable({}, {__index = table.concat}), '', 1, 1 << 62)",
     "table.move(setmetatable({}, {__index = rawlen, __newindex = rawlen}), 1, 1 << 62, 2)",
     "('('):rep(20000000):find('%b()')",
@@ -383,6 +382,7 @@ TEST_F(HostProgram, ScriptThatNothingStopsEndsTheHostWithAWordAndTheSessionSaved
     double dPosition = 0;
     for (const std::string strScript : scriptsThatNothingStops) {
         StartHost({"--session", strSession, "--script-time", "0.1"});
+        AwaitReady();
         dPosition += 1000;
         std::string strReply;
         std::string strRequest = "SelectScriptDocument() MoveDisplayToPosition(" +
@@ -397,6 +397,7 @@ TEST_F(HostProgram, ScriptThatNothingStopsEndsTheHostWithAWordAndTheSessionSaved
             << strScript;
     }
     StartHost({"--session", strSession});
+    AwaitReady();
     EXPECT_GT(m_client.GetUpdateCount(), 0);
 }
 
