@@ -116,7 +116,7 @@ void MeasureBesideBusyProcesses(std::string const& work, EPlacement placement, i
     std::vector<std::unique_ptr<CChild>> busy;
     for (int nCore = 0; nCore < sysconf(_SC_NPROCESSORS_ONLN); ++nCore)
         busy.push_back(std::make_unique<CChild>([nCore] { KeepBusy(nCore); }));
-    MeasureWarm(work, linkAndSocket, placement, nTurns);
+    MeasureWarm(work, linkFloorAndSocket, placement, nTurns);
 }
 
 void MeasureLongScript(std::string const& work, int nRounds) {
