@@ -405,6 +405,22 @@ TEST_P(CHostFunctionTest, AProcessMixesTheRegionsOfItsRange) {
     EXPECT_EQ(mix.m_Channels[0][500], 0.0f);
 }
 
+TEST_P(CHostFunctionTest, ATrackOfTenThousandRegionsAndMarksIsClearedByOneScript) {
+    CSessionId const idMarkers = Track(0).m_MarkerTracks[0].m_idMarkerTrack;
+    for (std::int64_t l = 0; l < 10000; ++l) {
+        m_Session.AddRegion(Kind(), Track(0).m_idTrack,
+                            {.m_strFile = "/x.wav",
+                             .m_nFileRate = 48000,
+                             .m_lFilePosition = l * 7919 % 10000,
+                             .m_lEnd = 1,
+                             .m_Channels = {0}});
+        m_Session.AddMarkerArea(Kind(), idMarkers, l, l + 1);
+    }
+    EXPECT_EQ(Printed(LinkScripts::ClearTrack(AudioSuite(), 0)), "");
+    EXPECT_TRUE(Track(0).m_Regions.empty());
+    EXPECT_TRUE(Track(0).m_MarkerTracks[0].m_Areas.empty());
+}
+
 TEST_P(CHostFunctionTest, ClearingATrackRemovesRegionsMarksAndResultFiles) {
     SendPhrases(0);
     Printed(LinkScripts::CreateAPT(AudioSuite(), 10000, 58000, 20000, 68000));
