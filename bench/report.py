@@ -1,8 +1,8 @@
 """Runs the benchmarks that rows.json names and reports on them; scripts/bench calls it.
 
 Every program prints JSON lines (ResultLog.h) or is a Google Benchmark. A row of the table compares
-one of a work's contenders with others, by the median unless it names a quantile; "most" and "least"
-are its bar.
+one of a work's contenders with others, by the median unless it names a quantile, or tells how a
+work has grown from one of its sizes to another; "most" and "least" are its bar.
 """
 
 import json
@@ -15,6 +15,9 @@ import time
 
 NOTES = "bench/notes.md"
 REPORT = "docs/benchmarks.md"
+SERIES = "build/benchmark-series.md"
+GROWTH = "growth: "
+FROM, TO = "2500", "10000"
 COLOURS = ["#1f5fa8", "#c0392b", "#2e8b57", "#8e5ea2", "#d4880f", "#4a4a4a", "#17a2b8", "#a0522d",
            "#6b8e23"]
 
@@ -103,8 +106,29 @@ def peers_of(results, row, work):
     return peers
 
 
+def verdict_of(figure, row):
+    if "most" not in row and "least" not in row:
+        return "reported"
+    met = figure <= row["most"] if "most" in row else figure >= row["least"]
+    return "met" if met else "**not met**"
+
+
+def judge_growth(results, row, bar):
+    """How much more four times as many regions cost, as a share of what n log n allows."""
+    low, high = (results.quantile(row["growth"], size) for size in (FROM, TO))
+    if not low or not high:
+        return [row["title"], "", "", "", bar, "not measured"]
+    allowed = int(TO) * math.log(int(TO)) / (int(FROM) * math.log(int(FROM)))
+    figure = high / low / allowed
+    return [row["title"], "n log n, from 2,500 to 10,000 regions",
+            f"{high / 1000:.4g} : {low / 1000:.4g} ms", f"{figure:.2f}", bar,
+            verdict_of(figure, row)]
+
+
 def judge(results, row):
     """The cells of one row: work, against, measured, ratio, bar, verdict."""
+    if "growth" in row:
+        return judge_growth(results, row, "at most %g" % row["most"])
     work = row.get("program") or row["work"]
     part = row.get("quantile", 0.5)
     ours_name = row["ours"] + (" " + row["counter"] if "counter" in row else "")
@@ -128,11 +152,7 @@ def judge(results, row):
         figure = ours / known[best]
         shown = f"{figure:.2f}" if figure < 10 else f"{figure:.0f}"
         measured = f"{ours:.4g} : {known[best]:.4g} {unit}"
-    verdict = "reported"
-    if "most" in row or "least" in row:
-        met = figure <= row["most"] if "most" in row else figure >= row["least"]
-        verdict = "met" if met else "**not met**"
-    return [row["title"], against, measured, shown, bar, verdict]
+    return [row["title"], against, measured, shown, bar, verdict_of(figure, row)]
 
 
 def markdown(head, rows):
@@ -199,6 +219,53 @@ def picture(results, work, title):
     return "\n".join(out + ["</svg>"]) + "\n"
 
 
+def growth_picture(results):
+    """Cost against size, both logarithmic, as an SVG; a dashed line is n log n."""
+    lines = {work[len(GROWTH):]: sorted((int(size), one["quantiles"][len(one["quantiles"]) // 2])
+                                        for size, one in sizes.items())
+             for work, sizes in results.series.items() if work.startswith(GROWTH)}
+    if not lines:
+        return None
+    width, height, left, top, bottom = 760, 420, 70, 40, 50
+    inner_width, inner_height = width - left - 210, height - top - bottom
+    every = [cost for points in lines.values() for _, cost in points if cost > 0]
+    sizes = [size for size, _ in next(iter(lines.values()))]
+    low, high = min(every) / 1.5, max(every) * 1.5
+
+    def x(size):
+        return left + inner_width * math.log(size / sizes[0]) / math.log(sizes[-1] / sizes[0])
+
+    def y(cost):
+        return top + inner_height * (1 - math.log(cost / low) / math.log(high / low))
+
+    out = [f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {width} {height}" '
+           f'font-family="sans-serif" font-size="12">',
+           f'<rect width="{width}" height="{height}" fill="white"/>',
+           f'<text x="{left}" y="22" font-size="15">Cost against size</text>']
+    for size in sizes:
+        out.append(f'<text x="{x(size):.1f}" y="{height - 30}" text-anchor="middle">{size}</text>')
+    for power in range(math.ceil(math.log10(low)), math.floor(math.log10(high)) + 1):
+        out.append(f'<path d="M{left} {y(10 ** power):.1f}h{inner_width}" stroke="#ddd"/>'
+                   f'<text x="{left - 6}" y="{y(10 ** power) + 4:.1f}" text-anchor="end">'
+                   f'{10 ** power / 1000:g} ms</text>')
+    out.append(f'<text x="{left + inner_width / 2}" y="{height - 10}" text-anchor="middle">'
+               f'regions, both axes logarithmic; dashed: n log n</text>')
+    for number, (name, points) in enumerate(lines.items()):
+        colour = COLOURS[number % len(COLOURS)]
+        first_size, first_cost = points[0]
+        drawn = " ".join(f"{x(size):.1f},{y(cost):.1f}" for size, cost in points)
+        allowed = [(size, first_cost * size * math.log(size) /
+                    (first_size * math.log(first_size))) for size, _ in points]
+        dashed = " ".join(f"{x(size):.1f},{y(cost):.1f}" for size, cost in allowed if cost < high)
+        line = top + 14 + number * 20
+        out.append(f'<polyline points="{drawn}" fill="none" stroke="{colour}" stroke-width="2"/>'
+                   f'<polyline points="{dashed}" fill="none" stroke="{colour}" '
+                   f'stroke-dasharray="3 4" stroke-opacity="0.5"/>'
+                   f'<path d="M{width - 200} {line - 4}h20" stroke="{colour}" stroke-width="3"/>'
+                   f'<text x="{width - 174}" y="{line}">{name}</text>')
+    return "\n".join(out + ["</svg>"]) + "\n"
+
+
 def machine():
     model = platform.processor() or platform.machine()
     try:
@@ -227,24 +294,28 @@ def detail(results, work):
         ["contender", "unit", "samples", "10 %", "50 %", "90 %", "99 %"], rows)
 
 
+def write_text(root, name, text):
+    with open(os.path.join(root, name), "w", encoding="utf-8") as out:
+        out.write(text)
+
+
 def write_report(root, results, head, rows, table, about):
+    drawings = [(one["file"], one["title"], picture(results, one["work"], one["title"]))
+                for one in table["pictures"]]
+    drawings.append(("bench-growth.svg", "Cost against size", growth_picture(results)))
     pictures = []
-    for one in table["pictures"]:
-        drawn = picture(results, one["work"], one["title"])
+    for file, title, drawn in drawings:
         if drawn is None:
             continue
-        with open(os.path.join(root, "docs/pictures", one["file"]), "w", encoding="utf-8") as out:
-            out.write(drawn)
-        pictures.append(f"![{one['title']}](pictures/{one['file']})")
+        write_text(root, "docs/pictures/" + file, drawn)
+        pictures.append(f"![{title}](pictures/{file})")
     with open(os.path.join(root, NOTES), encoding="utf-8") as notes:
         text = notes.read()
     parts = ["# Benchmarks",
              "<!-- Written by scripts/bench; what does not come from a run stands in " + NOTES +
              ". -->", "```\nscripts/bench\n```", about, "## Ratios and bars", markdown(head, rows),
-             text.strip(), "## Distributions"] + pictures
-    parts += ["## All measurements"] + [detail(results, work) for work in results.series]
-    with open(os.path.join(root, REPORT), "w", encoding="utf-8") as out:
-        out.write("\n\n".join(parts) + "\n")
+             text.strip(), "## Distributions and growth"] + pictures
+    write_text(root, REPORT, "\n\n".join(parts) + "\n")
 
 
 def main():
@@ -260,11 +331,14 @@ def main():
             run_program(results, root, name, program, quick)
     head = ["work", "against", "measured", "ratio", "bar", ""]
     rows = [judge(results, row) for row in table["rows"]]
+    write_text(root, SERIES, "\n\n".join(["# All measurements", about] + [
+        detail(results, work) for work in results.series]) + "\n")
     print()
     print_table(head, [row for row in rows if not wanted or row[-1] != "not measured"])
     if not quick and not wanted:
         write_report(root, results, head, rows, table, about)
         print("\nwritten: " + REPORT)
+    print("every series: " + SERIES)
     return 1 if results.failed else 0
 
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <limits>
 #include <numeric>
 #include <vector>
@@ -11,6 +10,7 @@ namespace {
 
 constexpr std::int64_t kMaxShiftSeconds = 10;
 constexpr std::int64_t kFineSeconds = 30;
+constexpr std::int64_t kMaxFineFrames = std::int64_t{1} << 22;
 
 /// One pass of the search: envelope steps of `lHop` samples, smoothed over `lWindow` samples, at
 /// shifts of up to `lReach` samples around the best one so far.
@@ -20,32 +20,53 @@ struct CSearchPass {
     std::int64_t lReach;
 };
 
+constexpr std::int64_t kCoarseHop = 256;
+constexpr std::int64_t kCoarseWindow = 4 * kCoarseHop;
+constexpr CSearchPass kFinePasses[] = {{16, 1024, 512}, {1, 512, 32}};
+
 using CEnvelope = std::vector<float>;
 
-/// Root mean square over windows centred on each step, all channels together, for the samples
-/// [lStart, lEnd) of the sound.
-CEnvelope MakeEnvelope(CAudio const& audio, std::int64_t lStart, std::int64_t lEnd,
-                       CSearchPass const& pass) {
-    std::int64_t const lSteps =
-        std::max<std::int64_t>(0, (lEnd - lStart + pass.lHop - 1) / pass.lHop);
-    std::vector<double> energy(static_cast<std::size_t>(lEnd - lStart) + 1, 0.0);
-    for (auto const& channel : audio.m_Channels)
-        for (std::int64_t l = lStart; l < lEnd; ++l) {
-            double const dSample = channel[static_cast<std::size_t>(l)];
-            energy[static_cast<std::size_t>(l - lStart) + 1] += dSample * dSample;
-        }
-    std::partial_sum(energy.begin(), energy.end(), energy.begin());
+/// Adds the energy of samples to that of stretches of `nStep` samples; the first one is sample
+/// number `nAt`. A stretch with a sample that is no number counts as silent.
+void AddEnergy(std::vector<float> const& samples, std::size_t nAt, std::size_t nStep,
+               std::vector<double>& energies) {
+    for (std::size_t n = 0; n < samples.size();) {
+        std::size_t const nStretch = (nAt + n) / nStep;
+        std::size_t const nEnd = std::min(samples.size(), (nStretch + 1) * nStep - nAt);
+        double dEnergy = 0.0;
+        for (; n < nEnd; ++n)
+            dEnergy += static_cast<double>(samples[n]) * static_cast<double>(samples[n]);
+        if (std::isfinite(dEnergy)) energies[nStretch] += dEnergy;
+    }
+}
 
-    CEnvelope envelope(static_cast<std::size_t>(lSteps));
-    for (std::int64_t lStep = 0; lStep < lSteps; ++lStep) {
-        std::int64_t const lCentre = lStep * pass.lHop;
+/// The energy of stretches of `lStep` samples from `lStart` to `lEnd`, all channels together.
+std::vector<double> Energies(CSound& sound, std::int64_t lStart, std::int64_t lEnd,
+                             std::int64_t lStep, CCheckpoint const& checkpoint) {
+    std::vector<double> energies(static_cast<std::size_t>((lEnd - lStart + lStep - 1) / lStep));
+    std::size_t nAt = 0;
+    ForEachBlock(sound, lStart, lEnd, checkpoint, [&](CAudio const& block) {
+        for (auto const& channel : block.m_Channels)
+            AddEnergy(channel, nAt, static_cast<std::size_t>(lStep), energies);
+        nAt += static_cast<std::size_t>(block.Frames());
+    });
+    return energies;
+}
+
+/// Root mean square over windows centred on each hop; both are given in steps of the energies.
+CEnvelope MakeEnvelope(std::vector<double> const& energies, std::int64_t lHop,
+                       std::int64_t lWindow) {
+    std::vector<double> sums(energies.size() + 1, 0.0);
+    std::partial_sum(energies.begin(), energies.end(), sums.begin() + 1);
+    auto const lEnd = static_cast<std::int64_t>(energies.size());
+    CEnvelope envelope;
+    envelope.reserve(static_cast<std::size_t>((lEnd + lHop - 1) / lHop));
+    for (std::int64_t lCentre = 0; lCentre < lEnd; lCentre += lHop) {
         auto const nFrom =
-            static_cast<std::size_t>(std::max<std::int64_t>(0, lCentre - pass.lWindow / 2));
-        auto const nTo =
-            static_cast<std::size_t>(std::min(lEnd - lStart, lCentre + (pass.lWindow + 1) / 2));
-        double const dEnergy = std::max(0.0, energy[nTo] - energy[nFrom]);
-        envelope[static_cast<std::size_t>(lStep)] =
-            static_cast<float>(std::sqrt(dEnergy / static_cast<double>(pass.lWindow)));
+            static_cast<std::size_t>(std::max<std::int64_t>(0, lCentre - lWindow / 2));
+        auto const nTo = static_cast<std::size_t>(std::min(lEnd, lCentre + (lWindow + 1) / 2));
+        double const dEnergy = std::max(0.0, sums[nTo] - sums[nFrom]);
+        envelope.push_back(static_cast<float>(std::sqrt(dEnergy / static_cast<double>(lWindow))));
     }
     return envelope;
 }
@@ -85,68 +106,44 @@ std::int64_t BestLag(CEnvelope const& guide, CEnvelope const& dub, std::int64_t 
     return lBest;
 }
 
-bool Silent(CAudio const& audio) {
-    for (auto const& channel : audio.m_Channels)
-        for (float sample : channel)
-            if (sample != 0.0f) return false;
-    return true;
+bool Silent(std::vector<double> const& energies) {
+    return std::all_of(energies.begin(), energies.end(), [](double d) { return d == 0.0; });
 }
 
-/// Where the fine passes listen: the loudest stretch of the guide, at most kFineSeconds long.
-std::int64_t LoudestStretch(CAudio const& guide, std::int64_t lLength) {
-    std::int64_t const lBlock = std::max<std::int64_t>(1, guide.m_nSampleRate);
-    CEnvelope const envelope = MakeEnvelope(guide, 0, guide.Frames(), {lBlock, lBlock, 0});
-    auto const nBlocks = static_cast<std::size_t>(std::max<std::int64_t>(1, lLength / lBlock));
-    double dBest = -1.0;
+/// Where the loudest stretch of so many steps begins, the first one of those that are equally loud.
+std::int64_t LoudestStretch(std::vector<double> const& energies, std::size_t nSteps) {
+    constexpr double kLouder = 1.0 + 1e-9;
+    double dSum = 0.0;
+    double dBest = 0.0;
     std::size_t nBest = 0;
-    for (std::size_t n = 0; n < envelope.size(); ++n) {
-        double dSum = 0.0;
-        for (std::size_t k = n; k < std::min(envelope.size(), n + nBlocks); ++k)
-            dSum += static_cast<double>(envelope[k]) * static_cast<double>(envelope[k]);
-        if (!(dSum > dBest)) continue;
+    for (std::size_t n = 0; n < energies.size(); ++n) {
+        dSum += energies[n];
+        if (n >= nSteps) dSum -= energies[n - nSteps];
+        if (n + 1 < nSteps || dSum <= dBest * kLouder) continue;
         dBest = dSum;
-        nBest = n;
+        nBest = n + 1 - nSteps;
     }
-    std::int64_t const lStart = static_cast<std::int64_t>(nBest) * lBlock;
-    return std::clamp<std::int64_t>(lStart, 0, std::max<std::int64_t>(0, guide.Frames() - lLength));
+    return static_cast<std::int64_t>(nBest);
 }
 
-/// Copies samples [lStart, lStart + lFrames); outside the sound there is silence.
-CAudio Slice(CAudio const& audio, std::int64_t lStart, std::int64_t lFrames) {
-    CAudio slice{audio.m_nSampleRate, {}};
-    std::int64_t const lFrom = std::clamp<std::int64_t>(lStart, 0, audio.Frames());
-    std::int64_t const lTo = std::clamp<std::int64_t>(lStart + lFrames, lFrom, audio.Frames());
-    for (auto const& channel : audio.m_Channels) {
-        slice.m_Channels.emplace_back(static_cast<std::size_t>(lFrames), 0.0f);
-        if (lFrom == lTo) continue;
-        std::copy(channel.begin() + lFrom, channel.begin() + lTo,
-                  slice.m_Channels.back().begin() + (lFrom - lStart));
-    }
-    return slice;
-}
-
-}  // namespace
-
-std::int64_t FindDubLag(CAudio const& guide, CAudio const& dub, CCheckpoint const& checkpoint) {
-    if (Silent(guide) || Silent(dub)) return 0;
-    std::int64_t const lLonger = std::max(guide.Frames(), dub.Frames());
-    CSearchPass const coarse{
-        256, 1024, std::min(lLonger, kMaxShiftSeconds * std::max(1, guide.m_nSampleRate))};
-    CEnvelope guideEnvelope = MakeEnvelope(guide, 0, guide.Frames(), coarse);
-    CEnvelope dubEnvelope = MakeEnvelope(dub, 0, dub.Frames(), coarse);
+std::int64_t FindCoarseLag(std::vector<double> const& guide, std::vector<double> const& dub,
+                           std::int64_t lReach, CCheckpoint const& checkpoint) {
+    CEnvelope guideEnvelope = MakeEnvelope(guide, 1, kCoarseWindow / kCoarseHop);
+    CEnvelope dubEnvelope = MakeEnvelope(dub, 1, kCoarseWindow / kCoarseHop);
     RemoveMean(guideEnvelope);
     RemoveMean(dubEnvelope);
-    std::int64_t lLag =
-        coarse.lHop * BestLag(guideEnvelope, dubEnvelope, coarse.lReach / coarse.lHop, checkpoint);
+    return kCoarseHop * BestLag(guideEnvelope, dubEnvelope, lReach / kCoarseHop, checkpoint);
+}
 
-    std::int64_t const lLength = std::min(
-        guide.Frames(), kFineSeconds * static_cast<std::int64_t>(std::max(1, guide.m_nSampleRate)));
-    std::int64_t const lStart = LoudestStretch(guide, lLength);
-    CAudio const guidePart = Slice(guide, lStart, lLength);
-    for (CSearchPass const& pass : {CSearchPass{16, 1024, 512}, CSearchPass{1, 512, 32}}) {
-        CAudio const dubPart = Slice(dub, lStart + lLag, lLength);
-        CEnvelope fineGuide = MakeEnvelope(guidePart, 0, lLength, pass);
-        CEnvelope fineDub = MakeEnvelope(dubPart, 0, lLength, pass);
+std::int64_t FindFineLag(CSound& guide, CSound& dub, std::int64_t lStart, std::int64_t lLength,
+                         std::int64_t lLag, CCheckpoint const& checkpoint) {
+    std::vector<double> const guideEnergies =
+        Energies(guide, lStart, lStart + lLength, 1, checkpoint);
+    for (CSearchPass const& pass : kFinePasses) {
+        CEnvelope fineGuide = MakeEnvelope(guideEnergies, pass.lHop, pass.lWindow);
+        CEnvelope fineDub =
+            MakeEnvelope(Energies(dub, lStart + lLag, lStart + lLag + lLength, 1, checkpoint),
+                         pass.lHop, pass.lWindow);
         RemoveMean(fineGuide);
         RemoveMean(fineDub);
         lLag += pass.lHop * BestLag(fineGuide, fineDub, pass.lReach / pass.lHop, checkpoint);
@@ -154,6 +151,26 @@ std::int64_t FindDubLag(CAudio const& guide, CAudio const& dub, CCheckpoint cons
     return lLag;
 }
 
-CAudio AlignDub(CAudio const& guide, CAudio const& dub, CCheckpoint const& checkpoint) {
-    return Slice(dub, FindDubLag(guide, dub, checkpoint), guide.Frames());
+}  // namespace
+
+std::int64_t FindDubLag(CSound& guide, CSound& dub, CCheckpoint const& checkpoint) {
+    std::vector<double> const guideEnergies =
+        Energies(guide, 0, guide.Frames(), kCoarseHop, checkpoint);
+    std::vector<double> const dubEnergies = Energies(dub, 0, dub.Frames(), kCoarseHop, checkpoint);
+    if (Silent(guideEnergies) || Silent(dubEnergies)) return 0;
+    auto const lRate = static_cast<std::int64_t>(std::max(1, guide.SampleRate()));
+    std::int64_t const lReach =
+        std::min(std::max(guide.Frames(), dub.Frames()), kMaxShiftSeconds * lRate);
+    std::int64_t const lLag = FindCoarseLag(guideEnergies, dubEnergies, lReach, checkpoint);
+    std::int64_t const lLength = std::min({guide.Frames(), kFineSeconds * lRate, kMaxFineFrames});
+    std::int64_t const lStart =
+        kCoarseHop * LoudestStretch(guideEnergies, static_cast<std::size_t>(std::max<std::int64_t>(
+                                                       1, lLength / kCoarseHop)));
+    return FindFineLag(guide, dub, lStart, std::min(lLength, guide.Frames() - lStart), lLag,
+                       checkpoint);
+}
+
+void AlignDub(CSound& guide, CSound& dub, CSoundSink const& sink, CCheckpoint const& checkpoint) {
+    std::int64_t const lLag = FindDubLag(guide, dub, checkpoint);
+    ForEachBlock(dub, lLag, lLag + guide.Frames(), checkpoint, sink);
 }

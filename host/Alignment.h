@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "host/AudioFile.h"
+#include "host/Sound.h"
 
 /// Time alignment of a dub to a guide, by one shift for the whole dub.
 ///
@@ -15,8 +15,10 @@
 
 /// By how many samples the dub lies behind the guide: sample i of the guide belongs to sample
 /// i + result of the dub. 0 when either is empty or silent.
-std::int64_t FindDubLag(CAudio const& guide, CAudio const& dub, CCheckpoint const& checkpoint = {});
+std::int64_t FindDubLag(CSound& guide, CSound& dub, CCheckpoint const& checkpoint = {});
 
-/// The dub shifted onto the guide: as long as the guide, with the dub's channels and rate. Where
-/// the dub has no sound for a place, there is silence; an empty guide gives an empty result.
-CAudio AlignDub(CAudio const& guide, CAudio const& dub, CCheckpoint const& checkpoint = {});
+/// Makes the dub, shifted to where the guide is, exactly as long as the guide; silence where the
+/// dub has nothing. Takes memory for a few bytes of every 256 samples, and for the loudest half
+/// minute.
+void AlignDub(CSound& guide, CSound& dub, CSoundSink const& sink,
+              CCheckpoint const& checkpoint = {});

@@ -49,6 +49,10 @@ CAudioDirectory::CAudioDirectory(std::string const& strPath) : m_fRemove(strPath
 }
 
 CAudioDirectory::~CAudioDirectory() {
+    RemoveIfPrivate();
+}
+
+void CAudioDirectory::RemoveIfPrivate() noexcept {
     if (!m_fRemove) return;
     std::error_code ignored;
     fs::remove_all(m_strPath, ignored);

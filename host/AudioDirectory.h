@@ -17,6 +17,9 @@ public:
     CAudioDirectory(CAudioDirectory const&) = delete;
     CAudioDirectory& operator=(CAudioDirectory const&) = delete;
 
+    /// Does now what the end of a private directory's object does.
+    void RemoveIfPrivate() noexcept;
+
     /// Full path, without a separator at the end.
     std::string const& Path() const { return m_strPath; }
 

@@ -210,11 +210,14 @@ bool SameAudio(CAudioRange const& left, CAudioRange const& right, CCheckpoint co
     std::int64_t const lLength = left.m_lEnd - left.m_lStart;
     if (lLength != right.m_lEnd - right.m_lStart) return false;
     if (left.m_Channels.size() != right.m_Channels.size()) return false;
+    bool const fSameFile = left.m_strFile == right.m_strFile && left.m_lStart == right.m_lStart &&
+                           left.m_Channels == right.m_Channels;
     CAudioFile leftFile(left.m_strFile);
     CAudioFile rightFile(right.m_strFile);
     if (leftFile.Info().m_nSampleRate != rightFile.Info().m_nSampleRate) return false;
     leftFile.Require(left.m_lEnd);
     rightFile.Require(right.m_lEnd);
+    if (fSameFile) return true;
     for (std::int64_t lAt = 0; lAt < lLength; lAt += kBlockFrames) {
         if (checkpoint) checkpoint();
         std::int64_t const lFrames = std::min(kBlockFrames, lLength - lAt);

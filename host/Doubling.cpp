@@ -7,22 +7,21 @@
 
 namespace {
 
-constexpr std::int64_t kCheckpointFrames = 1 << 16;
+constexpr std::int64_t kBlock = 1 << 16;
+// The neighbours that a value between two samples is made from, in front of it and behind.
+constexpr std::int64_t kBefore = 1;
+constexpr std::int64_t kBehind = 2;
 
-float SampleAt(std::vector<float> const& channel, std::int64_t lIndex) {
-    if (lIndex < 0 || lIndex >= static_cast<std::int64_t>(channel.size())) return 0.0f;
-    return channel[static_cast<std::size_t>(lIndex)];
-}
-
-/// The channel between two samples, by a cubic through four neighbours.
-double Interpolate(std::vector<float> const& channel, double dPosition) {
+/// A channel between two samples, by a cubic through four neighbours. The position is counted from
+/// the start of the stretch, which has them all.
+double Interpolate(std::vector<float> const& stretch, double dPosition) {
     double const dFloor = std::floor(dPosition);
-    auto const lIndex = static_cast<std::int64_t>(dFloor);
+    float const* const pAt = stretch.data() + static_cast<std::ptrdiff_t>(dFloor);
     double const t = dPosition - dFloor;
-    double const a = SampleAt(channel, lIndex - 1);
-    double const b = SampleAt(channel, lIndex);
-    double const c = SampleAt(channel, lIndex + 1);
-    double const d = SampleAt(channel, lIndex + 2);
+    double const a = pAt[-kBefore];
+    double const b = pAt[0];
+    double const c = pAt[1];
+    double const d = pAt[kBehind];
     double const dSlopeB = (c - a) / 2.0;
     double const dSlopeC = (d - b) / 2.0;
     double const dCurve = dSlopeB + dSlopeC - 2.0 * (c - b);
@@ -63,24 +62,27 @@ private:
 
 }  // namespace
 
-CAudio MakeDouble(CAudio const& input, CDoublingSettings const& settings,
-                  CCheckpoint const& checkpoint) {
-    CAudio output{input.m_nSampleRate, {}};
-    std::int64_t const lInput = input.Frames();
-    CSweep const sweep(settings, std::max(1, input.m_nSampleRate));
-    std::int64_t const lFrames = lInput == 0 ? 0 : lInput + sweep.LongestDelay();
-    output.m_Channels.assign(input.m_Channels.size(),
-                             std::vector<float>(static_cast<std::size_t>(lFrames), 0.0f));
-    for (std::int64_t lFrame = 0; lFrame < lFrames; ++lFrame) {
-        if (checkpoint && lFrame % kCheckpointFrames == 0) checkpoint();
-        for (int nReader : {0, 1}) {
-            double const dPhase = sweep.Phase(lFrame, nReader);
-            double const dShare = CSweep::Share(dPhase);
-            double const dPosition = static_cast<double>(lFrame) - sweep.Delay(dPhase);
-            for (std::size_t n = 0; n < input.m_Channels.size(); ++n)
-                output.m_Channels[n][static_cast<std::size_t>(lFrame)] +=
-                    static_cast<float>(dShare * Interpolate(input.m_Channels[n], dPosition));
-        }
+void MakeDouble(CSound& input, CDoublingSettings const& settings, CSoundSink const& sink,
+                CCheckpoint const& checkpoint) {
+    CSweep const sweep(settings, std::max(1, input.SampleRate()));
+    std::int64_t const lFrames = input.Frames() == 0 ? 0 : input.Frames() + sweep.LongestDelay();
+    std::int64_t const lReach = sweep.LongestDelay() + kBefore + 1;
+    for (std::int64_t lStart = 0; lStart < lFrames; lStart += kBlock) {
+        if (checkpoint) checkpoint();
+        std::int64_t const lCount = std::min(kBlock, lFrames - lStart);
+        CAudio const stretch = input.Read(lStart - lReach, lReach + lCount + kBehind);
+        CAudio output{input.SampleRate(), {}};
+        output.m_Channels.assign(input.Channels(),
+                                 std::vector<float>(static_cast<std::size_t>(lCount), 0.0f));
+        for (std::int64_t l = 0; l < lCount; ++l)
+            for (int nReader : {0, 1}) {
+                double const dPhase = sweep.Phase(lStart + l, nReader);
+                double const dShare = CSweep::Share(dPhase);
+                double const dPosition = static_cast<double>(lReach + l) - sweep.Delay(dPhase);
+                for (std::size_t n = 0; n < output.m_Channels.size(); ++n)
+                    output.m_Channels[n][static_cast<std::size_t>(l)] +=
+                        static_cast<float>(dShare * Interpolate(stretch.m_Channels[n], dPosition));
+            }
+        sink(output);
     }
-    return output;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/AudioFile.h"
+#include "host/Sound.h"
 
 /// How the double differs from what it doubles.
 struct CDoublingSettings {
@@ -15,5 +15,6 @@ struct CDoublingSettings {
 /// are faded into each other whenever one of them reaches the end of its sweep. All channels are
 /// treated alike, so a stereo image stays. The result has the input's channels and rate and is
 /// longer by the longest delay, so that the end is not cut; an empty input gives an empty result.
-CAudio MakeDouble(CAudio const& input, CDoublingSettings const& settings = {},
-                  CCheckpoint const& checkpoint = {});
+/// Works block by block.
+void MakeDouble(CSound& input, CDoublingSettings const& settings, CSoundSink const& sink,
+                CCheckpoint const& checkpoint = {});

@@ -105,8 +105,8 @@ CMarkerTrack const& MarkerTrackArgument(CHostContext const& context,
     return context.m_Session.MarkerTrack(Current(context), arguments.Integer(0));
 }
 
-template <typename T>
-T const& ElementAt(std::vector<T> const& elements, std::int64_t n, char const* pszWhat) {
+template <typename List>
+auto const& ElementAt(List const& elements, std::int64_t n, char const* pszWhat) {
     if (n >= 0 && static_cast<std::uint64_t>(n) < elements.size())
         return elements[static_cast<std::size_t>(n)];
     throw CHostFunctionError("there is no " + std::string(pszWhat) + " number " +
@@ -224,11 +224,14 @@ CHostValue CheckForDuplicateRegion(CHostContext& context, CHostArguments const& 
     CTrack const& track = TrackArgument(context, arguments, 0);
     CAudioFileInfo info;
     CRegion const candidate = DescribedRegion(context, arguments, 1, 2, info);
-    for (CRegion const& region : track.m_Regions) {
-        bool const fSamePlace =
-            region.Start() == candidate.Start() && region.End() == candidate.End();
-        if (fSamePlace && SameSound(context, candidate, region)) return std::int64_t{1};
-    }
+    auto const fEarlier = [](CRegion const& region, std::int64_t lStart) {
+        return region.Start() < lStart;
+    };
+    auto region = std::lower_bound(track.m_Regions.begin(), track.m_Regions.end(),
+                                   candidate.Start(), fEarlier);
+    for (; region != track.m_Regions.end() && region->Start() == candidate.Start(); ++region)
+        if (region->End() == candidate.End() && SameSound(context, candidate, *region))
+            return std::int64_t{1};
     return std::int64_t{0};
 }
 

@@ -12,6 +12,7 @@
 #include "host/AudioFile.h"
 #include "host/HostValue.h"
 #include "host/Session.h"
+#include "host/WorkNotice.h"
 
 /// A call that a script got wrong; the text says what was expected.
 class CHostFunctionError : public std::runtime_error {
@@ -27,8 +28,9 @@ struct CHostContext {
     /// The document that the running script has selected; cleared before each script.
     std::optional<DocumentKind> m_Document{};
 
-    /// Called during long work; throws when the script's time is over.
-    CCheckpoint m_Checkpoint{};
+    /// Says how far the function that runs has come; long work calls the checkpoint.
+    CWorkNotice m_Work{};
+    CCheckpoint m_Checkpoint = [this] { m_Work.Tick(); };
 
     /// Files in the audio directory by region: the last render and the last export. A repeated
     /// render or export of a region replaces its file.

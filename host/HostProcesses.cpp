@@ -2,43 +2,17 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <optional>
 #include <utility>
 
 #include "host/Alignment.h"
 #include "host/Doubling.h"
-#include "host/Resampling.h"
+#include "host/TrackSound.h"
 
 namespace {
 
 DocumentKind Document(CHostContext const& context) {
     return context.m_Document.value();
-}
-
-std::vector<CRegion const*> RegionsInRange(CTrack const& track, std::int64_t lStart,
-                                           std::int64_t lEnd) {
-    std::vector<CRegion const*> regions;
-    for (CRegion const& region : track.m_Regions)
-        if (region.Start() < lEnd && region.End() > lStart) regions.push_back(&region);
-    return regions;
-}
-
-void MixRegion(CAudio& mix, std::int64_t lMixStart, CRegion const& region,
-               CCheckpoint const& checkpoint) {
-    constexpr std::int64_t kBlock = 1 << 16;
-    std::int64_t const lFrom = std::max(lMixStart, region.Start());
-    std::int64_t const lTo = std::min(lMixStart + mix.Frames(), region.End());
-    CRegionReader reader(region, mix.m_nSampleRate, lFrom - region.m_lFilePosition);
-    for (std::int64_t lAt = lFrom; lAt < lTo; lAt += kBlock) {
-        if (checkpoint) checkpoint();
-        CAudio const block = reader.Read(std::min(kBlock, lTo - lAt));
-        for (std::size_t n = 0; n < mix.m_Channels.size(); ++n) {
-            bool const fMono = block.m_Channels.size() == 1;
-            if (!fMono && n >= block.m_Channels.size()) break;
-            auto const& source = block.m_Channels[fMono ? 0 : n];
-            float* pTarget = mix.m_Channels[n].data() + (lAt - lMixStart);
-            for (std::size_t i = 0; i < source.size(); ++i) pTarget[i] += source[i];
-        }
-    }
 }
 
 /// A file of the audio directory that goes again unless it is kept.
@@ -59,69 +33,86 @@ private:
     bool m_fKeep = false;
 };
 
-CAudio CollectInput(CHostContext const& context, CProcessInput const& input) {
-    CTrack const& track = context.m_Session.Track(Document(context), input.m_idTrack);
-    return CollectTrackAudio(context, track, input.m_lStart, input.m_lEnd);
+CTrackSound InputSound(CHostContext& context, CProcessInput const& input) {
+    return {context.m_Session.Track(Document(context), input.m_idTrack), input.m_lStart,
+            input.m_lEnd, context.m_Session.SampleRate(),
+            [&context](std::int64_t lSamples) { context.m_Work.Advance(lSamples); }};
 }
 
-CAudio ProcessAudio(CHostContext const& context, CProcess const& process) {
-    CAudio const first = CollectInput(context, process.m_Inputs.at(0));
-    if (process.m_Kind == ProcessKind::Doubler) return MakeDouble(first, {}, context.m_Checkpoint);
-    CAudio const dub = CollectInput(context, process.m_Inputs.at(1));
-    return AlignDub(first, dub, context.m_Checkpoint);
-}
+/// The sound that a process makes from its inputs, on its way into a file.
+class CProcessSound {
+public:
+    CProcessSound(CHostContext& context, CProcess const& process)
+        : m_Context(context), m_First(InputSound(context, process.m_Inputs.at(0))) {
+        if (process.m_Kind == ProcessKind::APT)
+            m_Dub.emplace(InputSound(context, process.m_Inputs.at(1)));
+    }
 
-CRegion ResultRegion(CAudio const& audio, std::string const& strFile, std::int64_t lPosition) {
+    std::size_t Channels() const { return m_Dub ? m_Dub->Channels() : m_First.Channels(); }
+
+    /// About as many bytes as the file will have.
+    std::int64_t Bytes() const {
+        return m_First.Frames() * static_cast<std::int64_t>(Channels() * sizeof(float));
+    }
+
+    /// Writes the file; the number of its samples.
+    std::int64_t WriteTo(std::string const& strPath) {
+        CAudioWriter writer(strPath, m_First.SampleRate(), static_cast<int>(Channels()),
+                            SampleFormat::Float32);
+        std::int64_t lFrames = 0;
+        Make([&](CAudio const& block) {
+            writer.Write(block);
+            lFrames += block.Frames();
+        });
+        writer.Finish();
+        return lFrames;
+    }
+
+private:
+    void Make(CSoundSink const& sink) {
+        if (!m_Dub) {
+            m_Context.m_Work.Expect(m_First.Frames());
+            return MakeDouble(m_First, {}, sink, m_Context.m_Checkpoint);
+        }
+        // The guide is listened to once, and the dub once before it is written.
+        m_Context.m_Work.Expect(2 * m_First.Frames() + m_Dub->Frames());
+        AlignDub(m_First, *m_Dub, sink, m_Context.m_Checkpoint);
+    }
+
+    CHostContext& m_Context;
+    CTrackSound m_First;
+    std::optional<CTrackSound> m_Dub;
+};
+
+CRegion ResultRegion(CSession const& session, std::string const& strFile, std::int64_t lPosition,
+                     std::int64_t lFrames, std::size_t nChannels) {
     CRegion region;
     region.m_strFile = strFile;
-    region.m_nFileRate = audio.m_nSampleRate;
+    region.m_nFileRate = session.SampleRate();
     region.m_lFilePosition = lPosition;
-    region.m_lEnd = audio.Frames();
-    for (std::size_t n = 0; n < audio.m_Channels.size(); ++n)
-        region.m_Channels.push_back(static_cast<int>(n));
+    region.m_lEnd = lFrames;
+    for (std::size_t n = 0; n < nChannels; ++n) region.m_Channels.push_back(static_cast<int>(n));
     return region;
 }
 
 }  // namespace
 
-CAudio CollectTrackAudio(CHostContext const& context, CTrack const& track, std::int64_t lStart,
-                         std::int64_t lEnd) {
-    if (lEnd - lStart > kMaxProcessFrames)
-        throw CHostFunctionError("a process takes at most " + std::to_string(kMaxProcessFrames) +
-                                 " samples, not " + std::to_string(lEnd - lStart));
-    auto const regions = RegionsInRange(track, lStart, lEnd);
-    if (regions.empty())
-        throw CHostFunctionError("the track \"" + track.m_strName + "\" has no audio from " +
-                                 std::to_string(lStart) + " to " + std::to_string(lEnd));
-    std::size_t nChannels = 1;
-    for (CRegion const* pRegion : regions)
-        nChannels = std::max(nChannels, pRegion->m_Channels.size());
-    if (static_cast<std::int64_t>(nChannels) * (lEnd - lStart) > 4 * kMaxProcessFrames)
-        throw CHostFunctionError("the track \"" + track.m_strName +
-                                 "\" has too many channels there");
-    CAudio mix{context.m_Session.SampleRate(), {}};
-    mix.m_Channels.assign(nChannels,
-                          std::vector<float>(static_cast<std::size_t>(lEnd - lStart), 0.0f));
-    for (CRegion const* pRegion : regions) MixRegion(mix, lStart, *pRegion, context.m_Checkpoint);
-    return mix;
-}
-
 CSessionId CarryOutProcess(CHostContext& context, CProcess process) {
     CSession& session = context.m_Session;
     DocumentKind const kind = Document(context);
     session.Track(kind, process.m_idOutputTrack);
-    CAudio const audio = ProcessAudio(context, process);
+    CProcessSound sound(context, process);
 
     std::string const strStem = std::string(ProcessKindName(process.m_Kind)) + "_" +
                                 std::to_string(session.Data().m_idNext);
-    CResultFile file(context.m_Directory.NewFile(
-        strStem, audio.Frames() * static_cast<std::int64_t>(audio.m_Channels.size()) * 4));
-    WriteAudioFile(file.Path(), audio);
+    CResultFile file(context.m_Directory.NewFile(strStem, sound.Bytes()));
+    std::int64_t const lFrames = sound.WriteTo(file.Path());
 
     CSession changed = session;
     process.m_idRegion =
         changed.AddRegion(kind, process.m_idOutputTrack,
-                          ResultRegion(audio, file.Path(), process.m_Inputs.front().m_lStart));
+                          ResultRegion(session, file.Path(), process.m_Inputs.front().m_lStart,
+                                       lFrames, sound.Channels()));
     for (CProcessInput const& input : process.m_Inputs) {
         CTrack const& track = changed.Track(kind, input.m_idTrack);
         if (!track.m_MarkerTracks.empty())

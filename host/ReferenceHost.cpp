@@ -1,9 +1,16 @@
 #include "host/ReferenceHost.h"
 
+#include <cstdlib>
+#include <future>
 #include <random>
+#include <thread>
 #include <utility>
 
+#include "host/Farewell.h"
+
 namespace {
+
+constexpr std::chrono::milliseconds kBetweenLooks{100};
 
 // A client takes another number for another state, so a host must not show one that an earlier host
 // has shown. Chance sees to that without anything to remember: of a thousand million starts, one
@@ -26,25 +33,45 @@ CReferenceHost::CReferenceHost(CSession session, CReferenceHostOptions options)
         m_Options.m_pLock ? m_Options.m_pLock : std::make_shared<CHostLock>());
 }
 
+// A stuck script keeps the mutex for ever, and touches nothing any more.
+std::unique_lock<std::timed_mutex> CReferenceHost::WaitForScript() const {
+    std::unique_lock guard(m_Mutex, std::defer_lock);
+    while (!guard.try_lock_for(kBetweenLooks) && !IsStuck()) {
+    }
+    return guard;
+}
+
 void CReferenceHost::SelectSession(bool fSelected) {
-    const std::lock_guard guard(m_Mutex);
+    const auto guard = WaitForScript();
     m_Session.SetSelected(fSelected);
     if (!m_Server) return;
     m_Server->SelectSession(fSelected);
     m_Server->SetUpdateCount(m_Session.UpdateCount());
 }
 
-void CReferenceHost::Close() {
-    m_Server.reset();
+bool CReferenceHost::Close() {
+    std::packaged_task<void()> close([this] { m_Server.reset(); });
+    const std::future<void> closed = close.get_future();
+    std::thread(std::move(close)).detach();
+    while (closed.wait_for(kBetweenLooks) == std::future_status::timeout) {
+        if (IsStuck()) return false;
+    }
+    return true;
+}
+
+void CReferenceHost::Abandon(int nExitStatus) {
+    SendAwayFromLeftover(m_Options.m_nId);
+    m_Engine.RemovePrivateDirectory();
+    std::_Exit(nExitStatus);
 }
 
 CSession CReferenceHost::Snapshot() const {
-    const std::lock_guard guard(m_Mutex);
+    const auto guard = WaitForScript();
     return m_Session;
 }
 
 std::uint32_t CReferenceHost::UpdateCount() const {
-    const std::lock_guard guard(m_Mutex);
+    const auto guard = WaitForScript();
     return m_Session.UpdateCount();
 }
 

@@ -33,7 +33,7 @@ struct CReferenceHostOptions {
 /// `Close`.
 ///
 /// The public operations are safe on any thread, `Close` once all others are done; they wait while
-/// a script runs.
+/// a script runs, unless it is stuck.
 class CReferenceHost {
 public:
     /// Throws `CHostSegmentError` when another host is running, and what the engine throws when its
@@ -44,8 +44,17 @@ public:
     void SelectSession(bool fSelected);
 
     /// Ends the link: answers the request under way and takes no more. The session stays, and from
-    /// then on nothing changes it.
-    void Close();
+    /// then on nothing changes it. False when the script under way is stuck and will never be
+    /// answered: the process then has to end with `Abandon`.
+    [[nodiscard]] bool Close();
+
+    /// Whether a script runs that nothing can stop any more. It does not touch the session, which
+    /// can still be looked at.
+    bool IsStuck() const noexcept { return m_Engine.IsStuck(); }
+
+    /// Ends the process at once, because of a stuck script. Who waits for it is sent away, and a
+    /// private audio directory is removed.
+    [[noreturn]] void Abandon(int nExitStatus);
 
     /// A copy of the session as it stands between two scripts.
     CSession Snapshot() const;
@@ -58,9 +67,10 @@ public:
 
 private:
     CServerReply Answer(std::string const& strScript);
+    std::unique_lock<std::timed_mutex> WaitForScript() const;
 
     const CReferenceHostOptions m_Options;
-    mutable std::mutex m_Mutex;
+    mutable std::timed_mutex m_Mutex;
     CSession m_Session;
     CScriptEngine m_Engine;
     std::optional<CLinkServer> m_Server;  ///< none once closed

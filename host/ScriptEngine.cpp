@@ -2,11 +2,8 @@
 
 #include <algorithm>
 #include <lua.hpp>
-#include <memory>
-#include <string_view>
 
 #include "host/ScriptRun.h"
-#include "host/ScriptSandbox.h"
 #include "platform/ThreadLocale.h"
 
 namespace {
@@ -14,22 +11,9 @@ namespace {
 constexpr std::size_t kMaxErrorBytes = 8192;
 std::string const kPrefix = std::string(kChunkName + 1) + ": ";
 
-using CInterpreter = std::unique_ptr<lua_State, decltype(&lua_close)>;
-
 std::string TimeText(std::chrono::milliseconds time) {
     if (time.count() % 1000 == 0) return std::to_string(time.count() / 1000) + " s";
     return std::to_string(time.count()) + " ms";
-}
-
-/// Loads and runs the script at the address in argument 1; called under protection.
-int LoadAndRun(lua_State* pState) {
-    auto const& script = *static_cast<std::string const*>(lua_touserdata(pState, 1));
-    BuildSandbox(pState);
-    if (luaL_loadbufferx(pState, script.data(), script.size(), kChunkName, "t") != LUA_OK)
-        return lua_error(pState);
-    CheckScriptTime(pState);
-    lua_call(pState, 0, 0);
-    return 0;
 }
 
 /// The error value on top of the stack as text, without calling anything of the script's.
@@ -65,6 +49,7 @@ CScriptEngine::CScriptEngine(CSession& session, CScriptEngineOptions const& opti
       m_Directory(options.m_strAudioDirectory),
       m_Context{.m_Session = session, .m_Directory = m_Directory} {
     m_Directory.SetLimit(options.m_lAudioBytes);
+    m_Context.m_Work.SetListener(options.m_WorkListener);
 }
 
 CScriptResult CScriptEngine::Run(std::string const& strScript) {
@@ -73,21 +58,20 @@ CScriptResult CScriptEngine::Run(std::string const& strScript) {
                 kPrefix + "the script is longer than " + std::to_string(m_Limits.m_nScriptBytes) +
                     " bytes"};
     CPlainThreadLocale const plainLocale;
-    CScriptRun run(m_Limits, m_Context);
+    CScriptRun run{.m_Limits = m_Limits, .m_Context = m_Context, .m_Clock = m_Clock};
     m_Context.m_Document.reset();
-    m_Context.m_Checkpoint = [&run] {
-        if (run.TimeOver()) throw CScriptTimeOver();
-    };
 
-    CInterpreter const interpreter(lua_newstate(AllocateForScript, &run), &lua_close);
-    if (!interpreter) return {{}, kPrefix + "not enough memory"};
-    lua_State* pState = interpreter.get();
-    SetRun(pState, run);
-    lua_pushcfunction(pState, LoadAndRun);
-    lua_pushlightuserdata(pState, const_cast<std::string*>(&strScript));
-    int const nStatus = lua_pcall(pState, 1, 0, 0);
+    struct CVisit {
+        ~CVisit() { m_World.PutBack(); }
+        CScriptWorld& m_World;
+    } const visit{m_World};
+    lua_State* const pState = m_World.Enter(run, m_Limits.m_nMemoryBytes, m_Chance());
+    m_Clock.Start(m_Limits.m_Time);
+    int nStatus = luaL_loadbufferx(pState, strScript.data(), strScript.size(), kChunkName, "t");
+    if (nStatus == LUA_OK) nStatus = lua_pcall(pState, 0, 0, 0);
+    m_Clock.Stop();
+    m_World.LiftLimit();
 
-    m_Context.m_Checkpoint = {};
     CScriptResult result;
     result.strPrinted = std::move(run.m_strPrinted);
     if (run.m_fTimeOver)

@@ -76,12 +76,15 @@ private:
 
 /// Calls a host function; false leaves the reason in the run.
 bool CallHost(lua_State* pState, CScriptRun& run, CHostFunction const& function) noexcept try {
+    CScriptClock::CPause const pause(run.m_Clock);
+    if (pause.IsTooLate()) throw CScriptTimeOver();
     run.m_Arguments.clear();
     run.m_Result = {};
     int const nCount = lua_gettop(pState);
     if (nCount > kMaxArguments) throw CHostFunctionError("too many arguments for the host");
     CArgumentCopy copy(pState);
     for (int n = 1; n <= nCount; ++n) run.m_Arguments.push_back(copy.Value(n, 0));
+    run.m_Context.m_Work.Begin(function.pszName);
     run.m_Result = function.pFunction(run.m_Context, {function.pszName, run.m_Arguments});
     return true;
 } catch (CScriptTimeOver const&) {
@@ -112,12 +115,12 @@ int PushResult(lua_State* pState, CHostValue const& result) {
 }  // namespace
 
 int ScriptCallHost(lua_State* pState) {
-    CheckScriptTime(pState);
     CScriptRun& run = RunOf(pState);
     auto const* pFunction =
         static_cast<CHostFunction const*>(lua_touserdata(pState, lua_upvalueindex(1)));
-    bool const fDone = CallHost(pState, run, *pFunction);
-    CheckScriptTime(pState);
-    if (!fDone) RaiseReason(pState);
+    if (!CallHost(pState, run, *pFunction)) {
+        CheckScriptTime(pState);
+        RaiseReason(pState);
+    }
     return PushResult(pState, run.m_Result);
 }

@@ -23,7 +23,6 @@ void Print(lua_State* pState, std::string_view text) {
 }  // namespace
 
 int ScriptPrint(lua_State* pState) {
-    CheckScriptTime(pState);
     int const nCount = lua_gettop(pState);
     for (int n = 1; n <= nCount; ++n) {
         std::size_t nLength = 0;

@@ -1,20 +1,16 @@
 #pragma once
 
-#include <chrono>
-#include <cstddef>
-#include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "host/HostFunctions.h"
 #include "host/HostValue.h"
-#include "host/PatternMatcher.h"
+#include "host/ScriptClock.h"
 #include "host/ScriptEngine.h"
 
 struct lua_State;
 
-/// Thrown through a host function, never through the interpreter, when the time is over.
+/// Thrown by a host function that is called when the time is over; never through the interpreter.
 struct CScriptTimeOver {};
 
 /// Everything that belongs to one script while it runs.
@@ -23,39 +19,18 @@ struct CScriptTimeOver {};
 /// Functions that it calls therefore keep nothing on the stack that has one: their texts and lists
 /// live here.
 struct CScriptRun {
-    CScriptRun(CScriptLimits const& limits, CHostContext& context)
-        : m_Limits(limits),
-          m_Context(context),
-          m_Deadline(std::chrono::steady_clock::now() + limits.m_Time) {}
-
     CScriptLimits const& m_Limits;
     CHostContext& m_Context;
-    std::chrono::steady_clock::time_point const m_Deadline;
-    std::size_t m_nMemoryUsed = 0;
+    CScriptClock& m_Clock;
 
-    std::string m_strPrinted;
+    std::string m_strPrinted{};
     bool m_fTimeOver = false;
     int m_nTimeOverLine = 0;  ///< where the script was stopped; 0 unknown
 
-    std::vector<CHostValue> m_Arguments;
-    CHostValue m_Result;
-    std::string m_strError;
-
-    std::optional<CPattern> m_Pattern;  ///< the last pattern used, taken apart
-    std::string m_strPattern;
-    bool m_fPatternAnchors = false;
-
-    /// Whether the time is over, now or noticed earlier.
-    bool TimeOver() noexcept {
-        if (!m_fTimeOver) m_fTimeOver = std::chrono::steady_clock::now() >= m_Deadline;
-        return m_fTimeOver;
-    }
+    std::vector<CHostValue> m_Arguments{};
+    CHostValue m_Result{};
+    std::string m_strError{};
 };
-
-/// The interpreter's memory: a `lua_Alloc` whose context is the run. Refuses to go beyond the limit
-/// and, so that no single step of the interpreter takes long, tables of a great many keys, and
-/// large blocks once the time is over.
-void* AllocateForScript(void* pRun, void* pBlock, std::size_t nOldSize, std::size_t nNewSize);
 
 /// The run that an interpreter belongs to.
 CScriptRun& RunOf(lua_State* pState);
@@ -69,9 +44,6 @@ void CheckScriptTime(lua_State* pState);
 
 /// Raises the error whose text a helper left in the run; none there means no memory for a text.
 [[noreturn]] void RaiseReason(lua_State* pState);
-
-/// A text argument, or an error.
-std::string_view ScriptTextArgument(lua_State* pState, int nIndex);
 
 /// The name that a script has in error texts.
 inline constexpr char const* kChunkName = "=script";

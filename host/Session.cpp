@@ -63,19 +63,6 @@ void CheckCount(std::size_t nCount, std::size_t nLimit, char const* pszWhat) {
                             Text(static_cast<std::int64_t>(nCount)) + " " + pszWhat);
 }
 
-std::size_t CountRegions(CDocument const& document) {
-    std::size_t nCount = 0;
-    for (CTrack const& track : document.m_Tracks) nCount += track.m_Regions.size();
-    return nCount;
-}
-
-std::size_t CountMarkerAreas(CDocument const& document) {
-    std::size_t nCount = 0;
-    for (CTrack const& track : document.m_Tracks)
-        for (CMarkerTrack const& markers : track.m_MarkerTracks) nCount += markers.m_Areas.size();
-    return nCount;
-}
-
 /// Gathers every id of a session and refuses one that is used twice or was never given out.
 class CIdCheck {
 public:
@@ -127,10 +114,9 @@ void CheckProcess(CDocument const& document, CProcess const& process) {
 void CheckDocument(CDocument const& document, CIdCheck& ids) {
     if (document.m_Tracks.size() > CSession::kMaxTracks ||
         document.m_Processes.size() > CSession::kMaxProcesses ||
-        CountRegions(document) > CSession::kMaxRegions ||
-        CountMarkerAreas(document) > CSession::kMaxMarkerAreas)
+        document.m_RegionPlaces.size() > CSession::kMaxRegions ||
+        document.m_AreaTracks.size() > CSession::kMaxMarkerAreas)
         throw CSessionError("a document holds more than a session can");
-    for (CTrack const& track : document.m_Tracks) CheckTrack(track, ids);
     for (CProcess const& process : document.m_Processes) {
         CheckProcess(document, process);
         ids.Add(process.m_idProcess);
@@ -146,7 +132,27 @@ void CheckDocument(CDocument const& document, CIdCheck& ids) {
 }
 
 bool Earlier(CRegion const& left, CRegion const& right) {
-    return left.Start() < right.Start();
+    if (left.Start() != right.Start()) return left.Start() < right.Start();
+    return left.m_idRegion < right.m_idRegion;
+}
+
+auto PlaceOf(std::deque<CRegion> const& regions, CSessionId idRegion, std::int64_t lStart) {
+    return std::lower_bound(regions.begin(), regions.end(), lStart,
+                            [&](CRegion const& region, std::int64_t lWanted) {
+                                if (region.Start() != lWanted) return region.Start() < lWanted;
+                                return region.m_idRegion < idRegion;
+                            });
+}
+
+/// The number of the track that a marker track belongs to.
+std::size_t TrackOf(CDocument const& document, CSessionId idMarkerTrack) {
+    auto const owns = [&](CTrack const& track) {
+        return std::any_of(
+            track.m_MarkerTracks.begin(), track.m_MarkerTracks.end(),
+            [&](CMarkerTrack const& markers) { return markers.m_idMarkerTrack == idMarkerTrack; });
+    };
+    auto const track = std::find_if(document.m_Tracks.begin(), document.m_Tracks.end(), owns);
+    return static_cast<std::size_t>(track - document.m_Tracks.begin());
 }
 
 }  // namespace
@@ -174,10 +180,10 @@ bool CDocument::HoldsSomething() const {
 }
 
 CRegion const* CDocument::FindRegion(CSessionId idRegion) const {
-    for (CTrack const& track : m_Tracks)
-        for (CRegion const& region : track.m_Regions)
-            if (region.m_idRegion == idRegion) return &region;
-    return nullptr;
+    auto const place = m_RegionPlaces.find(idRegion);
+    if (place == m_RegionPlaces.end()) return nullptr;
+    auto const& [nTrack, lStart] = place->second;
+    return &*PlaceOf(m_Tracks[nTrack].m_Regions, idRegion, lStart);
 }
 
 CProcess const* CDocument::FindProcess(CSessionId idProcess) const {
@@ -187,9 +193,8 @@ CProcess const* CDocument::FindProcess(CSessionId idProcess) const {
 }
 
 CTrack const* CDocument::FindTrack(CSessionId idTrack) const {
-    for (CTrack const& track : m_Tracks)
-        if (track.m_idTrack == idTrack) return &track;
-    return nullptr;
+    auto const place = m_TrackPlaces.find(idTrack);
+    return place == m_TrackPlaces.end() ? nullptr : &m_Tracks[place->second];
 }
 
 CSession::CSession(std::vector<std::string> const& trackNames, int nSampleRate) {
@@ -203,9 +208,22 @@ CSession::CSession(CSessionData data) : m_Data(std::move(data)) {
     CheckLinkOffset(m_Data.m_dLinkSMPTEOffset);
     CIdCheck ids(m_Data.m_idNext);
     for (CDocument& document : m_Data.m_Documents) {
+        for (CTrack const& track : document.m_Tracks) CheckTrack(track, ids);
+        Arrange(document);
         CheckDocument(document, ids);
-        for (CTrack& track : document.m_Tracks)
-            std::stable_sort(track.m_Regions.begin(), track.m_Regions.end(), Earlier);
+    }
+}
+
+void CSession::Arrange(CDocument& document) {
+    for (std::size_t nTrack = 0; nTrack < document.m_Tracks.size(); ++nTrack) {
+        CTrack& track = document.m_Tracks[nTrack];
+        document.m_TrackPlaces[track.m_idTrack] = nTrack;
+        std::sort(track.m_Regions.begin(), track.m_Regions.end(), Earlier);
+        for (CRegion const& region : track.m_Regions)
+            document.m_RegionPlaces[region.m_idRegion] = {nTrack, region.Start()};
+        for (CMarkerTrack const& markers : track.m_MarkerTracks)
+            for (CMarkerArea const& area : markers.m_Areas)
+                document.m_AreaTracks[area.m_idArea] = nTrack;
     }
 }
 
@@ -245,6 +263,7 @@ CSessionId CSession::AddTrack(DocumentKind kind, std::string const& strName) {
     track.m_idTrack = NewId();
     track.m_strName = strName;
     track.m_MarkerTracks.push_back({NewId(), {}});
+    document.m_TrackPlaces[track.m_idTrack] = document.m_Tracks.size();
     document.m_Tracks.push_back(std::move(track));
     Changed();
     return document.m_Tracks.back().m_idTrack;
@@ -287,13 +306,15 @@ CTrack const& CSession::TrackAt(DocumentKind kind, std::int64_t nTrack) const {
 CSessionId CSession::AddRegion(DocumentKind kind, CSessionId idTrack, CRegion region) {
     CTrack& track = MutableTrack(kind, idTrack);
     CheckRegion(region);
-    CheckCount(CountRegions(Document(kind)), kMaxRegions, "regions");
+    CDocument& document = MutableDocument(kind);
+    CheckCount(document.m_RegionPlaces.size(), kMaxRegions, "regions");
     region.m_idRegion = NewId();
     CSessionId const idRegion = region.m_idRegion;
     auto const place =
         std::upper_bound(track.m_Regions.begin(), track.m_Regions.end(), region, Earlier);
+    document.m_RegionPlaces[idRegion] = {document.m_TrackPlaces.at(idTrack), region.Start()};
     track.m_Regions.insert(place, std::move(region));
-    MutableDocument(kind).m_idSelectedRegion = idRegion;
+    document.m_idSelectedRegion = idRegion;
     Changed();
     return idRegion;
 }
@@ -301,9 +322,11 @@ CSessionId CSession::AddRegion(DocumentKind kind, CSessionId idTrack, CRegion re
 void CSession::DeleteRegion(DocumentKind kind, CSessionId idRegion) {
     Region(kind, idRegion);
     CDocument& document = MutableDocument(kind);
-    for (CTrack& track : document.m_Tracks)
-        std::erase_if(track.m_Regions,
-                      [&](CRegion const& region) { return region.m_idRegion == idRegion; });
+    auto const place = document.m_RegionPlaces.find(idRegion);
+    auto const [nTrack, lStart] = place->second;
+    document.m_RegionPlaces.erase(place);
+    auto& regions = document.m_Tracks[nTrack].m_Regions;
+    regions.erase(PlaceOf(regions, idRegion, lStart));
     for (CProcess& process : document.m_Processes)
         if (process.m_idRegion == idRegion) process.m_idRegion = kNullId;
     if (document.m_idSelectedRegion == idRegion) document.m_idSelectedRegion = kNullId;
@@ -346,21 +369,29 @@ CSessionId CSession::AddMarkerArea(DocumentKind kind, CSessionId idMarkerTrack, 
                                    std::int64_t lEnd) {
     auto& markers = const_cast<CMarkerTrack&>(MarkerTrack(kind, idMarkerTrack));
     CheckTimelineRange(lStart, lEnd);
-    CheckCount(CountMarkerAreas(Document(kind)), kMaxMarkerAreas, "marker areas");
+    CDocument& document = MutableDocument(kind);
+    CheckCount(document.m_AreaTracks.size(), kMaxMarkerAreas, "marker areas");
     markers.m_Areas.push_back({NewId(), lStart, lEnd});
+    document.m_AreaTracks[markers.m_Areas.back().m_idArea] = TrackOf(document, idMarkerTrack);
     Changed();
     return markers.m_Areas.back().m_idArea;
 }
 
 void CSession::DeleteMarkerArea(DocumentKind kind, CSessionId idArea) {
-    for (CTrack& track : MutableDocument(kind).m_Tracks)
-        for (CMarkerTrack& markers : track.m_MarkerTracks)
-            if (std::erase_if(markers.m_Areas,
-                              [&](CMarkerArea const& area) { return area.m_idArea == idArea; })) {
-                Changed();
-                return;
-            }
-    throw CSessionError("there is no marker area with the id " + Text(idArea));
+    CDocument& document = MutableDocument(kind);
+    auto const place = document.m_AreaTracks.find(idArea);
+    if (place == document.m_AreaTracks.end())
+        throw CSessionError("there is no marker area with the id " + Text(idArea));
+    for (CMarkerTrack& markers : document.m_Tracks[place->second].m_MarkerTracks) {
+        auto const area = std::find_if(
+            markers.m_Areas.begin(), markers.m_Areas.end(),
+            [&](CMarkerArea const& candidate) { return candidate.m_idArea == idArea; });
+        if (area == markers.m_Areas.end()) continue;
+        markers.m_Areas.erase(area);
+        break;
+    }
+    document.m_AreaTracks.erase(place);
+    Changed();
 }
 
 void CSession::MoveDisplayToPosition(DocumentKind kind, double dPosition) {

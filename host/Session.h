@@ -3,8 +3,10 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <stdexcept>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 /// Identity of a track, region, process, marker track or marker area; unique within one session.
@@ -36,9 +38,10 @@ struct CRegion {
     std::string m_strFile;             ///< path of the audio file
     int m_nFileRate = 0;               ///< the file's own sample rate in Hz
     std::int64_t m_lFilePosition = 0;  ///< timeline position of the file's first sample
-    std::int64_t m_lStart = 0;         ///< first sample used, counted from the file's start at the session's rate
-    std::int64_t m_lEnd = 0;           ///< one past the last sample used, counted likewise
-    std::vector<int> m_Channels;       ///< channels of the file that are used, counted from 0
+    std::int64_t m_lStart =
+        0;  ///< first sample used, counted from the file's start at the session's rate
+    std::int64_t m_lEnd = 0;      ///< one past the last sample used, counted likewise
+    std::vector<int> m_Channels;  ///< channels of the file that are used, counted from 0
 
     /// Timeline position of the region's first sample.
     std::int64_t Start() const { return m_lFilePosition + m_lStart; }
@@ -58,14 +61,15 @@ struct CMarkerArea {
 /// A lane of marker areas that belongs to a track.
 struct CMarkerTrack {
     CSessionId m_idMarkerTrack = kNullId;
-    std::vector<CMarkerArea> m_Areas;
+    std::deque<CMarkerArea> m_Areas;
 };
 
-/// A track: its regions in timeline order, and its marker tracks (one for a new track).
+/// A track: its regions in timeline order, those that start together in order of their ids, and its
+/// marker tracks (one for a new track).
 struct CTrack {
     CSessionId m_idTrack = kNullId;
     std::string m_strName;
-    std::vector<CRegion> m_Regions;
+    std::deque<CRegion> m_Regions;
     std::vector<CMarkerTrack> m_MarkerTracks;
 };
 
@@ -100,6 +104,17 @@ struct CDocument {
     CSessionId m_idSelectedProcess = kNullId;
     CSessionId m_idLastProcess = kNullId;
     double m_dDisplayPosition = 0.0;  ///< in samples
+
+    /// Where a region is.
+    struct CRegionPlace {
+        std::size_t m_nTrack;
+        std::int64_t m_lStart;
+    };
+
+    // Places by id, so that nothing is searched for. The session keeps them.
+    std::unordered_map<CSessionId, std::size_t> m_TrackPlaces;
+    std::unordered_map<CSessionId, CRegionPlace> m_RegionPlaces;
+    std::unordered_map<CSessionId, std::size_t> m_AreaTracks;
 
     /// Whether there is any region or process.
     bool HoldsSomething() const;
@@ -204,6 +219,7 @@ public:
 private:
     CDocument& MutableDocument(DocumentKind kind);
     CTrack& MutableTrack(DocumentKind kind, CSessionId idTrack);
+    static void Arrange(CDocument& document);
     CSessionId NewId() { return m_Data.m_idNext++; }
     void Changed() { ++m_Data.m_nUpdateCount; }
 

@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <chrono>
+#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
@@ -20,6 +21,10 @@ constexpr int kExitNegative = 1;
 constexpr int kExitTrouble = 2;
 constexpr std::chrono::milliseconds kSavePeriod{200};
 
+constexpr char szStuck[] =
+    "tavarin-host: a script keeps the interpreter busy with one step that nothing can stop; "
+    "the host ends, with the session as that script left it\n";
+
 volatile std::sig_atomic_t g_fStop = 0;
 
 void Stop(int) {
@@ -35,6 +40,7 @@ struct Arguments {
     std::string strSessionFile;
     std::string strTimelineFile;
     std::string strAudioDirectory;
+    double dScriptSeconds = 10;
     bool fVerbose = false;
     bool fQuiet = false;
     std::vector<std::string> ownOptions;  ///< those given of which a session file has its own
@@ -60,6 +66,10 @@ void Declare(CLI::App& app, Arguments& arguments) {
                    "session file, or a private one that is removed at the end)");
     app.add_option("--timeline", arguments.strTimelineFile,
                    "keep a picture of the session in this SVG file");
+    app.add_option("--script-time", arguments.dScriptSeconds,
+                   "how many seconds a script may run, work of the host not counted")
+        ->check(CLI::Range(0.001, 86400.0))
+        ->capture_default_str();
     app.add_flag("--verbose", arguments.fVerbose, "show each script and its reply");
     app.add_flag("--quiet", arguments.fQuiet, "show errors only")->excludes("--verbose");
 }
@@ -113,6 +123,11 @@ void ShowExchange(CHostExchange const& exchange) {
     std::fflush(stdout);
 }
 
+void ShowWork(std::string const& strText) {
+    std::printf("tavarin-host: %s\n", strText.c_str());
+    std::fflush(stdout);
+}
+
 CReferenceHostOptions MakeOptions(Arguments const& arguments,
                                   std::shared_ptr<const CHostLock> pLock) {
     CReferenceHostOptions options;
@@ -122,6 +137,9 @@ CReferenceHostOptions MakeOptions(Arguments const& arguments,
     if (arguments.strAudioDirectory.empty() && !arguments.strSessionFile.empty()) {
         options.m_Engine.m_strAudioDirectory = arguments.strSessionFile + ".audio";
     }
+    options.m_Engine.m_Limits.m_Time =
+        std::chrono::milliseconds(std::llround(arguments.dScriptSeconds * 1000));
+    if (!arguments.fQuiet) options.m_Engine.m_WorkListener = ShowWork;
     if (arguments.fVerbose) options.m_Observer = ShowExchange;
     return options;
 }
@@ -168,15 +186,17 @@ int RunHost(Arguments const& arguments) {
     keeper.Begin(host);
     Announce(arguments, host);
     CRateNotices rates;
-    while (!g_fStop) {
+    while (!g_fStop && !host.IsStuck()) {
         rates.KeepUp(host);
         std::this_thread::sleep_for(kSavePeriod);
         keeper.KeepUp(host);
     }
     // What is still being answered belongs into the files too.
-    host.Close();
+    const bool fClosed = host.Close();
+    if (!fClosed) std::fputs(szStuck, stderr);
     rates.KeepUp(host);
     const bool fAllKept = keeper.End(host);
+    if (!fClosed) host.Abandon(kExitNegative);
     if (!arguments.fQuiet) std::fputs(DescribeSession(host.Snapshot()).c_str(), stdout);
     return fAllKept ? kExitDone : kExitNegative;
 }

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <numbers>
 
+#include "tests/SoundInMemory.h"
 #include "tests/TestAudio.h"
 
 namespace {

@@ -297,6 +297,56 @@ TEST_F(HostProgram, OneScriptCannotStopTheNext) {
     EXPECT_EQ(Output(), "2\n");
 }
 
+// One step of the interpreter each, in which no hook is called.
+const char* const scriptsThatNothingStops[] = {
+    "('a'):rep(100000):find(('.-'):rep(20) .. 'b')",
+    "table.concat(setmetatable({}, {__index = table.concat}), '', 1, 1 << 62)",
+    "table.move(setmetatable({}, {__index = rawlen, __newindex = rawlen}), 1, 1 << 62, 2)",
+    "('('):rep(20000000):find('%b()')",
+};
+
+TEST_F(HostProgram, ScriptThatNothingStopsEndsTheHostWithAWordAndTheSessionSaved) {
+    const std::string strSession = m_directory.File("session.json");
+    double dPosition = 0;
+    for (const std::string strScript : scriptsThatNothingStops) {
+        StartHost({"--session", strSession, "--script-time", "0.1"});
+        AwaitReady();
+        dPosition += 1000;
+        std::string strReply;
+        std::string strRequest = "SelectScriptDocument() MoveDisplayToPosition(" +
+                                 std::to_string(dPosition) + "); " + strScript;
+        m_client.SendTANMessage(1, strRequest, strReply, -1);
+        EXPECT_NE(m_client.m_strLastError.find("ended before it had answered"), std::string::npos);
+        EXPECT_EQ(m_host->Wait(), 1);
+        EXPECT_EQ(CountErrors("one step that nothing can stop"), 1) << strScript;
+        EXPECT_EQ(
+            json::parse(m_directory.Read("session.json"))["documents"]["script"]["displayPosition"],
+            dPosition)
+            << strScript;
+    }
+    StartHost({"--session", strSession});
+    AwaitReady();
+    EXPECT_GT(m_client.GetUpdateCount(), 0);
+}
+
+TEST_F(HostProgram, HostWithAScriptThatNothingStopsLeavesNoPrivateDirectory) {
+    StartHost({"--script-time", "0.1"});
+    const std::string strAudio = AudioDirectory();
+    EXPECT_TRUE(fs::is_directory(strAudio));
+    std::string strRequest = scriptsThatNothingStops[0], strReply;
+    m_client.SendTANMessage(1, strRequest, strReply, -1);
+    EXPECT_EQ(m_host->Wait(), 1);
+    EXPECT_FALSE(fs::exists(strAudio));
+}
+
+TEST_F(HostProgram, ScriptThatRunsTooLongIsStoppedAndTheHostGoesOn) {
+    StartHost({"--script-time", "0.1"});
+    std::string strRequest = "while true do end", strReply;
+    EXPECT_EQ(m_client.SendTANMessage(1, strRequest, strReply, -1), 0);
+    EXPECT_EQ(m_client.m_strLastError, "script:1: stopped: the script ran longer than 100 ms");
+    EXPECT_GT(m_client.GetUpdateCount(), 0);
+}
+
 TEST_F(HostProgram, ToolShowsStatusAndTracks) {
     StartHost();
     EXPECT_EQ(Tool({"link", "status", "--json"}), 0);

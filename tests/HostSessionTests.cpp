@@ -1,8 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <initializer_list>
+#include <iterator>
 #include <limits>
+#include <map>
+#include <random>
 #include <set>
+#include <vector>
 
 #include "host/Session.h"
 
@@ -23,7 +28,9 @@ constexpr DocumentKind kScript = DocumentKind::Script;
 
 class CHostSessionTest : public testing::Test {
 protected:
-    CSessionId Track(int nTrack) const { return m_Session.TrackAt(kScript, nTrack).m_idTrack; }
+    CSessionId Track(std::int64_t nTrack) const {
+        return m_Session.TrackAt(kScript, nTrack).m_idTrack;
+    }
 
     CProcess MakeProcess(CSessionId idRegion) const {
         CProcess process;
@@ -68,6 +75,47 @@ TEST_F(CHostSessionTest, RegionsStayInTimelineOrder) {
     EXPECT_EQ(regions[0].Start(), 100);
     EXPECT_EQ(regions[1].Start(), 300);
     EXPECT_EQ(regions[2].Start(), 500);
+}
+
+TEST_F(CHostSessionTest, RegionsAreFoundWhateverWasAddedAndDeleted) {
+    std::mt19937 random(5);
+    std::map<CSessionId, std::int64_t> starts;
+    for (int n = 0; n < 3000; ++n) {
+        if (random() % 3 > 0 || starts.empty()) {
+            auto const lStart = static_cast<std::int64_t>(random() % 50);
+            starts[m_Session.AddRegion(kScript, Track(random() % 2), MakeRegion(lStart))] = lStart;
+        } else {
+            auto const gone = std::next(starts.begin(), random() % starts.size());
+            m_Session.DeleteRegion(kScript, gone->first);
+            EXPECT_EQ(m_Session.Document(kScript).FindRegion(gone->first), nullptr);
+            starts.erase(gone);
+        }
+    }
+    CSession const loaded(m_Session.Data());
+    for (CSession const* pSession : std::initializer_list<CSession const*>{&m_Session, &loaded}) {
+        std::size_t nCount = 0;
+        for (CTrack const& track : pSession->Document(kScript).m_Tracks)
+            nCount += track.m_Regions.size();
+        EXPECT_EQ(nCount, starts.size());
+        for (auto const& [idRegion, lStart] : starts) {
+            CRegion const& region = pSession->Region(kScript, idRegion);
+            EXPECT_EQ(region.m_idRegion, idRegion);
+            EXPECT_EQ(region.Start(), lStart);
+        }
+    }
+}
+
+TEST_F(CHostSessionTest, AreasAreFoundWhateverWasAddedAndDeleted) {
+    CSessionId const idMarkers = m_Session.TrackAt(kScript, 1).m_MarkerTracks[0].m_idMarkerTrack;
+    std::vector<CSessionId> ids;
+    for (int n = 0; n < 100; ++n)
+        ids.push_back(m_Session.AddMarkerArea(kScript, idMarkers, n, n + 1));
+    for (std::size_t n : {50, 0, 99}) m_Session.DeleteMarkerArea(kScript, ids[n]);
+    EXPECT_THROW(m_Session.DeleteMarkerArea(kScript, ids[50]), CSessionError);
+    auto const& areas = m_Session.MarkerTrack(kScript, idMarkers).m_Areas;
+    EXPECT_EQ(areas.size(), 97u);
+    EXPECT_EQ(areas.front().m_idArea, ids[1]);
+    EXPECT_EQ(areas.back().m_idArea, ids[98]);
 }
 
 TEST_F(CHostSessionTest, ExtentsFollowFromPositionAndStretch) {

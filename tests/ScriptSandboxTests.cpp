@@ -79,6 +79,36 @@ TEST_F(CScriptSandboxTest, AChangedStringTableDoesNotOutliveItsScript) {
     EXPECT_EQ(Printed("print(('a'):upper())"), "A\n");
 }
 
+TEST_F(CScriptSandboxTest, WhateverAScriptDidTheNextFindsTheWorldAsItWas) {
+    std::string const strList =
+        "local seen, lines = {}, {} local function list(t, path) "
+        "if seen[t] then return end seen[t] = true "
+        "for k, v in pairs(t) do lines[#lines + 1] = path .. tostring(k) .. ' ' .. tostring(v) "
+        "if type(v) == 'table' then list(v, path .. k .. '.') end end end "
+        "list(_G, '') lines[#lines + 1] = tostring(getmetatable(_G)) "
+        "table.sort(lines) print(table.concat(lines, ', '))";
+    std::string const strWorld = Printed(strList);
+    for (char const* pszScript :
+         {"for name in pairs(_G) do _G[name] = nil end", "for k in pairs(math) do math[k] = {} end",
+          "string.x = _G table.x = string", "setmetatable(_G, {__index = print})",
+          "setmetatable(_G, {__metatable = 1, __newindex = error}) setmetatable(string, _G)",
+          "local function f() return 1 + f() end x = f()",
+          "x = {} for n = 1, 1e9 do x[n] = {n} end", "x = ('x'):rep(60 << 20) error(x, 0)",
+          "x = 'x' error(setmetatable({}, {__tostring = error}))", "x = = 1",
+          "for n = 1, 100000 do _G['k' .. n] = n end for n = 1, 100000 do _G['k' .. n] = nil "
+          "end"}) {
+        Run(pszScript);
+        EXPECT_EQ(Printed(strList), strWorld) << pszScript;
+    }
+    RunEndless("x = {} while true do x[#x + 1] = {} end");
+    EXPECT_EQ(Printed("print(x, #('x'):rep(20 << 20))"), "nil\t20971520\n");
+}
+
+TEST_F(CScriptSandboxTest, RandomNumbersDifferFromScriptToScript) {
+    std::string const strScript = "print(math.random(0), math.random(0), math.random(0))";
+    EXPECT_NE(Printed(strScript), Printed(strScript));
+}
+
 TEST_F(CScriptSandboxTest, AnEndlessLoopIsStopped) {
     CScriptResult const result = RunEndless("print('so far')\nwhile true do end");
     EXPECT_EQ(result.strPrinted, "so far\n");
@@ -115,37 +145,31 @@ TEST_F(CScriptSandboxTest, MetamethodsThatNeverEndAreStopped) {
         "local t = setmetatable({}, {__len = function() return 2^62 // 1 | 0 end, "
         "__newindex = function() end}) table.insert(t, 1, 1)");
     ExpectStopped(
-        "local t = setmetatable({}, {__len = function() return 2^62 // 1 | 0 end, "
-        "__newindex = rawlen, __index = rawlen}) table.insert(t, 1, 1)");
-    ExpectStopped(
         "local t = setmetatable({}, {__tostring = function() while true do end end}) "
         "print(t)");
     ExpectStopped(
         "local t = setmetatable({}, {__eq = function() while true do end end}) "
         "return t == setmetatable({}, getmetatable(t))");
+}
+
+TEST_F(CScriptSandboxTest, FinalizersAreRefused) {
+    EXPECT_NE(Error("setmetatable({}, {__gc = function() end})").find("__gc"), std::string::npos);
+    EXPECT_EQ(Printed("local mt = {} local t = setmetatable({}, mt) mt.__gc = print t = nil "
+                      "for n = 1, 100000 do t = {n} end print('end')"),
+              "end\n");
+    EXPECT_EQ(Printed("local mt = {} local t = setmetatable({}, mt) mt.__gc = print "
+                      "print(pcall(setmetatable, t, mt))")
+                  .rfind("false", 0),
+              0u);
+}
+
+TEST_F(CScriptSandboxTest, CloseHandlersThatNeverEndAreStopped) {
     ExpectStopped(
-        "local t = setmetatable({}, {__index = rawlen, __newindex = rawlen}) "
-        "table.move(t, 1, math.maxinteger - 1, 2)");
-}
-
-TEST_F(CScriptSandboxTest, FinalizersWeakTablesAndCloseHandlersAreRefused) {
-    for (char const* pszField : {"__gc", "__mode", "__close"})
-        EXPECT_NE(Error(std::string("setmetatable({}, {") + pszField + " = function() end})")
-                      .find(pszField),
-                  std::string::npos);
-    EXPECT_EQ(
-        Printed("local mt = {} local t = setmetatable({}, mt) mt.__gc = print mt.__mode = 'k' "
-                "print(pcall(setmetatable, t, mt)) t = nil "
-                "for n = 1, 10000 do t = {n} end")
-            .rfind("false", 0),
-        0u);
-    EXPECT_NE(Error("local x <close> = setmetatable({}, {}) "), "");
-}
-
-TEST_F(CScriptSandboxTest, ACallMetamethodMustBeAFunction) {
-    EXPECT_NE(Error("local t = {} t.__call = t setmetatable(t, t) t()").find("__call"),
-              std::string::npos);
-    EXPECT_EQ(Printed("print(setmetatable({}, {__call = function(_, a) return a end})(5))"), "5\n");
+        "local x <close> = setmetatable({}, {__close = function() while true do end end}) "
+        "while true do end");
+    ExpectStopped(
+        "pcall(function() local x <close> = setmetatable({}, {__close = function() while "
+        "true do end end}) error('x') end) print('escaped')");
 }
 
 TEST_F(CScriptSandboxTest, MetatablesOtherwiseWorkAsUsual) {
@@ -194,15 +218,6 @@ TEST_F(CScriptSandboxTest, AFullMemoryDoesNotDefeatTheStop) {
         "end) while true do pcall(string.rep, 'x', 1 << 20) end");
 }
 
-TEST_F(CScriptSandboxTest, TablesWithAGreatManyKeysAreRefused) {
-    EXPECT_NE(
-        Error("local t = {} for n = 1, 40000 do t['k' .. n] = n end").find("not enough memory"),
-        std::string::npos);
-    EXPECT_EQ(Printed("local t = {} for n = 1, 30000 do t['k' .. n] = n end print(t.k30000) "
-                      "local l = {} for n = 1, 1000000 do l[n] = n end print(#l)"),
-              "30000\n1000000\n");
-}
-
 TEST_F(CScriptSandboxTest, CollidingKeysDoNotDefeatTheStop) {
     ExpectStopped(
         "while true do local t, k = {}, (1 << 15) - 1 "
@@ -242,22 +257,7 @@ TEST_F(CScriptSandboxTest, PrintingInAnEndlessProtectedLoopIsStopped) {
     ExpectStopped("while true do pcall(print, ('x'):rep(100000)) end");
 }
 
-TEST_F(CScriptSandboxTest, PatternsThatBacktrackForEverAreStopped) {
-    for (char const* pszCall :
-         {"('a'):rep(100000):find(('.-'):rep(20) .. 'b')",
-          "('a'):rep(100000):match(('a*'):rep(20) .. 'b')",
-          "('a'):rep(100000):gsub(('a?'):rep(50) .. ('a+'):rep(20) .. 'b', '')",
-          "for _ in ('a'):rep(100000):gmatch(('.-'):rep(20) .. 'b') do end",
-          "('('):rep(5000000):find('%b()')",
-          "('a'):rep(3000000):find(('a'):rep(1500000) .. 'b', 1, true)",
-          "('a'):rep(200000):find('(a*)%1%1b')"})
-        ExpectStopped(std::string(pszCall) + " while true do end print('escaped')");
-}
-
 TEST_F(CScriptSandboxTest, LibraryFunctionsThatLoopInsideAreStopped) {
-    EXPECT_EQ(Printed("print(#string.rep('', 1 << 62))"), "0\n");
-    EXPECT_NE(Error("table.concat(setmetatable({}, {__index = table.concat}), '', 1, 1 << 62)"),
-              "");
     EXPECT_NE(Error("return table.unpack({}, 1, 1 << 40)").find("too many results"),
               std::string::npos);
     EXPECT_NE(Error("return table.unpack({}, math.mininteger, math.maxinteger)"), "");
@@ -268,12 +268,12 @@ TEST_F(CScriptSandboxTest, LibraryFunctionsThatLoopInsideAreStopped) {
 
 TEST_F(CScriptSandboxTest, SortEndsWhateverTheOrderFunctionAnswers) {
     EXPECT_EQ(Printed("local t = {} for n = 1, 500 do t[n] = n end "
-                      "table.sort(t, function() return true end) "
-                      "table.sort(t, function() return false end) "
-                      "table.sort(t, function() return math.random(2) == 1 end) print(#t)"),
+                      "pcall(table.sort, t, function() return true end) "
+                      "pcall(table.sort, t, function() return false end) "
+                      "pcall(table.sort, t, function() return math.random(2) == 1 end) print(#t)"),
               "500\n");
     ExpectStopped("table.sort({3, 2, 1}, function() while true do end end)");
-    ExpectStopped("table.sort(setmetatable({}, {__len = function() return 1 << 62 end}))");
+    EXPECT_NE(Error("table.sort(setmetatable({}, {__len = function() return 1 << 62 end}))"), "");
 }
 
 TEST_F(CScriptSandboxTest, AReplacementFunctionThatNeverEndsIsStopped) {

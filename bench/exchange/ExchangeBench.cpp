@@ -1,7 +1,8 @@
 // One command over the link against the floor of its protocol and against other ways to ask another
 // process, in one run, by turns: 200 bytes out, 100 back. Prints its results as JSON lines.
 //
-//   ExchangeBench [--quick] [WORK...]    only the works whose names begin with one of the words
+//   ExchangeBench HOST-PROGRAM [--quick] [WORK...]    only the works whose names begin with one of
+//                                                     the words
 
 #include <sys/mman.h>
 
@@ -13,6 +14,7 @@
 #include "bench/ResultLog.h"
 #include "bench/exchange/CommandSteps.h"
 #include "bench/exchange/ExchangePeer.h"
+#include "bench/exchange/RealHostBench.h"
 
 namespace {
 
@@ -114,7 +116,7 @@ void MeasureBesideBusyProcesses(std::string const& work, EPlacement placement, i
     std::vector<std::unique_ptr<CChild>> busy;
     for (int nCore = 0; nCore < sysconf(_SC_NPROCESSORS_ONLN); ++nCore)
         busy.push_back(std::make_unique<CChild>([nCore] { KeepBusy(nCore); }));
-    MeasureWarm(work, linkAndSocket, placement, nTurns);
+    MeasureWarm(work, linkFloorAndSocket, placement, nTurns);
 }
 
 void MeasureLongScript(std::string const& work, int nRounds) {
@@ -193,6 +195,8 @@ void MeasureManyClients(std::string const& work, int nRounds) {
     }
 }
 
+char const* szHostProgram = nullptr;
+
 struct CWork {
     const char* szName;
     std::function<void(std::string const& name, int nScale)> measure;
@@ -222,6 +226,10 @@ const CWork works[] = {
      [](auto& name, int n) { MeasureBesideBusyProcesses(name, EPlacement::Free, 10 * n); }},
     {"20 ms script", [](auto& name, int n) { MeasureLongScript(name, 30 * n); }},
     {"eight clients", [](auto& name, int n) { MeasureManyClients(name, 2 * n); }},
+    {"real host, apart",
+     [](auto& name, int n) { MeasureRealHost(name, szHostProgram, EPlacement::Apart, 4 * n); }},
+    {"real host, on one core",
+     [](auto& name, int n) { MeasureRealHost(name, szHostProgram, EPlacement::Together, 2 * n); }},
 };
 
 }  // namespace
@@ -230,7 +238,9 @@ int main(int argc, char** argv) {
     int nScale = 4;
     bool fFine = true;
     std::vector<std::string> wanted;
-    for (int i = 1; i < argc; ++i)
+    Check(argc > 1, "which program is the host?");
+    szHostProgram = argv[1];
+    for (int i = 2; i < argc; ++i)
         if (std::strcmp(argv[i], "--quick") == 0)
             nScale = 1;
         else

@@ -40,6 +40,8 @@ std::unique_ptr<CExchangePeer> MakeFloorPeer(CServerManner const& manner);
 std::unique_ptr<CExchangePeer> MakePacedFloorPeer(CServerManner const& manner);
 std::unique_ptr<CExchangePeer> MakeSocketPeer(CServerManner const& manner);
 std::unique_ptr<CExchangePeer> MakeSocketPerCallPeer(CServerManner const& manner);
+/// Its server makes a Lua interpreter with all libraries for each script that comes.
+std::unique_ptr<CExchangePeer> MakeLuaSocketPeer(CServerManner const& manner);
 std::unique_ptr<CExchangePeer> MakePosixQueuePeer(CServerManner const& manner);
 std::unique_ptr<CExchangePeer> MakeBoostQueuePeer(CServerManner const& manner);
 std::unique_ptr<CExchangePeer> MakeZeroMqPeer(CServerManner const& manner);
