@@ -38,10 +38,9 @@ struct CRegion {
     std::string m_strFile;             ///< path of the audio file
     int m_nFileRate = 0;               ///< the file's own sample rate in Hz
     std::int64_t m_lFilePosition = 0;  ///< timeline position of the file's first sample
-    std::int64_t m_lStart =
-        0;  ///< first sample used, counted from the file's start at the session's rate
-    std::int64_t m_lEnd = 0;      ///< one past the last sample used, counted likewise
-    std::vector<int> m_Channels;  ///< channels of the file that are used, counted from 0
+    std::int64_t m_lStart = 0;         ///< first sample used, in the session's samples from there
+    std::int64_t m_lEnd = 0;           ///< one past the last sample used, counted likewise
+    std::vector<int> m_Channels;       ///< channels of the file that are used, counted from 0
 
     /// Timeline position of the region's first sample.
     std::int64_t Start() const { return m_lFilePosition + m_lStart; }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
 
 #include "colours/ComponentCodes.h"
@@ -51,6 +52,35 @@ TEST(SchemeJsonTests, AColourIsNamedByComponentOrByCode) {
     EXPECT_EQ(scheme.FindRGBA(ccRed)[0], 1.0);
     EXPECT_TRUE(scheme.IsGradient({7, -8}));
     EXPECT_EQ(scheme.Find({7, -8})->m_nClass, 3);
+}
+
+TEST(SchemeJsonTests, AColourIsWrittenAndReadAsHexWhereThatIsExact) {
+    CComponentsColors scheme;
+    SchemeFromJson(SchemeText(R"({"component": "ccRed", "name": "r", "colour": "#FF8000"},
+                      {"code": [7, 8], "name": "x", "colour": "#0a0b0c80"},
+                      {"code": [7, 9], "name": "y", "colour": [0.1, 0, 0, 1]})"),
+                   scheme);
+    EXPECT_EQ(scheme.FindRGBA(ccRed)[1], 128 / 255.0);
+    EXPECT_EQ(scheme.FindRGBA(ccRed)[3], 1.0);
+    const std::string text = SchemeToJson(scheme);
+    EXPECT_NE(text.find("\"colour\":\"#ff8000\"}"), std::string::npos) << text;
+    EXPECT_NE(text.find("\"colour\":\"#0a0b0c80\"}"), std::string::npos) << text;
+    EXPECT_NE(text.find("\"colour\":[0.1,0.0,0.0,1.0]}"), std::string::npos) << text;
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 2 + 3 + 1) << "a line for each colour";
+    for (const char* szHex : {"#ff80", "ff8000", "#ff80g0", "#ff8000 "}) {
+        const std::string entry =
+            R"({"component": "ccRed", "name": "r", "colour": ")" + std::string(szHex) + "\"}";
+        EXPECT_NE(ErrorOf(SchemeText(entry)).find("#rrggbb"), std::string::npos) << szHex;
+    }
+}
+
+TEST(SchemeJsonTests, NumbersAboveOneAreRefused) {
+    for (const char* szChannels : {"[255, 0, 0, 1]", "[1.001, 0, 0, 1]", "[0, -0.1, 0, 1]"}) {
+        const std::string entry =
+            R"({"component": "ccRed", "name": "r", "colour": )" + std::string(szChannels) + "}";
+        EXPECT_NE(ErrorOf(SchemeText(entry)).find("numbers from 0 to 1"), std::string::npos)
+            << szChannels;
+    }
 }
 
 TEST(SchemeJsonTests, ColoursAreLaidOverThoseThatAreThere) {

@@ -34,7 +34,25 @@ double RequireNumber(double value, CComponentColour const& colour) {
                        "Replace it in the program that made the scheme.");
 }
 
+constexpr double kHexSteps = 255;
+constexpr char szHexDigits[] = "0123456789abcdef";
+
+// "#rrggbb", with two more digits where it is not opaque; empty for a colour that this would not
+// give back exactly.
+std::string ExactHex(CComponentColour const& colour) {
+    std::string hex = "#";
+    for (const double channel : colour.m_rgba) {
+        const double step = std::round(channel * kHexSteps);
+        if (!(step >= 0 && step <= kHexSteps) || step / kHexSteps != channel) return "";
+        const auto digits = static_cast<unsigned>(step);
+        hex += {szHexDigits[digits / 16], szHexDigits[digits % 16]};
+    }
+    const bool fOpaque = hex.ends_with("ff");
+    return fOpaque ? hex.substr(0, 7) : hex;
+}
+
 json ChannelsToJson(CComponentColour const& holder, CComponentColour const& colour) {
+    if (const std::string hex = ExactHex(colour); !hex.empty()) return hex;
     json channels = json::array();
     for (double channel : colour.m_rgba) channels.push_back(RequireNumber(channel, holder));
     return channels;
@@ -102,13 +120,31 @@ public:
         return value.get<double>();
     }
 
+    // "#rrggbb" or "#rrggbbaa".
+    std::array<double, 4> HexChannels(std::string const& hex) const {
+        const bool fDigits =
+            hex.starts_with('#') && (hex.size() == 7 || hex.size() == 9) &&
+            hex.find_first_not_of("0123456789abcdefABCDEF", 1) == std::string::npos;
+        if (!fDigits) Fail("needs #rrggbb or #rrggbbaa in '" + std::string(szColour) + "'");
+        std::array<double, 4> channels{0, 0, 0, 1};
+        for (std::size_t index = 0; 2 * index + 2 < hex.size(); ++index) {
+            channels[index] = std::stoi(hex.substr(2 * index + 1, 2), nullptr, 16) / kHexSteps;
+        }
+        return channels;
+    }
+
     std::array<double, 4> Channels(json const& value) const {
+        if (value.is_string()) return HexChannels(value.get<std::string>());
         if (!value.is_array() || value.size() != 4) {
             Fail("needs red, green, blue and alpha in '" + std::string(szColour) + "'");
         }
         std::array<double, 4> channels;
         for (std::size_t index = 0; index < channels.size(); ++index) {
             channels[index] = Number(value[index], szColour);
+            if (channels[index] < 0 || channels[index] > 1) {
+                Fail("needs numbers from 0 to 1 in '" + std::string(szColour) +
+                     "'; write 0 to 255 as \"#rrggbb\"");
+            }
         }
         return channels;
     }
@@ -196,11 +232,17 @@ json ParseScheme(std::string const& text) {
 }  // namespace
 
 std::string SchemeToJson(CComponentsColors const& scheme) {
-    json colours = json::array();
-    for (auto const& entry : scheme.Entries()) colours.push_back(ColourToJson(*entry.pColour));
-    const json document{{szFormat, szSchemeIdentifier}, {szColours, std::move(colours)}};
-    // Names are bytes: what is not UTF-8 in them must not keep the rest from being written.
-    return document.dump(1, ' ', false, json::error_handler_t::replace) + "\n";
+    // A line for each colour, to be found, compared and copied as one.
+    std::string text = "{\"" + std::string(szFormat) + "\": " + json(szSchemeIdentifier).dump() +
+                       ",\n \"" + szColours + "\": [";
+    const char* szBetween = "\n  ";
+    for (auto const& entry : scheme.Entries()) {
+        // Names are bytes: what is not UTF-8 in them must not keep the rest from being written.
+        text += szBetween +
+                ColourToJson(*entry.pColour).dump(-1, ' ', false, json::error_handler_t::replace);
+        szBetween = ",\n  ";
+    }
+    return text + "\n ]}\n";
 }
 
 void SchemeFromJson(std::string const& text, CComponentsColors& scheme) {
