@@ -45,6 +45,7 @@ CSoxr MakeConverter(CRegion const& region, int nFileRate, int nSessionRate) {
 template <typename Channels>
 auto RowsFrom(Channels& channels, std::size_t nFrom) {
     std::vector<decltype(channels.front().data())> rows;
+    rows.reserve(channels.size());
     for (auto& channel : channels) rows.push_back(channel.data() + nFrom);
     return rows;
 }

@@ -219,7 +219,7 @@ public:
     std::size_t size() const { return m_starts.size(); }
 
     std::string_view operator[](std::size_t token) const {
-        if (token == 0) return {m_pText, 0};
+        if (token == 0) return {};
         const std::size_t start = m_starts[token - 1];
         return {m_pText + start, m_starts[token] - start - 1};
     }
