@@ -205,6 +205,36 @@ TEST(Exchange, NotificationWaitsForTheEnterLockWithoutADeadline) {
     ExpectAtRest(segment);
 }
 
+TEST(Exchange, RequestIsCopiedBeforeTheNotificationAndPendingAfterIt) {
+    CTestMessageSegment segment(kHost);
+    segment.Put<std::uint32_t>(kRequestEnterOffset, 1);
+    std::thread host([&] {
+        while (segment.Buffer() != "x") std::this_thread::yield();
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        EXPECT_FALSE(segment.IsPending());
+        segment.Put<std::uint32_t>(kRequestEnterOffset, 0);
+    });
+    Exchange exchange;
+    EXPECT_EQ(exchange.Send("x", kShortMs), kTimeout);
+    host.join();
+    EXPECT_TRUE(segment.IsPending());
+}
+
+TEST(Exchange, HostThatClosesDuringTheNotificationIsClosed) {
+    CTestMessageSegment segment(kHost);
+    segment.Put<std::uint32_t>(kRequestEnterOffset, 1);
+    std::thread host([&] {
+        while (segment.Buffer() != "x") std::this_thread::yield();
+        segment.Close();
+        segment.Put<std::uint32_t>(kRequestEnterOffset, 0);
+    });
+    Exchange exchange;
+    EXPECT_EQ(exchange.Send("x", -1), -1);
+    host.join();
+    EXPECT_EQ(exchange.strReply, "untouched");
+    ExpectAtRest(segment);
+}
+
 TEST(Exchange, NotificationWaitsForTheCommandWordWithoutADeadline) {
     CTestMessageSegment segment(kHost);
     segment.Put<std::uint32_t>(kRequestCommandOffset, 1);
