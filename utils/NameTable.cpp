@@ -39,6 +39,16 @@ std::uint32_t CNameTable::Hash(std::string_view name, std::uint64_t seed) {
     return static_cast<std::uint32_t>(Fold(Fold(hash ^ last, odd ^ seed) ^ name.size(), odd));
 }
 
+// The slot that a name has, or the free one where it belongs.
+inline std::uint32_t& CNameTable::SlotFor(std::string_view name, std::uint32_t hash) {
+    for (std::size_t at = hash;; ++at) {
+        std::uint32_t& slot = m_slots[at & (m_slots.size() - 1)];
+        if (slot == 0) return slot;
+        CName const& other = m_names[slot];
+        if (other.nHash == hash && IsSame(other.text, name)) return slot;
+    }
+}
+
 std::uint32_t CNameTable::Find(std::string_view name) {
     // In an image a zero byte ends a name.
     name = name.substr(0, name.find('\0'));
@@ -51,16 +61,6 @@ std::uint32_t CNameTable::Find(std::string_view name) {
     slot = index;
     if (m_names.size() * 2 > m_slots.size()) Grow();
     return index;
-}
-
-// The slot that a name has, or the free one where it belongs.
-std::uint32_t& CNameTable::SlotFor(std::string_view name, std::uint32_t hash) {
-    for (std::size_t at = hash;; ++at) {
-        std::uint32_t& slot = m_slots[at & (m_slots.size() - 1)];
-        if (slot == 0) return slot;
-        CName const& other = m_names[slot];
-        if (other.nHash == hash && IsSame(other.text, name)) return slot;
-    }
 }
 
 void CNameTable::Grow() {

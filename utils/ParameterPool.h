@@ -107,10 +107,9 @@ private:
         static_assert(alignof(Pooled) == alignof(void*) &&
                       sizeof(CParameterChunk) == alignof(void*));
         const std::size_t size = sizeof(Pooled) + bytesBehind;
-        if (m_nRoom < size) StartChunk();
+        if (static_cast<std::size_t>(m_pEnd - m_pNext) < size) StartChunk();
         auto* const parameter = ::new (m_pNext) Pooled(m_pChunk);
         m_pNext += size;
-        m_nRoom -= size;
         ++m_nParameters;
         return parameter;
     }
@@ -120,7 +119,7 @@ private:
         RetireChunk();
         m_pChunk = chunk;
         m_pNext = chunk->Memory();
-        m_nRoom = m_nNextSize - sizeof(CParameterChunk);
+        m_pEnd = m_pNext + m_nNextSize - sizeof(CParameterChunk);
         m_nParameters = 0;
         m_nNextSize = std::min(m_nNextSize * 2, largestChunk);
     }
@@ -131,7 +130,7 @@ private:
 
     CParameterChunk* m_pChunk = nullptr;
     unsigned char* m_pNext = nullptr;
-    std::size_t m_nRoom = 0;
+    unsigned char* m_pEnd = nullptr;
     std::size_t m_nParameters = 0;
     std::size_t m_nNextSize = smallestChunk;
 };

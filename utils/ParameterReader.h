@@ -80,8 +80,8 @@ private:
     }
 
     bool ReadEntry(std::uint32_t tag, std::int32_t& nLeft) {
-        if (tag == tagBinaryBlock) return false;
-        if (tag < tagString || tag > tagBinaryBlock) {
+        if (tag - tagString >= tagBinaryBlock - tagString) {
+            if (tag == tagBinaryBlock) return false;
             Keep(nullptr);
             return true;
         }
@@ -93,23 +93,32 @@ private:
             nLeft = TakeCount();
             return true;
         }
-        return WithValueClass(tag, [this, token = name.nToken, text = name.text](auto c) {
-            auto parameter = m_pool.Make<typename decltype(c)::type>();
-            SetName(*parameter, token, text);
-            m_pNext += codec::LoadValue(parameter->value, Rest(), m_pNext);
-            Keep(std::move(parameter));
-            return true;
-        });
+        std::unique_ptr<CParameter> parameter = TakeValue(tag);
+        SetName(*parameter, name.nToken, name.text);
+        Keep(std::move(parameter));
+        return true;
     }
 
-    // A name that its string has room for is copied quicker with what follows it in the image.
+    std::unique_ptr<CParameter> TakeValue(std::uint32_t tag) {
+        std::unique_ptr<CParameter> taken;
+        WithValueClass(tag, [&](auto c) {
+            auto parameter = m_pool.Make<typename decltype(c)::type>();
+            m_pNext += codec::LoadValue(parameter->value, Rest(), m_pNext);
+            taken = std::move(parameter);
+            return true;
+        });
+        return taken;
+    }
+
+    // Names a new parameter. A text that its string has room for is copied quicker with what
+    // follows it in the image.
     void SetName(CParameter& parameter, std::uint32_t token, std::string_view name) {
         parameter.token = token;
+        if (name.empty()) return;
         if constexpr (requires { Names::fStandBeforeBody; }) {
             constexpr std::size_t room = 15;
             const char* const end = reinterpret_cast<const char*>(m_pEnd);
-            if (name.data() != nullptr && name.size() <= room &&
-                end - name.data() >= std::ptrdiff_t{room}) {
+            if (name.size() <= room && end - name.data() >= std::ptrdiff_t{room}) {
                 std::destroy_at(&parameter.name);
                 std::construct_at(&parameter.name, name.data(), room);
                 parameter.name.erase(name.size());
