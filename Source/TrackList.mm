@@ -124,7 +124,7 @@ void DrawArrow(NSRect strip, NSInteger nDirection) {
     m_shield = shield;
     [contents addSubview:shield];
     NSWindow* window = [[NSWindow alloc] initWithContentRect:place
-                                                   styleMask:NSBorderlessWindowMask
+                                                   styleMask:NSWindowStyleMaskBorderless
                                                      backing:NSBackingStoreBuffered
                                                        defer:NO];
     [window setReleasedWhenClosed:NO];

@@ -1,5 +1,6 @@
 // The views in windows on a display, under a real pointer.
 
+#import "Source/TextTip.h"
 #import "Source/TrackList.h"
 #import "Source/TrackPopUp.h"
 #import "TestPointer.h"
@@ -236,6 +237,29 @@ TEST_F(ViewPointer, LongListScrollsUnderTheArrow) {
     m_pointer.MoveTo(NSMakePoint(NSMidX([window frame]), NSMaxY([window frame]) - 5));
     EXPECT_TRUE(WaitFor([=] { return [list First] == 0; }));
     [Tracks(view) Close];
+}
+
+TEST_F(ViewPointer, TipHasTheWholeOfALongTextAndGoesWithThePointer) {
+    TavarinProAPTLink_ViewController* view = MakeAPT();
+    Show(view);
+    view->m_Script.m_strLastError = "An error.";
+    while (view->m_Script.m_strAdvice.size() < 4000) view->m_Script.m_strAdvice += "Do it again. ";
+    [view SetTextFields];
+    NSArray* known = VisibleWindows();
+    m_pointer.MoveTo(view->m_textAdvice);
+    ASSERT_TRUE(WaitFor([=] { return IsOpen(known); }));
+    NSWindow* window = [NewWindows(known) objectAtIndex:0];
+    TavarinProLink_TextTip* tip = (TavarinProLink_TextTip*)[window contentView];
+    EXPECT_EQ(view->m_Script.m_strAdvice, [[tip ShownText] UTF8String]);
+    EXPECT_TRUE(NSContainsRect([[NSScreen mainScreen] frame], [window frame]));
+    m_pointer.MoveTo(view->m_textLastError);
+    EXPECT_TRUE(WaitFor([=] { return !IsOpen(known); }));
+    ASSERT_TRUE(WaitFor([=] { return IsOpen(known); }));
+    tip = (TavarinProLink_TextTip*)[[NewWindows(known) objectAtIndex:0] contentView];
+    EXPECT_STREQ("An error.", [[tip ShownText] UTF8String]);
+    view->m_Script.m_strLastError = "Another error.";
+    [view SetTextFields];
+    EXPECT_FALSE(IsOpen(known)) << "its text is not said any more";
 }
 
 }  // namespace
