@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#import "Source/FloatingWindow.h"
 #import "Source/PanelDrawing.h"
 #import "Source/TextFitting.h"
 #include "colours/ComponentCodes.h"
@@ -41,11 +42,8 @@ NSSize SizeWithin(NSString* text, NSSize room) {
 }
 
 bool IsPointerOver(NSView* view) {
-    NSWindow* window = [view window];
-    if (![window isVisible] || [view isHiddenOrHasHiddenAncestor]) return false;
-    const NSPoint here = [view convertPoint:[window convertScreenToBase:[NSEvent mouseLocation]]
-                                   fromView:nil];
-    return NSMouseInRect(here, [view bounds], [view isFlipped]);
+    if (![[view window] isVisible] || [view isHiddenOrHasHiddenAncestor]) return false;
+    return NSPointInRect(PointerOnScreen(), PlaceOnScreen(view));
 }
 
 }  // namespace
@@ -88,21 +86,12 @@ NSRect TipFrame(NSString* text, NSPoint pointer, NSRect screen) {
 }
 
 - (id)initFor:(NSView*)owner {
-    const NSRect screen = [[[owner window] screen] visibleFrame];
-    const NSRect place = TipFrame([owner toolTip], [NSEvent mouseLocation], screen);
+    const NSRect place = TipFrame([owner toolTip], PointerOnScreen(), ScreenArea([owner window]));
     self = [super initWithFrame:NSMakeRect(0, 0, place.size.width, place.size.height)];
     if (self == nil) return nil;
     m_owner = owner;
     m_text = [[owner toolTip] copy];
-    NSWindow* window = [[NSWindow alloc] initWithContentRect:place
-                                                   styleMask:NSWindowStyleMaskBorderless
-                                                     backing:NSBackingStoreBuffered
-                                                       defer:NO];
-    [window setReleasedWhenClosed:NO];
-    [window setLevel:NSPopUpMenuWindowLevel];
-    [window setContentView:self];
-    [window orderFront:nil];
-    [self display];
+    Float(self, place);
     // The tip may lie over its view, whose window is not told of the pointer then.
     m_timer = [NSTimer scheduledTimerWithTimeInterval:kLookEvery
                                                target:self
@@ -122,12 +111,7 @@ NSRect TipFrame(NSString* text, NSPoint pointer, NSRect screen) {
     m_owner = nil;
     [m_timer invalidate];
     m_timer = nil;
-    NSWindow* window = [self window];
-    [window orderOut:nil];
-    // Its content view is this one.
-    [window setContentView:[[[NSView alloc] initWithFrame:NSZeroRect] autorelease]];
-    [window close];
-    [window autorelease];
+    CloseFloating(self);
     [self autorelease];
 }
 

@@ -5,11 +5,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <string>
 #include <vector>
 
 #import "DrawingCalls.h"
+#import "Source/PanelDrawing.h"
 #import "Source/TavarinProAPTLink_ViewController.h"
 #import "Source/TavarinProLink_ViewControllerFactory.h"
 #import "Source/TextTip.h"
@@ -98,11 +100,22 @@ TEST_F(ViewScheme, EveryTextHasItsColourFromTheScheme) {
     }
 }
 
+// Its title, lamp and edge are all paler, not only what the cell itself draws.
 TEST_F(ViewScheme, DisabledButtonLooksDisabled) {
     TavarinProAPTLink_ViewController* view = Make();
-    const std::string strBefore = Picture(view->m_btnDub);
+    NSBitmapImageRep* before = Image(view->m_btnDub);
     [view->m_btnDub setEnabled:NO];
-    EXPECT_NE(Picture(view->m_btnDub), strBefore);
+    NSBitmapImageRep* after = Image(view->m_btnDub);
+    const CGFloat window = [PanelColour(ccWindowBackground) greenComponent];
+    int nEdge = 0;
+    for (NSInteger nColumn = 10; nColumn < [before pixelsWide] - 10; ++nColumn) {
+        const CGFloat was = [[before colorAtX:nColumn y:0] greenComponent];
+        const CGFloat is = [[after colorAtX:nColumn y:0] greenComponent];
+        if (std::abs(was - window) < 0.05) continue;
+        ++nEdge;
+        EXPECT_LT(std::abs(is - window), 0.6 * std::abs(was - window)) << nColumn;
+    }
+    EXPECT_GT(nEdge, 50);
 }
 
 // The lighter palette has no colours for pressed buttons, and its text is light.

@@ -51,6 +51,7 @@ target_include_directories(ViewFactoryTests PRIVATE
     "$<TARGET_PROPERTY:tavarin_coregraphics,INTERFACE_INCLUDE_DIRECTORIES>")
 tavarin_add_view_test(ViewPointerTests SOURCES TestPointer.mm)
 if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
+    tavarin_register_view_test(ViewPointerTestsAt2x ViewPointerTests -GSScaleFactor 2)
     tavarin_add_view_test(ViewLeakTests)
 endif()
 if(TARGET tavarin-host)
