@@ -7,9 +7,13 @@
 /// \file
 /// The texts of the nibs' views, in the colours of the process-wide scheme.
 
-/// A text in a colour of the scheme. What does not fit ends in an ellipsis. Each subclass has its
-/// colour.
-@interface TavarinProLink_PanelText : NSTextField
+/// A text in a colour of the scheme. What does not fit ends in an ellipsis; a tooltip of ours has
+/// room for the whole. Each subclass has its colour.
+@interface TavarinProLink_PanelText : NSTextField {
+@private
+    NSString* m_tip;
+    NSTrackingRectTag m_nTracked;
+}
 
 /// The component whose colour the text has.
 - (CComponentCode)Component;

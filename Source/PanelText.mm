@@ -3,15 +3,17 @@
 #include <algorithm>
 
 #import "Source/PanelDrawing.h"
+#import "Source/TextFitting.h"
+#import "Source/TextTip.h"
 #include "colours/ComponentCodes.h"
 
 namespace {
 
 constexpr CGFloat kInset = 2;
 constexpr CGFloat kGap = 6;
-constexpr CGFloat kTallest = 10000;
 // More than any panel shows; the rest need not be measured.
 constexpr NSUInteger kMostShown = 2000;
+constexpr NSTimeInterval kBeforeTip = 0.5;
 
 NSDictionary* Attributes(TavarinProLink_PanelText* field) {
     NSColor* colour = PanelColour([field Component]);
@@ -20,37 +22,21 @@ NSDictionary* Attributes(TavarinProLink_PanelText* field) {
                                                       NSForegroundColorAttributeName, nil];
 }
 
-CGFloat Height(NSString* text, NSDictionary* attributes, CGFloat width) {
-    if ([text length] == 0) return 0;
-    const NSRect bounds = [text boundingRectWithSize:NSMakeSize(width, kTallest)
-                                             options:NSStringDrawingUsesLineFragmentOrigin
-                                          attributes:attributes];
-    return ceil(bounds.size.height);
-}
-
-NSString* Beginning(NSString* text, NSUInteger nLength) {
-    const NSRange last = [text rangeOfComposedCharacterSequenceAtIndex:nLength];
-    return [[text substringToIndex:last.location] stringByAppendingString:@"\u2026"];
-}
-
-// As much of a text as there is room for.
-NSString* Fitting(NSString* text, NSDictionary* attributes, NSSize room) {
-    const CGFloat height = std::max(room.height, Height(@"X", attributes, kTallest));
-    const bool fShort = [text length] <= kMostShown;
-    if (fShort && Height(text, attributes, room.width) <= height) return text;
-    NSUInteger nFits = 0;
-    NSUInteger nTooLong = std::min([text length], kMostShown);
-    while (nTooLong - nFits > 1) {
-        const NSUInteger nTried = nFits + (nTooLong - nFits) / 2;
-        const bool fFits = Height(Beginning(text, nTried), attributes, room.width) <= height;
-        (fFits ? nFits : nTooLong) = nTried;
-    }
-    return Beginning(text, nFits);
-}
-
 }  // namespace
 
+@interface TavarinProLink_PanelText (Private)
+- (void)Track;
+- (void)ShowTip;
+- (void)HideTip;
+@end
+
 @implementation TavarinProLink_PanelText
+
+- (void)dealloc {
+    [self HideTip];
+    [m_tip release];
+    [super dealloc];
+}
 
 - (CComponentCode)Component {
     return ccLabelText;
@@ -59,7 +45,7 @@ NSString* Fitting(NSString* text, NSDictionary* attributes, NSSize room) {
 - (CGFloat)NeededHeight {
     NSString* text = [self stringValue];
     if ([text length] > kMostShown) text = [text substringToIndex:kMostShown];
-    return Height(text, Attributes(self), [self bounds].size.width - 2 * kInset);
+    return TextHeight(text, Attributes(self), [self bounds].size.width - 2 * kInset);
 }
 
 - (void)setStringValue:(NSString*)text {
@@ -72,7 +58,65 @@ NSString* Fitting(NSString* text, NSDictionary* attributes, NSSize room) {
 - (void)drawRect:(NSRect)dirty {
     const NSRect area = NSInsetRect([self bounds], kInset, 0);
     NSDictionary* attributes = Attributes(self);
-    [Fitting([self stringValue], attributes, area.size) drawInRect:area withAttributes:attributes];
+    [FittingText([self stringValue], attributes, area.size) drawInRect:area
+                                                        withAttributes:attributes];
+}
+
+- (NSString*)toolTip {
+    return m_tip;
+}
+
+- (void)setToolTip:(NSString*)text {
+    if (text == m_tip || [text isEqualToString:m_tip]) return;
+    [self HideTip];
+    [m_tip autorelease];
+    m_tip = [text copy];
+    [self Track];
+}
+
+// The rectangle that is tracked does not follow the view.
+- (void)Track {
+    if (m_nTracked != 0) [self removeTrackingRect:m_nTracked];
+    m_nTracked = 0;
+    if ([m_tip length] == 0 || [self window] == nil) return;
+    m_nTracked = [self addTrackingRect:[self bounds] owner:self userData:nil assumeInside:NO];
+}
+
+- (void)setFrame:(NSRect)frame {
+    [super setFrame:frame];
+    [self Track];
+}
+
+- (void)setFrameSize:(NSSize)size {
+    [super setFrameSize:size];
+    [self Track];
+}
+
+- (void)viewWillMoveToWindow:(NSWindow*)window {
+    [self HideTip];
+    [super viewWillMoveToWindow:window];
+}
+
+- (void)viewDidMoveToWindow {
+    [super viewDidMoveToWindow];
+    [self Track];
+}
+
+- (void)mouseEntered:(NSEvent*)event {
+    [self performSelector:@selector(ShowTip) withObject:nil afterDelay:kBeforeTip];
+}
+
+- (void)mouseExited:(NSEvent*)event {
+    [NSObject cancelPreviousPerformRequestsWithTarget:self];
+}
+
+- (void)ShowTip {
+    [TavarinProLink_TextTip ShowFor:self];
+}
+
+- (void)HideTip {
+    [NSObject cancelPreviousPerformRequestsWithTarget:self];
+    [TavarinProLink_TextTip HideFor:self];
 }
 
 @end

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#import "Source/FloatingWindow.h"
 #import "Source/PanelDrawing.h"
 #import "Source/TrackPopUp.h"
 #include "colours/ComponentCodes.h"
@@ -123,17 +124,8 @@ void DrawArrow(NSRect strip, NSInteger nDirection) {
     shield->m_popup = popup;
     m_shield = shield;
     [contents addSubview:shield];
-    NSWindow* window = [[NSWindow alloc] initWithContentRect:place
-                                                   styleMask:NSWindowStyleMaskBorderless
-                                                     backing:NSBackingStoreBuffered
-                                                       defer:NO];
-    [window setReleasedWhenClosed:NO];
-    [window setLevel:NSPopUpMenuWindowLevel];
-    [window setContentView:self];
-    [window setAcceptsMouseMovedEvents:YES];
     [self ScrollTo:m_nChosen - m_nVisible / 2];
-    [window orderFront:nil];
-    [self display];
+    Float(self, place);
     return self;
 }
 
@@ -148,21 +140,14 @@ void DrawArrow(NSRect strip, NSInteger nDirection) {
     [m_shield removeFromSuperview];
     [m_shield release];
     m_shield = nil;
-    NSWindow* window = [self window];
-    [window orderOut:nil];
-    // Its content view is this list.
-    [window setContentView:[[[NSView alloc] initWithFrame:NSZeroRect] autorelease]];
-    [window close];
-    [window autorelease];
+    CloseFloating(self);
 }
 
 // Below the pop-up, or above it where more of the list fits; on the screen in any case.
 - (NSRect)PlaceForRows:(NSInteger)nRows {
-    NSWindow* window = [m_popup window];
-    NSRect popup = [m_popup convertRect:[m_popup bounds] toView:nil];
-    popup.origin = [window convertBaseToScreen:popup.origin];
+    const NSRect popup = PlaceOnScreen(m_popup);
     const NSRect screen =
-        NSInsetRect([[window screen] visibleFrame], kFromScreenEdge, kFromScreenEdge);
+        NSInsetRect(ScreenArea([m_popup window]), kFromScreenEdge, kFromScreenEdge);
     const CGFloat below = NSMinY(popup) - NSMinY(screen);
     const CGFloat above = NSMaxY(screen) - NSMaxY(popup);
     const bool fBelow = below >= std::min(nRows, kMostRows) * kRowHeight || below >= above;

@@ -1,5 +1,6 @@
 // The views in windows on a display, under a real pointer.
 
+#import "Source/TextTip.h"
 #import "Source/TrackList.h"
 #import "Source/TrackPopUp.h"
 #import "TestPointer.h"
@@ -133,6 +134,12 @@ TavarinProLink_TrackPopUp* Tracks(TavarinProLink_ViewController* view) {
     return (TavarinProLink_TrackPopUp*)view->m_popupTracks;
 }
 
+NSRect OnScreen(NSView* view) {
+    NSRect place = [view convertRect:[view bounds] toView:nil];
+    place.origin = [[view window] convertBaseToScreen:place.origin];
+    return place;
+}
+
 Strings ManyTracks() {
     Strings tracks;
     for (int nTrack = 0; nTrack < 1000; ++nTrack)
@@ -149,6 +156,10 @@ TEST_F(ViewPointer, QuickClickOpensTheListAndLeavesItOpen) {
     EXPECT_TRUE([Tracks(view) IsOpen]);
     ASSERT_EQ([NewWindows(known) count], 1u);
     const NSRect list = [[NewWindows(known) objectAtIndex:0] frame];
+    const NSRect popup = OnScreen(Tracks(view));
+    EXPECT_NEAR(list.size.width, popup.size.width, 2);
+    EXPECT_NEAR(NSMinX(list), NSMinX(popup), 2);
+    EXPECT_NEAR(NSMaxY(list), NSMinY(popup), 2);
     m_pointer.MoveTo(NSMakePoint(NSMidX(list), NSMaxY(list) - list.size.height * 5 / 6));
     ASSERT_TRUE(TakeSteps({{CAfterLooks{5}, [this] { m_pointer.Press(); }},
                            {CAfterLooks{5}, [this] { m_pointer.Release(); }},
@@ -236,6 +247,32 @@ TEST_F(ViewPointer, LongListScrollsUnderTheArrow) {
     m_pointer.MoveTo(NSMakePoint(NSMidX([window frame]), NSMaxY([window frame]) - 5));
     EXPECT_TRUE(WaitFor([=] { return [list First] == 0; }));
     [Tracks(view) Close];
+}
+
+TEST_F(ViewPointer, TipHasTheWholeOfALongTextAndGoesWithThePointer) {
+    TavarinProAPTLink_ViewController* view = MakeAPT();
+    Show(view);
+    view->m_Script.m_strLastError = "An error.";
+    while (view->m_Script.m_strAdvice.size() < 4000) view->m_Script.m_strAdvice += "Do it again. ";
+    [view SetTextFields];
+    NSArray* known = VisibleWindows();
+    m_pointer.MoveTo(view->m_textAdvice);
+    ASSERT_TRUE(WaitFor([=] { return IsOpen(known); }));
+    NSWindow* window = [NewWindows(known) objectAtIndex:0];
+    TavarinProLink_TextTip* tip = (TavarinProLink_TextTip*)[window contentView];
+    EXPECT_EQ(view->m_Script.m_strAdvice, [[tip ShownText] UTF8String]);
+    EXPECT_TRUE(NSContainsRect([[NSScreen mainScreen] frame], [window frame]));
+    m_pointer.MoveTo(view->m_textLastError);
+    EXPECT_TRUE(WaitFor([=] { return !IsOpen(known); }));
+    // The tip may have lain over this text: it is entered with the pointer's next movement.
+    const NSRect error = OnScreen(view->m_textLastError);
+    m_pointer.MoveTo(NSMakePoint(NSMidX(error) + 5, NSMidY(error)));
+    ASSERT_TRUE(WaitFor([=] { return IsOpen(known); }));
+    tip = (TavarinProLink_TextTip*)[[NewWindows(known) objectAtIndex:0] contentView];
+    EXPECT_STREQ("An error.", [[tip ShownText] UTF8String]);
+    view->m_Script.m_strLastError = "Another error.";
+    [view SetTextFields];
+    EXPECT_FALSE(IsOpen(known)) << "its text is not said any more";
 }
 
 }  // namespace

@@ -5,13 +5,16 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <string>
 #include <vector>
 
 #import "DrawingCalls.h"
+#import "Source/PanelDrawing.h"
 #import "Source/TavarinProAPTLink_ViewController.h"
 #import "Source/TavarinProLink_ViewControllerFactory.h"
+#import "Source/TextTip.h"
 #include "colours/ComponentCodes.h"
 #include "colours/ComponentColour.h"
 #include "colours/DefaultColours.h"
@@ -97,11 +100,22 @@ TEST_F(ViewScheme, EveryTextHasItsColourFromTheScheme) {
     }
 }
 
+// Its title, lamp and edge are all paler, not only what the cell itself draws.
 TEST_F(ViewScheme, DisabledButtonLooksDisabled) {
     TavarinProAPTLink_ViewController* view = Make();
-    const std::string strBefore = Picture(view->m_btnDub);
+    NSBitmapImageRep* before = Image(view->m_btnDub);
     [view->m_btnDub setEnabled:NO];
-    EXPECT_NE(Picture(view->m_btnDub), strBefore);
+    NSBitmapImageRep* after = Image(view->m_btnDub);
+    const CGFloat window = [PanelColour(ccWindowBackground) greenComponent];
+    int nEdge = 0;
+    for (NSInteger nColumn = 10; nColumn < [before pixelsWide] - 10; ++nColumn) {
+        const CGFloat was = [[before colorAtX:nColumn y:0] greenComponent];
+        const CGFloat is = [[after colorAtX:nColumn y:0] greenComponent];
+        if (std::abs(was - window) < 0.05) continue;
+        ++nEdge;
+        EXPECT_LT(std::abs(is - window), 0.6 * std::abs(was - window)) << nColumn;
+    }
+    EXPECT_GT(nEdge, 50);
 }
 
 // The lighter palette has no colours for pressed buttons, and its text is light.
@@ -180,6 +194,55 @@ TEST_F(ViewScheme, TextsThatDoNotFitEndInAnEllipsisAndStayWhole) {
         EXPECT_EQ(one.strAdvice, [[view->m_textAdvice toolTip] UTF8String]);
         EXPECT_EQ(one.strError, [[view->m_textLastError toolTip] UTF8String]);
     }
+}
+
+// Of the size that a tip has inside its edge.
+CGFloat TipTextHeight(NSString* text, CGFloat width) {
+    NSDictionary* attributes = [NSDictionary dictionaryWithObject:[NSFont systemFontOfSize:11]
+                                                           forKey:NSFontAttributeName];
+    return [text boundingRectWithSize:NSMakeSize(width, 100000)
+                              options:NSStringDrawingUsesLineFragmentOrigin
+                           attributes:attributes]
+        .size.height;
+}
+
+TEST_F(ViewScheme, TipHasRoomForTheWholeTextWhereverThePointerIs) {
+    constexpr CGFloat kEdge = 12;
+    for (const NSSize screen : {NSMakeSize(1440, 1000), NSMakeSize(720, 500)}) {
+        const NSRect whole = {{100, 50}, screen};
+        for (std::string const& strText : {std::string("Short."), ScriptError(10), Words(4000)}) {
+            NSString* text = [NSString stringWithUTF8String:strText.c_str()];
+            for (const double dPart : {0.0, 0.3, 0.5, 0.9, 1.0}) {
+                const NSPoint pointer = NSMakePoint(NSMinX(whole) + dPart * screen.width,
+                                                    NSMinY(whole) + dPart * screen.height);
+                const NSRect tip = TipFrame(text, pointer, whole);
+                EXPECT_TRUE(NSContainsRect(whole, tip)) << [NSStringFromRect(tip) UTF8String];
+                EXPECT_LE(TipTextHeight(text, tip.size.width - kEdge), tip.size.height - kEdge)
+                    << [NSStringFromRect(tip) UTF8String] << strText.size();
+            }
+        }
+    }
+}
+
+TEST_F(ViewScheme, TipStandsBesideThePointerAndIsNoLargerThanItsText) {
+    const NSRect screen = NSMakeRect(0, 0, 1440, 1000);
+    for (const double dHeight : {10.0, 500.0, 990.0}) {
+        const NSPoint pointer = NSMakePoint(700, dHeight);
+        const NSRect tip = TipFrame(@"Short.", pointer, screen);
+        EXPECT_FALSE(NSPointInRect(pointer, tip)) << dHeight;
+        EXPECT_LT(tip.size.width, 100);
+        EXPECT_LT(tip.size.height, 40);
+        EXPECT_LT(std::abs(NSMidY(tip) - dHeight), 60);
+    }
+}
+
+TEST_F(ViewScheme, TipOfATextForNoScreenHasTheScreen) {
+    const NSRect screen = NSMakeRect(0, 0, 640, 400);
+    NSString* text = [NSString stringWithUTF8String:Words(40000).c_str()];
+    const NSRect tip = TipFrame(text, NSMakePoint(300, 200), screen);
+    EXPECT_TRUE(NSContainsRect(screen, tip));
+    EXPECT_GT(tip.size.width, 600);
+    EXPECT_GT(tip.size.height, 380);
 }
 
 }  // namespace

@@ -11,11 +11,17 @@ target_compile_definitions(tavarin_view_test_main PUBLIC
     TAVARIN_BUNDLE="${tavarin_bundle}"
     TAVARIN_BUNDLE_IDENTIFIER="${TAVARIN_BUNDLE_IDENTIFIER}")
 
-# tavarin_register_view_test(<name>): runs a program on a display and with user defaults of its own.
+# tavarin_register_view_test(<name> [<program> <argument>...]): runs a program, which is called like
+# the test unless it is named, on a display and with user defaults of its own.
 function(tavarin_register_view_test name)
+    set(program ${name})
+    if(ARGN)
+        list(POP_FRONT ARGN program)
+    endif()
     add_test(NAME ${name}
         COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/with-own-defaults"
-                "${PROJECT_SOURCE_DIR}/scripts/with-display" --virtual $<TARGET_FILE:${name}>)
+                "${PROJECT_SOURCE_DIR}/scripts/with-display" --virtual
+                $<TARGET_FILE:${program}> ${ARGN})
     # AppKit keeps objects until the process ends; ViewLeakTests looks for leaks of our own.
     set_tests_properties(${name} PROPERTIES
         TIMEOUT 600
@@ -45,6 +51,7 @@ target_include_directories(ViewFactoryTests PRIVATE
     "$<TARGET_PROPERTY:tavarin_coregraphics,INTERFACE_INCLUDE_DIRECTORIES>")
 tavarin_add_view_test(ViewPointerTests SOURCES TestPointer.mm)
 if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
+    tavarin_register_view_test(ViewPointerTestsAt2x ViewPointerTests -GSScaleFactor 2)
     tavarin_add_view_test(ViewLeakTests)
 endif()
 if(TARGET tavarin-host)
@@ -77,6 +84,17 @@ target_compile_definitions(ViewSchemeTests PRIVATE TAVARIN_BUNDLE="${tavarin_bun
 target_link_libraries(ViewSchemeTests PRIVATE tavarin_views GTest::gtest GTest::gtest_main)
 add_dependencies(ViewSchemeTests TavarinProLink)
 tavarin_register_view_test(ViewSchemeTests)
+
+# The finer files are chosen in GNUstep's way here; macOS has its own.
+if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
+    add_executable(BundleImageTests BundleImageTests.mm)
+    target_compile_definitions(BundleImageTests PRIVATE TAVARIN_BUNDLE="${tavarin_bundle}")
+    target_link_libraries(BundleImageTests PRIVATE
+        tavarin_drawing GTest::gtest GTest::gtest_main tavarin_warnings)
+    add_dependencies(BundleImageTests TavarinProLink)
+    tavarin_register_view_test(BundleImageTests)
+    tavarin_register_view_test(BundleImageTestsAt2x BundleImageTests -GSScaleFactor 2)
+endif()
 
 if(TARGET tavarin-host AND TARGET tavarin-workstation)
     add_executable(WorkstationTests WorkstationTests.cpp)
