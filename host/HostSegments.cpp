@@ -102,7 +102,7 @@ std::string ClaimDirectory() {
 
 }  // namespace
 
-COwnedName::COwnedName(std::string name, int nDescriptor) noexcept
+COwnedName::COwnedName(std::string&& name, int nDescriptor) noexcept
     : m_strName(std::move(name)), m_nDescriptor(nDescriptor) {}
 
 COwnedName::~COwnedName() {

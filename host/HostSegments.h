@@ -30,7 +30,7 @@ inline constexpr std::size_t kSegmentSize = kBufferOffset + kReplySize;
 /// object's.
 class COwnedName {
 public:
-    COwnedName(std::string name, int nDescriptor) noexcept;
+    COwnedName(std::string&& name, int nDescriptor) noexcept;
     ~COwnedName();
     COwnedName(COwnedName const&) = delete;
     COwnedName& operator=(COwnedName const&) = delete;

@@ -47,25 +47,29 @@ struct CPooled final : Class {
     CParameterChunk* const pChunk;
 };
 
+/// A class of parameters, alone and in a chunk.
+struct COwnTypes {
+    std::type_info const* own = nullptr;
+    std::type_info const* pooled = nullptr;
+};
+
+template <typename Class>
+COwnTypes OwnTypesOf() {
+    return {&typeid(Class), &typeid(CPooled<Class>)};
+}
+
 /// Whether a parameter is of the very class that its type tells, so that what it does is known.
 inline bool IsOfOwnClass(CParameter const& parameter) {
-    struct CPair {
-        std::type_info const* own = nullptr;
-        std::type_info const* pooled = nullptr;
-    };
-    static constexpr auto pair = []<typename Class>(CClass<Class>) {
-        return CPair{&typeid(Class), &typeid(CPooled<Class>)};
-    };
-    static const CPair pairs[] = {{},
-                                  pair(CClass<CStringParameter>()),
-                                  pair(CClass<CIntParameter>()),
-                                  pair(CClass<CDoubleParameter>()),
-                                  pair(CClass<CUInt64Parameter>()),
-                                  pair(CClass<CFileIdTypeParameter>()),
-                                  pair(CClass<CParameterBlock>()),
-                                  pair(CClass<CBoolParameter>()),
-                                  pair(CClass<CFloatParameter>()),
-                                  pair(CClass<CSInt64Parameter>())};
+    static const COwnTypes pairs[] = {{},
+                                      OwnTypesOf<CStringParameter>(),
+                                      OwnTypesOf<CIntParameter>(),
+                                      OwnTypesOf<CDoubleParameter>(),
+                                      OwnTypesOf<CUInt64Parameter>(),
+                                      OwnTypesOf<CFileIdTypeParameter>(),
+                                      OwnTypesOf<CParameterBlock>(),
+                                      OwnTypesOf<CBoolParameter>(),
+                                      OwnTypesOf<CFloatParameter>(),
+                                      OwnTypesOf<CSInt64Parameter>()};
     if (parameter.type >= std::size(pairs)) return false;
     std::type_info const* const actual = &typeid(parameter);
     return actual == pairs[parameter.type].own || actual == pairs[parameter.type].pooled;
