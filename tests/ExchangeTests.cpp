@@ -239,11 +239,13 @@ TEST(Exchange, NotificationWaitsForTheCommandWordWithoutADeadline) {
     CTestMessageSegment segment(kHost);
     segment.Put<std::uint32_t>(kRequestCommandOffset, 1);
     segment.Put<std::uint32_t>(kRequestWaitersOffset, 1);
-    const CLatePut takeCommand(segment, kRequestCommandOffset, 0, kLongAfterwards);
-    Exchange exchange;
-    const std::int64_t lStart = LinkTimeNow();
-    EXPECT_EQ(exchange.Send("x", kShortMs), kTimeout);
-    EXPECT_GE(LinkTimeNow() - lStart, kLongAfterwardsUs + kShortMs * 1000);
+    {
+        const CLatePut takeCommand(segment, kRequestCommandOffset, 0, kLongAfterwards);
+        Exchange exchange;
+        const std::int64_t lStart = LinkTimeNow();
+        EXPECT_EQ(exchange.Send("x", kShortMs), kTimeout);
+        EXPECT_GE(LinkTimeNow() - lStart, kLongAfterwardsUs + kShortMs * 1000);
+    }
     EXPECT_EQ(segment.Get<std::uint32_t>(kRequestCommandOffset), 1u);
     EXPECT_EQ(segment.Get<std::uint32_t>(kRequestEnterOffset), 1u);
     ExpectAtRest(segment);
