@@ -140,12 +140,12 @@ TEST(Exchange, NegativeTimeoutIsADeadlineInThePast) {
 TEST(Exchange, EachWaitGetsTheWholeTimeout) {
     CTestMessageSegment segment(kHost);
     segment.Put<std::uint32_t>(4, 1);
+    const std::int64_t lStart = LinkTimeNow();
     std::thread release([&] {
         std::this_thread::sleep_for(std::chrono::milliseconds(60));
         segment.Put<std::uint32_t>(4, 0);
     });
     Exchange exchange;
-    const std::int64_t lStart = LinkTimeNow();
     EXPECT_EQ(exchange.Send("x", 500), kTimeout);
     EXPECT_GE(LinkTimeNow() - lStart, 560'000);
     release.join();
@@ -196,9 +196,9 @@ constexpr std::int64_t kLongAfterwardsUs = 1000 * kLongAfterwards.count();
 TEST(Exchange, NotificationWaitsForTheEnterLockWithoutADeadline) {
     CTestMessageSegment segment(kHost);
     segment.Put<std::uint32_t>(kRequestEnterOffset, 1);
+    const std::int64_t lStart = LinkTimeNow();
     const CLatePut release(segment, kRequestEnterOffset, 0, kLongAfterwards);
     Exchange exchange;
-    const std::int64_t lStart = LinkTimeNow();
     EXPECT_EQ(exchange.Send("x", kShortMs), kTimeout);
     EXPECT_GE(LinkTimeNow() - lStart, kLongAfterwardsUs + kShortMs * 1000);
     EXPECT_TRUE(segment.IsPending());
@@ -240,9 +240,9 @@ TEST(Exchange, NotificationWaitsForTheCommandWordWithoutADeadline) {
     segment.Put<std::uint32_t>(kRequestCommandOffset, 1);
     segment.Put<std::uint32_t>(kRequestWaitersOffset, 1);
     {
+        const std::int64_t lStart = LinkTimeNow();
         const CLatePut takeCommand(segment, kRequestCommandOffset, 0, kLongAfterwards);
         Exchange exchange;
-        const std::int64_t lStart = LinkTimeNow();
         EXPECT_EQ(exchange.Send("x", kShortMs), kTimeout);
         EXPECT_GE(LinkTimeNow() - lStart, kLongAfterwardsUs + kShortMs * 1000);
     }
