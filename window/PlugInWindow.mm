@@ -1,16 +1,15 @@
-#import "plugin/PlugInWindow.h"
+#import "window/PlugInWindow.h"
 
-#include <cstdio>
-#include <stdexcept>
+#include <iterator>
 
 #import "Source/PanelDrawing.h"
 #include "colours/ComponentCodes.h"
 #include "colours/ComponentColour.h"
 #include "colours/DefaultColours.h"
-#include "platform/HostedApplication.h"
-#import "plugin/PlugInBundle.h"
-#import "plugin/PlugInView.h"
-#include "plugin/Schedule.h"
+#import "platform/EmbeddedWindow.h"
+#import "window/PlugInBundle.h"
+#import "window/PlugInView.h"
+#include "window/Schedule.h"
 
 namespace {
 
@@ -22,6 +21,13 @@ constexpr CGFloat kButtonTop = 43;
 constexpr CGFloat kTextTop = 12;
 constexpr CGFloat kTextHeight = 18;
 constexpr CGFloat kTextSize = 11;
+constexpr CGFloat kFirstPlace = 40;
+constexpr CGFloat kPlaceStep = 32;
+constexpr std::uint32_t kPlaces = 8;
+constexpr NSUInteger kOwnWindow =
+    NSWindowStyleMaskTitled | NSWindowStyleMaskClosable | NSWindowStyleMaskMiniaturizable;
+// The number is the same wherever there is AppKit; the name is not.
+constexpr NSInteger kLeftMouseDown = 1;
 
 /// A button of the strip: a control port that is on or off.
 struct CStripButton {
@@ -56,27 +62,25 @@ NSString* StatusText(CPlugInAccess const& plugIn) {
 }  // namespace
 
 /// The strip below the view.
-@interface TavarinLV2_Strip : NSView {
+@interface TavarinView_Strip : NSView {
 @public
-    void* m_control;  ///< a ControlFunction, of which the Objective-C runtime has no description
-    NSMutableArray* m_buttons;
+    CPlugInMirror* m_pPlugIn;
     NSString* m_status;
 }
 - (void)MakeButtons;
+- (void)Show:(BOOL)on At:(PlugInPort)port;
 - (void)ShowStatus:(NSString*)text;
 @end
 
-@implementation TavarinLV2_Strip
+@implementation TavarinView_Strip
 
 - (void)dealloc {
-    [m_buttons release];
     [m_status release];
     [super dealloc];
 }
 
 - (void)MakeButtons {
     CPlugInBundle const& bundle = CPlugInBundle::Shared();
-    m_buttons = [[NSMutableArray alloc] init];
     const CGFloat nButtons = std::size(kButtons);
     const CGFloat width =
         ([self bounds].size.width - 2 * kMargin - (nButtons - 1) * kGap) / nButtons;
@@ -98,14 +102,16 @@ NSString* StatusText(CPlugInAccess const& plugIn) {
         [control setToolTip:button.toolTip];
         [control setTag:button.port];
         [self addSubview:control];
-        [m_buttons addObject:control];
         x += width + kGap;
     }
 }
 
 - (void)OnButton:(id)sender {
-    (*static_cast<ControlFunction*>(m_control))(static_cast<PlugInPort>([sender tag]),
-                                                [sender state] != 0 ? 1.0F : 0.0F);
+    m_pPlugIn->SetControl(static_cast<PlugInPort>([sender tag]), [sender state] != 0 ? 1.0F : 0.0F);
+}
+
+- (void)Show:(BOOL)on At:(PlugInPort)port {
+    [[self viewWithTag:port] setState:on ? 1 : 0];
 }
 
 - (void)ShowStatus:(NSString*)text {
@@ -130,34 +136,58 @@ NSString* StatusText(CPlugInAccess const& plugIn) {
 
 @end
 
+/// Leaves the keyboard where it was when the mouse is pressed: the keys are the workstation's until
+/// the user walks to a control.
+@interface TavarinView_Window : NSWindow {
+@public
+    BOOL m_fEmbedded;
+    BOOL m_fClicking;
+}
+@end
+
+@implementation TavarinView_Window
+
+- (void)sendEvent:(NSEvent*)event {
+    m_fClicking = static_cast<NSInteger>([event type]) == kLeftMouseDown;
+    [super sendEvent:event];
+    m_fClicking = NO;
+}
+
+- (BOOL)canBecomeKeyWindow {
+    return !m_fEmbedded;
+}
+
+- (BOOL)makeFirstResponder:(NSResponder*)responder {
+    if (m_fClicking && responder != self) return NO;
+    return [super makeFirstResponder:responder];
+}
+
+@end
+
 /// Notices when the user closes the window.
-@interface TavarinLV2_WindowDelegate : NSObject {
+@interface TavarinView_WindowDelegate : NSObject {
 @public
     BOOL m_fClosed;
 }
 @end
 
-@implementation TavarinLV2_WindowDelegate
+@implementation TavarinView_WindowDelegate
 - (BOOL)windowShouldClose:(id)window {
     m_fClosed = YES;
-    [window orderOut:nil];
-    // The window is only hidden; the view in it does not notice.
-    [[NSUserDefaults standardUserDefaults] synchronize];
     return NO;
 }
 @end
 
 struct CPlugInWindow::CContents {
-    CPlugInAccess& plugIn;
-    ControlFunction control;
+    CPlugInMirror& plugIn;
     CPlugInView view;
     NSWindow* window = nil;
-    TavarinLV2_Strip* strip = nil;
-    TavarinLV2_WindowDelegate* delegate = nil;
+    TavarinView_Strip* strip = nil;
+    TavarinView_WindowDelegate* delegate = nil;
     std::unique_ptr<CSchedule> schedule;
+    CPlugInActivity shown;
 
-    CContents(CPlugInAccess& access, ControlFunction function)
-        : plugIn(access), control(std::move(function)), view(access.Kind()) {}
+    explicit CContents(CPlugInMirror& mirror) : plugIn(mirror), view(mirror.Kind()) {}
 
     ~CContents() {
         schedule.reset();
@@ -169,57 +199,85 @@ struct CPlugInWindow::CContents {
         [delegate release];
     }
 
-    void Make(std::string const& strTitle) {
+    void Make() {
         NSView* picture = view.View();
         const NSSize size = [picture frame].size;
-        window = [[NSWindow alloc]
-            initWithContentRect:NSMakeRect(80, 120, size.width, size.height + kStripHeight)
-                      styleMask:NSWindowStyleMaskTitled | NSWindowStyleMaskClosable |
-                                NSWindowStyleMaskMiniaturizable
+        TavarinView_Window* made = [TavarinView_Window alloc];
+        window = [made
+            initWithContentRect:NSMakeRect(0, 0, size.width, size.height + kStripHeight)
+                      styleMask:IsEmbedded() ? NSUInteger{NSWindowStyleMaskBorderless} : kOwnWindow
                         backing:NSBackingStoreBuffered
                           defer:NO];
+        made->m_fEmbedded = IsEmbedded();
         [window setReleasedWhenClosed:NO];
-        [window setTitle:[NSString stringWithUTF8String:strTitle.c_str()]];
-        delegate = [[TavarinLV2_WindowDelegate alloc] init];
+        NSString* title = [NSString stringWithUTF8String:plugIn.Opened().title.Get().c_str()];
+        [window setTitle:title == nil ? @"Tavarin" : title];
+        delegate = [[TavarinView_WindowDelegate alloc] init];
         [window setDelegate:(id)delegate];
-        strip = [[[TavarinLV2_Strip alloc] initWithFrame:NSMakeRect(0, 0, size.width, kStripHeight)]
-            autorelease];
-        strip->m_control = &control;
+        strip = [[[TavarinView_Strip alloc]
+            initWithFrame:NSMakeRect(0, 0, size.width, kStripHeight)] autorelease];
+        strip->m_pPlugIn = &plugIn;
         [strip MakeButtons];
         [picture setFrameOrigin:NSMakePoint(0, kStripHeight)];
         [[window contentView] addSubview:strip];
         [[window contentView] addSubview:picture];
-        schedule = std::make_unique<CSchedule>(plugIn, view, [this](std::int32_t nTrack) {
-            control(portTrack, static_cast<float>(nTrack));
-        });
+        [window setInitialFirstResponder:picture];
+        if (!IsEmbedded()) Place(plugIn.Opened().nPlace);
+        schedule = std::make_unique<CSchedule>(plugIn, view);
+    }
+
+    bool IsEmbedded() const { return plugIn.Opened().nParent != 0; }
+
+    // Beside the one before, and in the first place again when the row is full.
+    void Place(std::uint32_t nPlace) {
+        const NSRect room = [[window screen] visibleFrame];
+        const CGFloat step = kFirstPlace + kPlaceStep * (nPlace % kPlaces);
+        [window setFrameTopLeftPoint:NSMakePoint(NSMinX(room) + step, NSMaxY(room) - step)];
+    }
+
+    void ShowControls(bool fAll) {
+        const CPlugInActivity now = plugIn.Activity();
+        const struct {
+            PlugInPort port;
+            bool fNow;
+            bool fShown;
+        } controls[] = {
+            {portCapture, now.fCapture, shown.fCapture},
+            {portReturn, now.fReturn, shown.fReturn},
+            {portMode, now.mode == ReturnMode::Export, shown.mode == ReturnMode::Export},
+        };
+        // What the user has just set is not undone by what was so before.
+        for (auto const& control : controls) {
+            if (fAll || control.fNow != control.fShown) [strip Show:control.fNow At:control.port];
+        }
+        shown = now;
     }
 };
 
-CPlugInWindow::CPlugInWindow(CPlugInAccess& plugIn, std::string const& strTitle,
-                             ControlFunction control) {
-    std::string strReason;
-    if (!StartHostedApplication(&strReason)) {
-        throw std::runtime_error("No window can be shown: " + strReason);
-    }
+CPlugInWindow::CPlugInWindow(CPlugInMirror& plugIn) {
     CPlugInBundle::Shared();
-    // The bundle's scheme is its own; this one is for what this module draws.
+    // The bundle's scheme is its own; this one is for what this program draws.
     AppCreateDefaultColoursDesigner(&gAppColours);
-    m_pContents = std::make_unique<CContents>(plugIn, std::move(control));
-    m_pContents->Make(strTitle);
-    const CPlugInActivity activity = plugIn.Activity();
-    ShowControl(portCapture, activity.fCapture ? 1.0F : 0.0F);
-    ShowControl(portReturn, activity.fReturn ? 1.0F : 0.0F);
+    m_pContents = std::make_unique<CContents>(plugIn);
+    m_pContents->Make();
+    m_pContents->ShowControls(true);
+    [m_pContents->strip ShowStatus:StatusText(plugIn)];
 }
 
 CPlugInWindow::~CPlugInWindow() = default;
 
 void CPlugInWindow::Show() {
-    m_pContents->delegate->m_fClosed = NO;
-    [m_pContents->window orderFront:nil];
+    if (m_pContents->IsEmbedded()) {
+        EmbedWindow(m_pContents->window, m_pContents->plugIn.Opened().nParent);
+    } else {
+        Raise();
+    }
 }
 
-void CPlugInWindow::Hide() {
-    [m_pContents->window orderOut:nil];
+void CPlugInWindow::Raise() {
+    if (m_pContents->IsEmbedded()) return;
+    [NSApp activateIgnoringOtherApps:YES];
+    [m_pContents->window makeKeyAndOrderFront:nil];
 }
 
 bool CPlugInWindow::IsClosed() const {
@@ -227,14 +285,9 @@ bool CPlugInWindow::IsClosed() const {
 }
 
 void CPlugInWindow::Turn() {
-    TurnRunLoop();
+    if (m_pContents->plugIn.PickRaise()) Raise();
+    if (m_pContents->IsEmbedded()) FollowParent(m_pContents->window);
     m_pContents->schedule->Turn();
+    m_pContents->ShowControls(false);
     [m_pContents->strip ShowStatus:StatusText(m_pContents->plugIn)];
-}
-
-void CPlugInWindow::ShowControl(PlugInPort port, float value) {
-    for (NSUInteger nButton = 0; nButton < [m_pContents->strip->m_buttons count]; ++nButton) {
-        NSButton* button = [m_pContents->strip->m_buttons objectAtIndex:nButton];
-        if ([button tag] == static_cast<NSInteger>(port)) [button setState:value > 0.5F ? 1 : 0];
-    }
 }

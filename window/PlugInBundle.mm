@@ -1,4 +1,4 @@
-#import "plugin/PlugInBundle.h"
+#import "window/PlugInBundle.h"
 
 #include <dlfcn.h>
 
