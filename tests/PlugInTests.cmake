@@ -72,7 +72,7 @@ if(TARGET tavarin-view)
     add_executable(PlugInWindowTests PlugInWindowTests.cpp)
     target_include_directories(PlugInWindowTests PRIVATE "${PROJECT_SOURCE_DIR}")
     target_link_libraries(PlugInWindowTests PRIVATE
-        tavarin_plugin tavarin_link_test_main PkgConfig::LV2 ${CMAKE_DL_LIBS} tavarin_warnings)
+        tavarin_plugin tavarin_link_test_main tavarin_window_holder PkgConfig::XCB PkgConfig::LV2 ${CMAKE_DL_LIBS} tavarin_warnings)
     target_compile_definitions(PlugInWindowTests PRIVATE
         TAVARIN_LV2_MODULE="${tavarin_lv2_module}")
     add_dependencies(PlugInWindowTests tavarin-view)

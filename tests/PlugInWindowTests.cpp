@@ -5,7 +5,9 @@
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <xcb/xcb.h>
 
+#include <array>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -15,6 +17,7 @@
 #include <thread>
 #include <vector>
 
+#include "platform/WindowHolder.h"
 #include "plugin/ExternalWindow.h"
 #include "plugin/PlugInAccess.h"
 #include "tests/PlugInHost.h"
@@ -27,6 +30,7 @@ namespace {
 constexpr char szModule[] = TAVARIN_LV2_MODULE "/tavarin.so";
 constexpr char szWindowModule[] = TAVARIN_LV2_MODULE "/tavarin_ui.so";
 constexpr char szWindow[] = "urn:tavarin:pro:window";
+constexpr char szEmbedded[] = "urn:tavarin:pro:embedded-window";
 constexpr char szExternal[] = "urn:tavarin:pro:external-window";
 // Only a window that is there and turns says this.
 constexpr char szWaits[] = "A take waits for the host: Error - Tavarin Pro is not running.";
@@ -148,6 +152,70 @@ TEST_F(PlugInWindow, ReachesThePlugInByMessagesWhereItCannotBeReachedOtherwise) 
     window.Show();
     // The module hears by message, too, that there is no window.
     EXPECT_TRUE(Within([&] { return !run(); }));
+}
+
+/// What stands where on the display.
+class CDisplayTree {
+public:
+    CDisplayTree() : m_pConnection(xcb_connect(nullptr, nullptr)) {}
+    ~CDisplayTree() { xcb_disconnect(m_pConnection); }
+    CDisplayTree(CDisplayTree const&) = delete;
+    CDisplayTree& operator=(CDisplayTree const&) = delete;
+
+    xcb_window_t Root() const {
+        return xcb_setup_roots_iterator(xcb_get_setup(m_pConnection)).data->root;
+    }
+
+    /// The first window within a window; 0: none.
+    xcb_window_t FirstWithin(xcb_window_t window) const {
+        const CReply<xcb_query_tree_reply_t> tree(
+            xcb_query_tree_reply(m_pConnection, xcb_query_tree(m_pConnection, window), nullptr));
+        if (!tree || xcb_query_tree_children_length(tree.get()) == 0) return 0;
+        return xcb_query_tree_children(tree.get())[0];
+    }
+
+    /// Place within the window around it, and size.
+    std::array<int, 4> Frame(xcb_window_t window) const {
+        const CReply<xcb_get_geometry_reply_t> geometry(xcb_get_geometry_reply(
+            m_pConnection, xcb_get_geometry(m_pConnection, window), nullptr));
+        if (!geometry) return {};
+        return {geometry->x, geometry->y, geometry->width, geometry->height};
+    }
+
+private:
+    template <typename Reply>
+    struct CReply : std::unique_ptr<Reply, decltype(&free)> {
+        explicit CReply(Reply* reply) : std::unique_ptr<Reply, decltype(&free)>(reply, free) {}
+    };
+
+    xcb_connection_t* m_pConnection;
+};
+
+// With a workstation that shows everything twice as large.
+TEST_F(PlugInWindow, StandsWithinTheWorkstationsWindowInItsSize) {
+    const CDisplayTree tree;
+    const CWindowHolder workstation(tree.Root(), 1000, 700);
+    CPlugInHost host(szModule, "urn:tavarin:pro:apt");
+    const float scale = 2;
+    const LV2_Options_Option options[] = {
+        {LV2_OPTIONS_INSTANCE, 0, host.Number(LV2_UI__scaleFactor), sizeof(scale),
+         host.Number("float"), &scale},
+        {LV2_OPTIONS_INSTANCE, 0, 0, 0, 0, nullptr}};
+    CPlugInWindowHost window(szWindowModule, szEmbedded,
+                             {{LV2_INSTANCE_ACCESS_URI, host.Handle()},
+                              {LV2_URID__map, host.Map()},
+                              {LV2_OPTIONS__options, const_cast<LV2_Options_Option*>(options)},
+                              {LV2_UI__parent, reinterpret_cast<void*>(workstation.Id())}});
+    const auto holder = static_cast<xcb_window_t>(reinterpret_cast<std::uintptr_t>(window.widget));
+    EXPECT_EQ(tree.FirstWithin(static_cast<xcb_window_t>(workstation.Id())), holder);
+    const std::array<int, 4> expected{0, 0, 2 * kWindowWidth, 2 * kWindowHeight};
+    EXPECT_EQ(tree.Frame(holder), expected);
+    EXPECT_TRUE(Within([&] {
+        const xcb_window_t view = tree.FirstWithin(holder);
+        return window.Turn() && view != 0 && tree.Frame(view) == expected;
+    }));
+    Take(host);
+    EXPECT_TRUE(Within([&] { return window.Turn() && Access(host).Status().strText == szWaits; }));
 }
 
 TEST_F(PlugInWindow, NeedsAWayToThePlugIn) {

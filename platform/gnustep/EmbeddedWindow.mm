@@ -13,9 +13,15 @@ Window WindowOf(NSWindow* window) {
     return reinterpret_cast<Window>([GSCurrentServer() windowDevice:[window windowNumber]]);
 }
 
+// The other program takes its window away when it likes, and this one with it.
+int IgnoreError(Display* /*display*/, XErrorEvent* /*error*/) {
+    return 0;
+}
+
 }  // namespace
 
 void EmbedWindow(NSWindow* window, std::uint64_t nParent) {
+    XSetErrorHandler(IgnoreError);
     Display* const display = DisplayOf();
     const Window own = WindowOf(window);
     // A window manager must never have seen it.
