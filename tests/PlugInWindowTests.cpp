@@ -240,6 +240,34 @@ TEST_F(PlugInWindow, TakesTheTrackThatTheWorkstationChose) {
     EXPECT_TRUE(written.empty());
 }
 
+bool Does(char const* szCommand) {
+    return std::system(szCommand) == 0;
+}
+
+TEST_F(PlugInWindow, LeavesTheKeysToTheWorkstationUntilTabIsPressed) {
+    if (!Does("command -v xdotool >/dev/null")) GTEST_SKIP() << "there is no xdotool";
+    CPlugInHost host(szModule, "urn:tavarin:pro:apt");
+    CPlugInWindowHost window(szWindowModule, szWindow, host.Handle());
+    std::vector<float> written;
+    window.onWrite = [&written](std::uint32_t nPort, float value) {
+        if (nPort == portCapture) written.push_back(value);
+    };
+    window.Show();
+    Take(host);
+    ASSERT_TRUE(Within([&] { return Access(host).Status().strText == szWaits; }));
+    ASSERT_TRUE(
+        Does("xdotool search --onlyvisible --name 'Tavarin APT Link'"
+             " mousemove --sync --window %1 80 255 sleep 0.2"
+             " mousedown 1 sleep 0.1 mouseup 1"));
+    EXPECT_TRUE(Within([&] { return window.Turn() && written == std::vector<float>{1}; }));
+    ASSERT_TRUE(Does("xdotool key space sleep 0.3 key Return sleep 0.5"));
+    EXPECT_TRUE(window.Turn());
+    EXPECT_EQ(written, std::vector<float>{1});
+    // Guide, Dub, Auto switch, Capture.
+    ASSERT_TRUE(Does("xdotool key --delay 100 Tab Tab Tab Tab space"));
+    EXPECT_TRUE(Within([&] { return window.Turn() && written == std::vector<float>{1, 0}; }));
+}
+
 TEST_F(PlugInWindow, SaysThatThereIsNoDisplay) {
     const CScopedEnvironment display("DISPLAY", "");
     CPlugInHost host(szModule, "urn:tavarin:pro:link");

@@ -35,6 +35,12 @@ CPlugInBundle& CPlugInBundle::Shared() {
     return *pShared;
 }
 
+NSBitmapImageRep* CPlugInBundle::ImageNamed(NSString* name) const {
+    NSString* path = [m_bundle pathForResource:name ofType:@"png"];
+    if (path == nil) return nil;
+    return [NSBitmapImageRep imageRepWithData:[NSData dataWithContentsOfFile:path]];
+}
+
 CPlugInController* CPlugInBundle::MakeController(PlugInKind kind) const {
     TavarinProLink_ViewControllerFactory* factory = m_factory;
     id controller = nil;

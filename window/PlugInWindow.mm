@@ -7,6 +7,7 @@
 #include "colours/ComponentColour.h"
 #include "colours/DefaultColours.h"
 #import "platform/EmbeddedWindow.h"
+#import "platform/WindowIcon.h"
 #import "window/PlugInBundle.h"
 #import "window/PlugInView.h"
 #include "window/Schedule.h"
@@ -27,7 +28,7 @@ constexpr std::uint32_t kPlaces = 8;
 constexpr NSUInteger kOwnWindow =
     NSWindowStyleMaskTitled | NSWindowStyleMaskClosable | NSWindowStyleMaskMiniaturizable;
 // The number is the same wherever there is AppKit; the name is not.
-constexpr NSInteger kLeftMouseDown = 1;
+constexpr NSUInteger kShift = 1 << 17;
 
 /// A button of the strip: a control port that is on or off.
 struct CStripButton {
@@ -57,6 +58,14 @@ NSString* StatusText(CPlugInAccess const& plugIn) {
     }
     if (activity.fCapture) return @"Capture waits for the transport.";
     return [NSString stringWithUTF8String:kResultNames[static_cast<int>(status.result)]];
+}
+
+NSInteger CompareInReading(id first, id second, void* /*context*/) {
+    const NSPoint one = [first frame].origin;
+    const NSPoint other = [second frame].origin;
+    if (one.y != other.y) return one.y > other.y ? NSOrderedAscending : NSOrderedDescending;
+    if (one.x == other.x) return NSOrderedSame;
+    return one.x < other.x ? NSOrderedAscending : NSOrderedDescending;
 }
 
 }  // namespace
@@ -141,25 +150,44 @@ NSString* StatusText(CPlugInAccess const& plugIn) {
 @interface TavarinView_Window : NSWindow {
 @public
     BOOL m_fEmbedded;
-    BOOL m_fClicking;
+    BOOL m_fWalking;
+    NSArray* m_controls;  ///< in the order in which Tab walks
 }
+- (void)WalkBy:(NSInteger)step;
 @end
 
 @implementation TavarinView_Window
-
-- (void)sendEvent:(NSEvent*)event {
-    m_fClicking = static_cast<NSInteger>([event type]) == kLeftMouseDown;
-    [super sendEvent:event];
-    m_fClicking = NO;
-}
 
 - (BOOL)canBecomeKeyWindow {
     return !m_fEmbedded;
 }
 
 - (BOOL)makeFirstResponder:(NSResponder*)responder {
-    if (m_fClicking && responder != self) return NO;
+    if (!m_fWalking && responder != nil && responder != self) return NO;
     return [super makeFirstResponder:responder];
+}
+
+- (void)keyDown:(NSEvent*)event {
+    if (![[event characters] isEqualToString:@"\t"]) return;
+    [self WalkBy:([event modifierFlags] & kShift) != 0 ? -1 : 1];
+}
+
+- (void)WalkBy:(NSInteger)step {
+    const auto nControls = static_cast<NSInteger>([m_controls count]);
+    if (nControls == 0) return;
+    const NSUInteger nFound = [m_controls indexOfObject:[self firstResponder]];
+    const NSInteger nFrom = nFound != NSNotFound ? static_cast<NSInteger>(nFound)
+                            : step > 0           ? nControls - 1
+                                                 : nControls;
+    const NSInteger nTo = (nFrom + step + nControls) % nControls;
+    m_fWalking = YES;
+    [self makeFirstResponder:[m_controls objectAtIndex:static_cast<NSUInteger>(nTo)]];
+    m_fWalking = NO;
+}
+
+- (void)dealloc {
+    [m_controls release];
+    [super dealloc];
 }
 
 @end
@@ -181,7 +209,7 @@ NSString* StatusText(CPlugInAccess const& plugIn) {
 struct CPlugInWindow::CContents {
     CPlugInMirror& plugIn;
     CPlugInView view;
-    NSWindow* window = nil;
+    TavarinView_Window* window = nil;
     TavarinView_Strip* strip = nil;
     TavarinView_WindowDelegate* delegate = nil;
     std::unique_ptr<CSchedule> schedule;
@@ -202,13 +230,12 @@ struct CPlugInWindow::CContents {
     void Make() {
         NSView* picture = view.View();
         const NSSize size = [picture frame].size;
-        TavarinView_Window* made = [TavarinView_Window alloc];
-        window = [made
+        window = [[TavarinView_Window alloc]
             initWithContentRect:NSMakeRect(0, 0, size.width, size.height + kStripHeight)
                       styleMask:IsEmbedded() ? NSUInteger{NSWindowStyleMaskBorderless} : kOwnWindow
                         backing:NSBackingStoreBuffered
                           defer:NO];
-        made->m_fEmbedded = IsEmbedded();
+        window->m_fEmbedded = IsEmbedded();
         [window setReleasedWhenClosed:NO];
         NSString* title = [NSString stringWithUTF8String:plugIn.Opened().title.Get().c_str()];
         [window setTitle:title == nil ? @"Tavarin" : title];
@@ -221,9 +248,28 @@ struct CPlugInWindow::CContents {
         [picture setFrameOrigin:NSMakePoint(0, kStripHeight)];
         [[window contentView] addSubview:strip];
         [[window contentView] addSubview:picture];
-        [window setInitialFirstResponder:picture];
         if (!IsEmbedded()) Place(plugIn.Opened().nPlace);
+        NSBitmapImageRep* icon = CPlugInBundle::Shared().ImageNamed(@"TavarinProLink_Mark@2x");
+        if (icon != nil && !IsEmbedded()) SetWindowIcon(window, icon);
+        FindControls();
         schedule = std::make_unique<CSchedule>(plugIn, view);
+    }
+
+    // Tab walks in the order of reading.
+    void FindControls() {
+        NSMutableArray* controls = [NSMutableArray array];
+        for (NSView* part : {view.View(), static_cast<NSView*>(strip)}) {
+            NSArray* views = [[part subviews] sortedArrayUsingFunction:CompareInReading
+                                                               context:nil];
+            for (NSUInteger nView = 0; nView < [views count]; ++nView) {
+                NSView* candidate = [views objectAtIndex:nView];
+                const bool fControl = [candidate isKindOfClass:[NSControl class]] &&
+                                      ![candidate isKindOfClass:[NSTextField class]] &&
+                                      [candidate acceptsFirstResponder];
+                if (fControl) [controls addObject:candidate];
+            }
+        }
+        window->m_controls = [controls retain];
     }
 
     bool IsEmbedded() const { return plugIn.Opened().nParent != 0; }
