@@ -52,6 +52,14 @@ if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
     add_dependencies(WindowProcessTests view-double)
 endif()
 
+if(TARGET tavarin-host AND TARGET tavarin)
+    tavarin_add_test(LinkSenderTests SHARED_MEMORY LIBS tavarin_plugin nlohmann_json::nlohmann_json)
+    target_compile_definitions(LinkSenderTests PRIVATE
+        TAVARIN_HOST_PROGRAM="$<TARGET_FILE:tavarin-host>"
+        TAVARIN_TOOL_PROGRAM="$<TARGET_FILE:tavarin>")
+    add_dependencies(LinkSenderTests tavarin-host tavarin)
+endif()
+
 # These load the module from its file, as workstations do.
 function(tavarin_add_module_test name)
     tavarin_add_test(${name} LIBS tavarin_plugin PkgConfig::LV2 ${CMAKE_DL_LIBS} ${ARGN})
