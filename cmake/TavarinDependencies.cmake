@@ -15,6 +15,7 @@ if(PkgConfig_FOUND)
     pkg_check_modules(SNDFILE QUIET IMPORTED_TARGET sndfile)
     pkg_check_modules(SOXR QUIET IMPORTED_TARGET soxr)
     pkg_check_modules(LV2 QUIET IMPORTED_TARGET lv2)
+    pkg_check_modules(XCB QUIET IMPORTED_TARGET xcb)
     pkg_check_modules(JACK QUIET IMPORTED_TARGET jack)
 endif()
 

@@ -58,6 +58,24 @@ std::string CCaptureDirectory::NewFile(const char* szStem) {
     return {};
 }
 
+std::string CCaptureDirectory::SecondName(std::string const& strFile) {
+    const std::filesystem::path file(strFile);
+    for (int nNumber = 2; nNumber < kMostFiles; ++nNumber) {
+        const std::string strName =
+            file.stem().string() + "-" + std::to_string(nNumber) + file.extension().string();
+        const std::filesystem::path other = file.parent_path() / strName;
+        std::error_code error;
+        std::filesystem::create_hard_link(file, other, error);
+        if (!error) return other.string();
+        // Not every disk has files with two names.
+        if (error != std::errc::file_exists && std::filesystem::copy_file(file, other, error)) {
+            return other.string();
+        }
+        if (error != std::errc::file_exists) return {};
+    }
+    return {};
+}
+
 bool CCaptureDirectory::Make() {
     std::error_code error;
     if (!m_strPath.empty() && std::filesystem::is_directory(m_strPath, error)) return true;

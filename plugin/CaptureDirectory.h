@@ -21,6 +21,10 @@ public:
     /// path. Empty when that is not possible.
     std::string NewFile(const char* szStem);
 
+    /// Gives a file another name beside the one that it has: either may be deleted without the
+    /// other. Its full path; empty when that is not possible.
+    static std::string SecondName(std::string const& strFile);
+
 private:
     bool Make();
 

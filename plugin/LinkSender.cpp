@@ -44,11 +44,12 @@ CLinkOutcome HandOver(CTANClientInterProcess& client, CLinkJob const& job) {
     if (fAudioSuite) client.ClearTrack(true, nTrack);
     if (client.CheckDuplicateRegion(fAudioSuite, nTrack, &file, dPosition, 0, dEnd)) {
         file.FileDelete();
+        if (job.take->fMayBeThere) return {PlugInResult::HandedOver, "", nTrack, {}, 0};
         return {PlugInResult::Duplicate, client.m_strLastError, -1, {}, 0};
     }
     constexpr int kEveryChannel = 0;
     if (client.SendFile(fAudioSuite, nTrack, &file, dPosition, 0, dEnd, kEveryChannel) != 0) {
-        return {PlugInResult::NoHost, client.m_strLastError, -1, {}, 0};
+        return {PlugInResult::NoHost, client.m_strLastError, -1, {}, 0, TakeFate::Unknown};
     }
     if (!client.m_strLastError.empty()) {
         return {PlugInResult::HostRefused, client.m_strLastError, -1, {}, 0};

@@ -7,7 +7,7 @@
 #include <string>
 #include <thread>
 
-#include "plugin/PlugInTable.h"
+#include "plugin/PlugInAccess.h"
 #include "plugin/Take.h"
 
 /// What the plug-in says to the host by itself when it has no window: a take to hand over or, with
@@ -29,6 +29,7 @@ struct CLinkOutcome {
     std::int32_t nTrack = -1;  ///< of a take: the track that has it now
     std::string strFile;       ///< of a fetch: the exported file
     std::int64_t lPosition = 0;
+    TakeFate fate = TakeFate::NotThere;  ///< of a take that no host has taken
 };
 
 /// Carries out jobs, one at a time, on a thread of its own: link commands wait for the host without

@@ -36,6 +36,8 @@ constexpr CName kNames[] = {
     {&CLv2Names::message, "urn:tavarin:pro:message"},
     {&CLv2Names::session, "urn:tavarin:pro:session"},
     {&CLv2Names::unread, "urn:tavarin:pro:unread-session"},
+    {&CLv2Names::windowNote, szWindowNoteUri},
+    {&CLv2Names::windowOrder, szWindowOrderUri},
 };
 
 // The time that this thread worked, in seconds: what others take from it does not count.
@@ -55,6 +57,7 @@ CLv2Names::CLv2Names(LV2_URID_Map const* map) {
 CLv2PlugIn::CLv2PlugIn(CPlugInVariant const& variant, int nSampleRate, LV2_URID_Map* map)
     : names(map), plugIn(variant.kind, variant.nChannels, nSampleRate) {
     pAccess = &plugIn;
+    pDesk = &plugIn.Desk();
     if (map != nullptr) lv2_atom_forge_init(&m_Forge, map);
 }
 
@@ -106,6 +109,11 @@ void CLv2PlugIn::Run(std::uint32_t nFrames) {
     auto const* events = static_cast<LV2_Atom_Sequence const*>(ports[portControl]);
     if (events != nullptr && names.timePosition != 0) {
         LV2_ATOM_SEQUENCE_FOREACH(events, event) {
+            if (event->body.type == names.windowOrder && event->body.size == sizeof(CWindowOrder)) {
+                CWindowOrder order;
+                std::memcpy(static_cast<void*>(&order), &event->body + 1, sizeof(order));
+                plugIn.PutOrder(order);
+            }
             if (event->body.type != names.atomObject) continue;
             auto const& object = reinterpret_cast<LV2_Atom_Object const&>(event->body);
             if (object.body.otype != names.timePosition) continue;
@@ -125,24 +133,34 @@ void CLv2PlugIn::Run(std::uint32_t nFrames) {
     Show(portLoad, m_Load);
 }
 
+void CLv2PlugIn::SendMessage(CPlugInMessage const& message) {
+    const auto nLength = static_cast<std::uint32_t>(std::strlen(message.szText));
+    LV2_Atom_Forge_Frame object;
+    lv2_atom_forge_frame_time(&m_Forge, 0);
+    lv2_atom_forge_object(&m_Forge, &object, 0, names.patchSet);
+    lv2_atom_forge_key(&m_Forge, names.patchProperty);
+    lv2_atom_forge_urid(&m_Forge, names.message);
+    lv2_atom_forge_key(&m_Forge, names.patchValue);
+    lv2_atom_forge_string(&m_Forge, message.szText, nLength);
+    lv2_atom_forge_pop(&m_Forge, &object);
+}
+
 void CLv2PlugIn::SendMessages() {
     auto* events = static_cast<LV2_Atom_Sequence*>(ports[portNotify]);
     if (events == nullptr || names.patchSet == 0) return;
-    // One message fits into the smallest buffer that the port asks for.
+    // One message and one note fit into the smallest buffer that the port asks for.
     lv2_atom_forge_set_buffer(&m_Forge, reinterpret_cast<std::uint8_t*>(events), events->atom.size);
     LV2_Atom_Forge_Frame sequence;
     if (lv2_atom_forge_sequence_head(&m_Forge, &sequence, 0) == 0) return;
     if (CPlugInMessage const* message = plugIn.Message()) {
-        const auto nLength = static_cast<std::uint32_t>(std::strlen(message->szText));
-        LV2_Atom_Forge_Frame object;
-        lv2_atom_forge_frame_time(&m_Forge, 0);
-        lv2_atom_forge_object(&m_Forge, &object, 0, names.patchSet);
-        lv2_atom_forge_key(&m_Forge, names.patchProperty);
-        lv2_atom_forge_urid(&m_Forge, names.message);
-        lv2_atom_forge_key(&m_Forge, names.patchValue);
-        lv2_atom_forge_string(&m_Forge, message->szText, nLength);
-        lv2_atom_forge_pop(&m_Forge, &object);
+        SendMessage(*message);
         plugIn.DropMessage();
+    }
+    if (CWindowNote const* note = plugIn.Note()) {
+        lv2_atom_forge_frame_time(&m_Forge, 0);
+        lv2_atom_forge_atom(&m_Forge, sizeof(*note), names.windowNote);
+        lv2_atom_forge_write(&m_Forge, note, sizeof(*note));
+        plugIn.DropNote();
     }
     lv2_atom_forge_pop(&m_Forge, &sequence);
 }

@@ -28,6 +28,8 @@ struct CLv2Names {
     LV2_URID message = 0;
     LV2_URID session = 0;
     LV2_URID unread = 0;
+    LV2_URID windowNote = 0;
+    LV2_URID windowOrder = 0;
 
     explicit CLv2Names(LV2_URID_Map const* map);
 };
@@ -51,6 +53,7 @@ private:
     float Control(PlugInPort port) const;
     void Show(PlugInPort port, float value);
     void SendMessages();
+    void SendMessage(CPlugInMessage const& message);
     void Follow(LV2_Atom_Object const& position);
     void RunChannels(std::uint32_t nFrom, std::uint32_t nTo);
 

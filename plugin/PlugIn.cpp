@@ -30,6 +30,15 @@ std::string Seconds(CTake const& take, int nSampleRate) {
     return szText;
 }
 
+// For a take that the host may have: it deletes nothing of the host's then.
+bool RenameTake(CTake& take) {
+    const std::string strOther = CCaptureDirectory::SecondName(take.strFile);
+    if (strOther.empty()) return false;
+    take.strFile = strOther;
+    take.fMayBeThere = true;
+    return true;
+}
+
 }  // namespace
 
 CPlugIn::CPlugIn(PlugInKind kind, int nChannels, int nSampleRate)
@@ -41,6 +50,7 @@ CPlugIn::CPlugIn(PlugInKind kind, int nChannels, int nSampleRate)
       m_lViewTurned(Milliseconds()),
       m_Book(static_cast<std::int32_t>(kind)),
       m_Writer(m_Ring, m_Directory, nSampleRate),
+      m_Window(*this, WindowProgramPath()),
       m_DiskThread([this] { ServeDisk(); }) {}
 
 CPlugIn::~CPlugIn() {
@@ -60,6 +70,7 @@ void CPlugIn::Begin(CPlugInControls const& controls) {
     m_fControlsKnown = true;
     m_fCapture.store(controls.fCapture, std::memory_order_relaxed);
     m_fReturn.store(controls.fReturn, std::memory_order_relaxed);
+    m_Mode.store(controls.mode, std::memory_order_relaxed);
     m_Player.TakeOver();
 }
 
@@ -137,7 +148,12 @@ CPlugInState CPlugIn::State() const {
 }
 
 void CPlugIn::Restore(CPlugInState const& state) {
-    m_Book.SetState(state);
+    CPlugInState current = state;
+    for (CTake& take : current.takes) {
+        // It may have been handed over after the session was saved.
+        if (!take.fHandled) RenameTake(take);
+    }
+    m_Book.SetState(current);
     m_Directory.Use(state.strCaptureDirectory);
     m_nReturnRequest = -1;
     if (state.strReturnedFile.empty()) {
@@ -160,6 +176,20 @@ bool CPlugIn::HasView() const {
 
 std::optional<CTake> CPlugIn::LastTakeOn(std::int32_t nTrack) const {
     return m_Book.LastOn(nTrack);
+}
+
+void CPlugIn::TakePutBack(TakeFate fate) {
+    std::optional<CTake> take = m_Book.Picked();
+    if (fate == TakeFate::NotThere || !take) {
+        m_Book.PutBack();
+    } else if (RenameTake(*take)) {
+        m_Book.PutBackAs(take->strFile);
+    } else {
+        m_Book.Handled(-1);
+        Report(PlugInResult::DiskFailed,
+               "Whether the host has the take is not known, and it cannot be sent again: " +
+                   take->strFile);
+    }
 }
 
 bool CPlugIn::PickReturnRequest(ReturnMode* mode) {
@@ -192,13 +222,14 @@ void CPlugIn::Report(PlugInResult result, std::string const& strText) {
 }
 
 CPlugInActivity CPlugIn::Activity() const {
-    return {m_fCapture, m_fReturn, m_fCapturing, m_lTakeFrames, m_fHasReturned};
+    return {m_fCapture, m_fReturn, m_Mode, m_fCapturing, m_lTakeFrames, m_fHasReturned};
 }
 
 void CPlugIn::ServeDisk() {
     while (!m_fQuit) {
         ServeTakes();
         ServeReturn();
+        ServeWindow();
         ServeLink();
         std::this_thread::sleep_for(kDiskTurn);
     }
@@ -264,6 +295,20 @@ void CPlugIn::LoadReturn(CReturn const& wanted) {
            "The host's region plays from " + std::to_string(wanted.lPosition) + " on.");
 }
 
+void CPlugIn::ServeWindow() {
+    while (CWindowOrder const* order = m_Orders.Front()) {
+        m_Window.Order(*order);
+        m_Orders.Drop();
+        m_fNotesByMessage = true;
+    }
+    m_Window.Serve();
+    while (m_fNotesByMessage && m_Notes.Room() > 0) {
+        const std::optional<CWindowNote> note = m_Window.TakeNote();
+        if (!note) break;
+        m_Notes.Put(*note);
+    }
+}
+
 void CPlugIn::ServeLink() {
     // The control is the workstation's; what the user picks in the window arrives by it too.
     const std::int32_t nTrack = m_nTrackPort.exchange(-1);
@@ -293,7 +338,7 @@ void CPlugIn::Apply(CLinkOutcome const& outcome) {
         return;
     }
     if (m_fSendingTake && outcome.result == PlugInResult::NoHost) {
-        m_Book.PutBack();
+        TakePutBack(outcome.fate);
         m_lNextTry = Milliseconds() + kRetryEvery;
         if (Status().strText == outcome.strText) return;
     } else if (m_fSendingTake) {

@@ -16,6 +16,7 @@
 #include "plugin/TakePlayer.h"
 #include "plugin/TakeWriter.h"
 #include "plugin/TransportClock.h"
+#include "plugin/WindowProcess.h"
 
 /// What the user or the workstation has set, for one cycle.
 struct CPlugInControls {
@@ -67,10 +68,21 @@ public:
     /// What the result port shows.
     PlugInResult Result() const;
 
+    /// A window module that reaches the plug-in by messages alone ordered something. What its
+    /// window says goes the same way from now on.
+    void PutOrder(CWindowOrder const& order) { m_Orders.Put(order); }
+
+    /// The next note for that module; null when there is none. Drop it when it was sent.
+    CWindowNote const* Note() const { return m_Notes.Front(); }
+    void DropNote() { m_Notes.Drop(); }
+
     /// The next message for the workstation; null when there is none. Drop it when it was sent.
     CPlugInMessage const* Message() const { return m_Messages.Front(); }
     void DropMessage() { m_Messages.Drop(); }
     /// @}
+
+    /// Where a window module in this process orders the window.
+    CWindowDesk& Desk() { return m_Window; }
 
     /// Ends a take under way. When the audio thread does not run.
     void Stop();
@@ -88,7 +100,7 @@ public:
     std::optional<CTake> PickTake() override { return m_Book.Pick(); }
     bool IsTakeWaiting() const override { return m_Book.IsWaiting(); }
     void TakeHandled(std::int32_t nTrack) override { m_Book.Handled(nTrack); }
-    void TakePutBack() override { m_Book.PutBack(); }
+    void TakePutBack(TakeFate fate) override;
     std::optional<CTake> LastTakeOn(std::int32_t nTrack) const override;
     std::optional<CTake> LastTake() const override { return m_Book.Last(); }
     std::int32_t Track() const override { return m_Book.Track(); }
@@ -114,6 +126,7 @@ private:
     void ServeTakes();
     void ServeReturn();
     void ServeLink();
+    void ServeWindow();
     void Finished(CTake const& take);
     void LoadReturn(CReturn const& wanted);
     void Apply(CLinkOutcome const& outcome);
@@ -134,12 +147,15 @@ private:
     CCaptureRing m_Ring;
     CTakePlayer m_Player;
     CSpscQueue<CPlugInMessage, 16> m_Messages;
+    CSpscQueue<CWindowOrder, 8> m_Orders;
+    CSpscQueue<CWindowNote, 64> m_Notes;
     std::atomic<PlugInResult> m_Result{PlugInResult::Ready};
     std::atomic<std::int32_t> m_nReturnRequest{-1};
     std::atomic<std::int32_t> m_nTrackPort{-1};
     std::atomic<std::uint32_t> m_nFailedTake{0};
     std::atomic<bool> m_fCapture{false};
     std::atomic<bool> m_fReturn{false};
+    std::atomic<ReturnMode> m_Mode{ReturnMode::RenderAndExport};
     std::atomic<bool> m_fCapturing{false};
     std::atomic<bool> m_fHasReturned{false};
     std::atomic<std::int64_t> m_lTakeFrames{0};
@@ -156,6 +172,8 @@ private:
     // Disk thread.
     CTakeWriter m_Writer;
     CLinkSender m_Sender;
+    CWindowProcess m_Window;
+    bool m_fNotesByMessage = false;
     bool m_fSendingTake = false;
     std::int64_t m_lNextTry = 0;
     std::atomic<bool> m_fQuit{false};

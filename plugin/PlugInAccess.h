@@ -6,6 +6,7 @@
 
 #include "plugin/PlugInTable.h"
 #include "plugin/Take.h"
+#include "plugin/WindowDesk.h"
 
 /// Where the result of the last command stands, and how the view and others are told of it.
 struct CPlugInStatus {
@@ -16,15 +17,22 @@ struct CPlugInStatus {
 
 /// What the audio thread is doing, for display.
 struct CPlugInActivity {
-    bool fCapture = false;         ///< the Capture control
-    bool fReturn = false;          ///< the Return control
-    bool fCapturing = false;       ///< whether a take is being recorded right now
-    std::int64_t lTakeFrames = 0;  ///< how long it is by now
-    bool fHasReturned = false;     ///< whether there is a returned file to play
+    bool fCapture = false;                          ///< the Capture control
+    bool fReturn = false;                           ///< the Return control
+    ReturnMode mode = ReturnMode::RenderAndExport;  ///< the Mode control
+    bool fCapturing = false;                        ///< whether a take is being recorded right now
+    std::int64_t lTakeFrames = 0;                   ///< how long it is by now
+    bool fHasReturned = false;                      ///< whether there is a returned file to play
 };
 
-/// The plug-in as its window sees it. The window's module and the audio module are two: everything
-/// crosses here, by virtual calls. For the thread of the user interface.
+/// What is known of a take that was handed over without an answer.
+enum class TakeFate {
+    NotThere,  ///< nobody got it
+    Unknown,   ///< the host may have it
+};
+
+/// The plug-in as its window sees it: in the window's own process, by what the plug-in told it
+/// last.
 class CPlugInAccess {
 public:
     virtual PlugInKind Kind() const = 0;
@@ -41,7 +49,9 @@ public:
     virtual bool IsTakeWaiting() const = 0;
     /// The host has it on this track, or refused it: -1.
     virtual void TakeHandled(std::int32_t nTrack) = 0;
-    virtual void TakePutBack() = 0;
+    /// The take waits again: under another name when the host may have it by this one, since a file
+    /// that is found to be there twice is deleted.
+    virtual void TakePutBack(TakeFate fate) = 0;
     /// The last take that the host has on a track.
     virtual std::optional<CTake> LastTakeOn(std::int32_t nTrack) const = 0;
     /// The last take of all.
@@ -65,8 +75,9 @@ protected:
     ~CPlugInAccess() = default;
 };
 
-/// What an instance handle of the plug-in's module points to, for a window that the workstation
-/// gives that handle. Both modules come from one build.
+/// What an instance handle of the plug-in's module points to, for a window module that the
+/// workstation gives that handle. Both modules come from one build.
 struct CPlugInHandle {
     CPlugInAccess* pAccess = nullptr;
+    CWindowDesk* pDesk = nullptr;
 };

@@ -26,8 +26,25 @@ bool CTakeBook::IsWaiting() const {
                        [](CTake const& take) { return !take.fHandled; });
 }
 
+std::optional<CTake> CTakeBook::Picked() const {
+    const std::lock_guard lock(m_Lock);
+    const auto waiting = std::find_if(m_State.takes.begin(), m_State.takes.end(),
+                                      [](CTake const& take) { return !take.fHandled; });
+    if (!m_fPicked || waiting == m_State.takes.end()) return std::nullopt;
+    return *waiting;
+}
+
 void CTakeBook::PutBack() {
     const std::lock_guard lock(m_Lock);
+    m_fPicked = false;
+}
+
+void CTakeBook::PutBackAs(std::string const& strFile) {
+    const std::lock_guard lock(m_Lock);
+    const auto waiting = Waiting();
+    if (!m_fPicked || waiting == m_State.takes.end()) return;
+    waiting->strFile = strFile;
+    waiting->fMayBeThere = true;
     m_fPicked = false;
 }
 

@@ -26,8 +26,14 @@ public:
     /// Whether a take waits or is in somebody's hands.
     bool IsWaiting() const;
 
+    /// The take that is in somebody's hands.
+    std::optional<CTake> Picked() const;
+
     /// Puts the picked take back, to be picked again.
     void PutBack();
+
+    /// The same, under another name: the host may have it by the one that it had.
+    void PutBackAs(std::string const& strFile);
 
     /// The picked take is done: the host has it on this track, or -1 when it refused it.
     void Handled(std::int32_t nTrack);

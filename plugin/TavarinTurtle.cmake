@@ -141,8 +141,9 @@ set(TAVARIN_PLUGIN_SIDES none left right)
 function(tavarin_write_turtle directory has_window)
     set(TAVARIN_PLUGIN_UIS "")
     if(has_window)
-        set(TAVARIN_PLUGIN_UIS "    ui:ui <${TAVARIN_PLUGIN_URI}:window> , <${TAVARIN_PLUGIN_URI}:external-window> ;\n")
+        set(TAVARIN_PLUGIN_UIS "    ui:ui <${TAVARIN_PLUGIN_URI}:embedded-window> , <${TAVARIN_PLUGIN_URI}:window> , <${TAVARIN_PLUGIN_URI}:external-window> ;\n")
     endif()
+    set(TAVARIN_PLUGIN_NOTIFICATIONS "")
     set(manifest "")
     set(plugins "")
     foreach(kind ${TAVARIN_PLUGIN_KINDS})
@@ -151,6 +152,8 @@ function(tavarin_write_turtle directory has_window)
             tavarin_columns("${width}" channels width_part width_name)
             set(uri "${TAVARIN_PLUGIN_URI}:${part}${width_part}")
             tavarin_ports(${channels} ports)
+            string(APPEND TAVARIN_PLUGIN_NOTIFICATIONS "    ui:portNotification [
+        ui:plugin <${uri}> ; lv2:symbol \"notify\" ; ui:protocol atom:eventTransfer ] ;\n")
             string(CONFIGURE "<@uri@>
     a lv2:Plugin ;
     lv2:binary <tavarin.so> ;

@@ -12,9 +12,9 @@ required_packages="cmake g++ ninja-build pkg-config libboost-dev libgtest-dev"
 host_packages="liblua5.4-dev libsndfile1-dev libsoxr-dev libcli11-dev nlohmann-json3-dev"
 
 # AppKit, for the colour scheme and what draws with it. GNUstep's own configuration program runs make.
-appkit_packages="make gobjc++ libgnustep-gui-dev gnustep-back0.29-cairo fonts-dejavu-core"
+appkit_packages="make gobjc++ libgnustep-gui-dev libx11-dev gnustep-back0.29-cairo fonts-dejavu-core"
 # The LV2 plug-ins, and the hosts that they are tested in.
-plugin_packages="lv2-dev"
+plugin_packages="lv2-dev libxcb1-dev"
 plugin_host_packages="lilv-utils sordi jalv jackd2 libjack-jackd2-dev"
 # A display for the windows where there is none, and a pointer to click with.
 display_packages="xvfb openbox xdotool"

@@ -89,6 +89,15 @@ public:
         lv2_atom_forge_pop(&m_Forge, &object);
     }
 
+    /// A message to the plug-in at the beginning of the next cycle.
+    void Send(LV2_Atom const* message) {
+        lv2_atom_forge_frame_time(&m_Forge, 0);
+        lv2_atom_forge_raw(&m_Forge, message, sizeof(*message) + message->size);
+        lv2_atom_forge_pad(&m_Forge, message->size);
+    }
+
+    LV2_URID_Map* Map() { return &m_Map; }
+
     /// Runs the inputs through the plug-in.
     void Run(std::uint32_t nFrames) {
         lv2_atom_forge_pop(&m_Forge, &m_Sequence);

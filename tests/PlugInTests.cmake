@@ -25,7 +25,7 @@ if(JACK_FOUND AND CLI11_FOUND)
         tavarin_plugin PkgConfig::LV2 PkgConfig::JACK CLI11::CLI11 ${CMAKE_DL_LIBS} tavarin_warnings)
     add_dependencies(plugin-stress tavarin_lv2)
 
-    if(TARGET tavarin_lv2_ui AND TARGET tavarin-host)
+    if(TARGET tavarin-view AND TARGET tavarin-host)
         add_test(NAME PlugInJackTests
             COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/with-own-defaults"
                     "${PROJECT_SOURCE_DIR}/scripts/with-display" --virtual
@@ -40,6 +40,25 @@ foreach(test CaptureRingTests PlugInStateTests PlugInTests TakePlayerTests TakeW
     tavarin_add_test(${test} LIBS tavarin_plugin)
     target_include_directories(${test} PRIVATE "${PROJECT_SOURCE_DIR}")
 endforeach()
+
+if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
+    add_executable(view-double ViewDouble.cpp
+        "${PROJECT_SOURCE_DIR}/window/PlugInMirror.cpp"
+        "${PROJECT_SOURCE_DIR}/window/PlugInWatch.cpp")
+    target_link_libraries(view-double PRIVATE tavarin_plugin tavarin_warnings)
+    tavarin_add_test(WindowProcessTests LIBS tavarin_plugin)
+    target_compile_definitions(WindowProcessTests PRIVATE
+        TAVARIN_VIEW_DOUBLE="$<TARGET_FILE:view-double>")
+    add_dependencies(WindowProcessTests view-double)
+endif()
+
+if(TARGET tavarin-host AND TARGET tavarin)
+    tavarin_add_test(LinkSenderTests SHARED_MEMORY LIBS tavarin_plugin nlohmann_json::nlohmann_json)
+    target_compile_definitions(LinkSenderTests PRIVATE
+        TAVARIN_HOST_PROGRAM="$<TARGET_FILE:tavarin-host>"
+        TAVARIN_TOOL_PROGRAM="$<TARGET_FILE:tavarin>")
+    add_dependencies(LinkSenderTests tavarin-host tavarin)
+endif()
 
 # These load the module from its file, as workstations do.
 function(tavarin_add_module_test name)
@@ -57,14 +76,14 @@ if(CMAKE_SYSTEM_NAME STREQUAL "Linux" AND NOT CMAKE_CXX_FLAGS MATCHES "-fsanitiz
 endif()
 
 # On a display. The link's names are free, so that no host is there.
-if(TARGET tavarin_lv2_ui)
+if(TARGET tavarin-view)
     add_executable(PlugInWindowTests PlugInWindowTests.cpp)
     target_include_directories(PlugInWindowTests PRIVATE "${PROJECT_SOURCE_DIR}")
     target_link_libraries(PlugInWindowTests PRIVATE
-        tavarin_plugin tavarin_link_test_main PkgConfig::LV2 ${CMAKE_DL_LIBS} tavarin_warnings)
+        tavarin_plugin tavarin_link_test_main tavarin_window_holder PkgConfig::XCB PkgConfig::LV2 ${CMAKE_DL_LIBS} tavarin_warnings)
     target_compile_definitions(PlugInWindowTests PRIVATE
         TAVARIN_LV2_MODULE="${tavarin_lv2_module}")
-    add_dependencies(PlugInWindowTests tavarin_lv2 tavarin_lv2_ui)
+    add_dependencies(PlugInWindowTests tavarin-view)
     tavarin_register_view_test(PlugInWindowTests)
 endif()
 

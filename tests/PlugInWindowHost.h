@@ -1,20 +1,23 @@
 #pragma once
 
 #include <dlfcn.h>
+#include <lv2/atom/atom.h>
 #include <lv2/instance-access/instance-access.h>
 #include <lv2/ui/ui.h>
 
-#include <array>
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <vector>
+
+#include "plugin/PlugInTable.h"
 
 /// What the window side of a workstation is: opens the window of a plug-in, from the module's file,
 /// by either extension, and turns it.
 class CPlugInWindowHost {
 public:
-    CPlugInWindowHost(char const* szModule, std::string const& strUri, LV2_Handle plugIn,
-                      char const* szFeature = nullptr, void* feature = nullptr)
+    CPlugInWindowHost(char const* szModule, std::string const& strUri,
+                      std::vector<LV2_Feature> const& features)
         : m_pModule(dlopen(szModule, RTLD_NOW | RTLD_LOCAL)) {
         if (m_pModule == nullptr) throw std::runtime_error(dlerror());
         auto* const find =
@@ -23,14 +26,18 @@ public:
             if (strUri == m_pDescriptor->URI) break;
         }
         if (m_pDescriptor == nullptr) throw std::runtime_error("no window " + strUri);
-        const LV2_Feature instance{LV2_INSTANCE_ACCESS_URI, plugIn};
-        const LV2_Feature more{szFeature, feature};
-        const std::array<LV2_Feature const*, 3> features{
-            &instance, szFeature == nullptr ? nullptr : &more, nullptr};
-        m_Handle = m_pDescriptor->instantiate(m_pDescriptor, "", "", Write, this, &widget,
-                                              features.data());
+        std::vector<LV2_Feature const*> list;
+        for (LV2_Feature const& feature : features) list.push_back(&feature);
+        list.push_back(nullptr);
+        m_Handle =
+            m_pDescriptor->instantiate(m_pDescriptor, "", "", Write, this, &widget, list.data());
         if (m_Handle == nullptr) throw std::runtime_error("no instance of " + strUri);
     }
+
+    /// The window of a plug-in in the same process.
+    CPlugInWindowHost(char const* szModule, std::string const& strUri, LV2_Handle plugIn)
+        : CPlugInWindowHost(szModule, strUri,
+                            std::vector<LV2_Feature>{{LV2_INSTANCE_ACCESS_URI, plugIn}}) {}
 
     ~CPlugInWindowHost() {
         m_pDescriptor->cleanup(m_Handle);
@@ -46,12 +53,16 @@ public:
         return Extension<LV2UI_Idle_Interface>(LV2_UI__idleInterface).idle(m_Handle) == 0;
     }
 
-    void TellControl(std::uint32_t nPort, float value) {
-        m_pDescriptor->port_event(m_Handle, nPort, sizeof(value), 0, &value);
+    /// Passes a message of the plug-in on to its window's module.
+    void TellMessage(std::uint32_t nFormat, LV2_Atom const* message) {
+        m_pDescriptor->port_event(m_Handle, portNotify,
+                                  static_cast<std::uint32_t>(sizeof(*message)) + message->size,
+                                  nFormat, message);
     }
 
     LV2UI_Widget widget = nullptr;
     std::function<void(std::uint32_t, float)> onWrite;
+    std::function<void(LV2_Atom const*)> onMessage;
 
 private:
     static void Write(LV2UI_Controller host, std::uint32_t nPort, std::uint32_t nSize,
@@ -59,6 +70,9 @@ private:
         auto* self = static_cast<CPlugInWindowHost*>(host);
         if (nFormat == 0 && nSize == sizeof(float) && self->onWrite) {
             self->onWrite(nPort, *static_cast<float const*>(buffer));
+        }
+        if (nFormat != 0 && nPort == portControl && self->onMessage) {
+            self->onMessage(static_cast<LV2_Atom const*>(buffer));
         }
     }
 

@@ -61,11 +61,7 @@ if(TARGET tavarin-host)
     add_dependencies(HostRestartViewTests tavarin-host)
 endif()
 
-# These two have an application of their own to start, or a class of their own to bring.
-add_executable(HostedApplicationTests HostedApplicationTests.mm)
-target_link_libraries(HostedApplicationTests PRIVATE
-    tavarin_application GTest::gtest GTest::gtest_main tavarin_warnings)
-tavarin_register_view_test(HostedApplicationTests)
+# This one has a class of its own to bring.
 add_executable(ForeignClassTests ForeignClassTests.mm)
 target_compile_definitions(ForeignClassTests PRIVATE TAVARIN_BUNDLE="${tavarin_bundle}")
 target_link_libraries(ForeignClassTests PRIVATE

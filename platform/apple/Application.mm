@@ -19,6 +19,9 @@ bool HasDisplay() {
     return true;
 }
 
+// Every display has its own, and its windows know it.
+void UseScale(float /*scale*/) {}
+
 void PrepareApplication() {
     [[NSApplication sharedApplication] setActivationPolicy:NSApplicationActivationPolicyRegular];
 }

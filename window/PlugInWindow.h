@@ -2,35 +2,31 @@
 
 #import <AppKit/AppKit.h>
 
-#include <functional>
 #include <memory>
 
-#include "plugin/PlugInAccess.h"
-
-/// Told when the user changes a control port in the window.
-using ControlFunction = std::function<void(PlugInPort, float)>;
+#include "window/PlugInMirror.h"
 
 /// The window of one plug-in: its view, and below it a strip with the plug-in's own controls and
 /// the result of the last command. For the thread of the user interface.
 class CPlugInWindow {
 public:
     /// Makes the view; nothing is on the screen yet. Throws `std::runtime_error` with a sentence
-    /// for the user when there is no display or no bundle.
-    CPlugInWindow(CPlugInAccess& plugIn, std::string const& strTitle, ControlFunction control);
+    /// for the user when there is no bundle.
+    explicit CPlugInWindow(CPlugInMirror& plugIn);
     ~CPlugInWindow();
     CPlugInWindow(CPlugInWindow const&) = delete;
     CPlugInWindow& operator=(CPlugInWindow const&) = delete;
 
+    /// Shows it for the first time: within the workstation's, or in front of all others.
     void Show();
-    void Hide();
-    /// Whether the user closed the window since it was shown last.
+    /// Shows it in front of all others.
+    void Raise();
+    /// Whether the user closed it.
     bool IsClosed() const;
 
-    /// Handles what waits for the window, and takes one step of the plug-in's schedule.
+    /// Shows what the plug-in says, and takes one step of its schedule, which may wait for the
+    /// host.
     void Turn();
-
-    /// A control port has this value now.
-    void ShowControl(PlugInPort port, float value);
 
 private:
     struct CContents;

@@ -1,4 +1,4 @@
-#import "plugin/PlugInBundle.h"
+#import "window/PlugInBundle.h"
 
 #include <dlfcn.h>
 
@@ -33,6 +33,12 @@ CPlugInBundle& CPlugInBundle::Shared() {
     // Never destroyed: AppKit may be gone when the process ends.
     static CPlugInBundle* const pShared = new CPlugInBundle;
     return *pShared;
+}
+
+NSBitmapImageRep* CPlugInBundle::ImageNamed(NSString* name) const {
+    NSString* path = [m_bundle pathForResource:name ofType:@"png"];
+    if (path == nil) return nil;
+    return [NSBitmapImageRep imageRepWithData:[NSData dataWithContentsOfFile:path]];
 }
 
 CPlugInController* CPlugInBundle::MakeController(PlugInKind kind) const {

@@ -24,6 +24,9 @@ public:
     /// The bundle's class of that name; null when it has none.
     Class ClassNamed(NSString* name) const { return [m_bundle classNamed:name]; }
 
+    /// The bundle's image of that name; null when it has none.
+    NSBitmapImageRep* ImageNamed(NSString* name) const;
+
     CPlugInBundle(CPlugInBundle const&) = delete;
     CPlugInBundle& operator=(CPlugInBundle const&) = delete;
 

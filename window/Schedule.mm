@@ -1,8 +1,8 @@
-#include "plugin/Schedule.h"
+#include "window/Schedule.h"
 
 #include <sys/stat.h>
 
-#import "plugin/PlugInView.h"
+#import "window/PlugInView.h"
 
 namespace {
 
@@ -15,11 +15,9 @@ bool IsThere(std::string const& strFile) {
 
 }  // namespace
 
-CSchedule::CSchedule(CPlugInAccess& plugIn, CPlugInView& view,
-                     std::function<void(std::int32_t)> trackChosen)
+CSchedule::CSchedule(CPlugInAccess& plugIn, CPlugInView& view)
     : m_PlugIn(plugIn),
       m_View(view),
-      m_TrackChosen(std::move(trackChosen)),
       m_NextCheck(Clock::now()),
       m_nWantedTrack(plugIn.Track()),
       m_nSeenReport(plugIn.Status().nSerial) {
@@ -38,7 +36,6 @@ void CSchedule::Turn() {
     FollowTrack();
     if (!CheckHost() && !HandOverTake()) Fetch();
     ShowReport();
-    m_PlugIn.ViewTurned();
 }
 
 bool CSchedule::CheckHost() {
@@ -71,11 +68,15 @@ bool CSchedule::HandOverTake() {
     if (strError.empty()) {
         m_PlugIn.TakeHandled(nTrack);
         m_PlugIn.Report(PlugInResult::HandedOver, "The host has the take.");
+    } else if (!IsThere(take->strFile) && take->fMayBeThere) {
+        m_View.Show("");
+        m_PlugIn.TakeHandled(nTrack);
+        m_PlugIn.Report(PlugInResult::HandedOver, "The host has the take.");
     } else if (!IsThere(take->strFile)) {
         m_PlugIn.TakeHandled(-1);
         m_PlugIn.Report(PlugInResult::Duplicate, strError);
     } else if (m_View.CheckHost() < 1) {
-        m_PlugIn.TakePutBack();
+        m_PlugIn.TakePutBack(TakeFate::Unknown);
         m_nHost = -1;
     } else {
         m_PlugIn.TakeHandled(-1);
@@ -129,7 +130,6 @@ void CSchedule::FollowTrack() {
     if (!fOtherList && *nShown != m_nSeenTrack) {
         m_nWantedTrack = *nShown;
         m_PlugIn.SetTrack(m_nWantedTrack);
-        m_TrackChosen(m_nWantedTrack);
     } else if (fOtherList || nSet != m_nWantedTrack) {
         m_nWantedTrack = nSet;
         m_View.ChooseTrack(m_nWantedTrack);

@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
-#import "plugin/PlugInBundle.h"
 #include "plugin/Take.h"
+#import "window/PlugInBundle.h"
 
 /// The view of one plug-in and the notifications that it is sent. Each notification takes as long
 /// as the host takes to answer.

@@ -1,4 +1,4 @@
-#import "plugin/PlugInView.h"
+#import "window/PlugInView.h"
 
 #include <cstring>
 

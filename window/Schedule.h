@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <cstdint>
-#include <functional>
 #include <string>
 
 #include "plugin/PlugInAccess.h"
@@ -11,12 +10,10 @@ class CPlugInView;
 
 /// What one plug-in does with its view, in small steps: it looks for the host, hands takes over,
 /// fetches what is to be returned, and keeps the chosen track. Each turn talks to the host at most
-/// once, so that the workstation waits for one command at a time and no more.
+/// once, so that the window waits for one command at a time and no more.
 class CSchedule {
 public:
-    /// `trackChosen` is told of every track that the user picks in the view.
-    CSchedule(CPlugInAccess& plugIn, CPlugInView& view,
-              std::function<void(std::int32_t)> trackChosen);
+    CSchedule(CPlugInAccess& plugIn, CPlugInView& view);
 
     /// One step.
     void Turn();
@@ -33,7 +30,6 @@ private:
 
     CPlugInAccess& m_PlugIn;
     CPlugInView& m_View;
-    std::function<void(std::int32_t)> m_TrackChosen;
     Clock::time_point m_NextCheck;
     std::int32_t m_nHost = -1;
     std::int32_t m_nWantedTrack;  ///< as chosen in the view or by the workstation
