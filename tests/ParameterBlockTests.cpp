@@ -276,7 +276,7 @@ TEST(BlockCopy, KeepsTheTokensOfNestedBlocksOnly) {
 
 TEST(BlockCopyDeathTest, NeedsABlock) {
     CIntParameter number("X", 1);
-    EXPECT_DEATH(CParameterBlock(static_cast<CParameter*>(&number)), "source->type == tag");
+    EXPECT_DEATH(CParameterBlock(static_cast<CParameter*>(&number)), "source->type == Class::tag");
 }
 
 TEST(BlockAssignment, KeepsNameAndToken) {
@@ -440,6 +440,28 @@ TEST(ParameterMemory, IsFreedInAnyOrderAndOnAnyThread) {
     std::thread other([moved = std::move(copy)] { moved->Clear(); });
     for (CParameter* parameter : taken) delete parameter;
     other.join();
+}
+
+TEST(ParameterMemory, OfAListStaysWithItsBlock) {
+    CParameterBlock inner, outer;
+    inner.AddParameter("A", 1);
+    inner.AddParameter("B", 2);
+    outer.AddParameter("Inner", &inner);
+    auto copy = std::make_unique<CParameterBlock>(outer);
+    CParameterBlock* copied = nullptr;
+    ASSERT_TRUE(copy->FindParameter("Inner", &copied));
+    // Moving and swapping copy: the entries may stand beside their block, which may go first.
+    CParameterList moved = std::move(copied->parameters), swapped;
+    ASSERT_EQ(moved, copied->parameters);
+    for (int i = 0; i < 100; ++i) copied->AddParameter("More", i);
+    copied->parameters.shrink_to_fit();
+    EXPECT_EQ(99, static_cast<CIntParameter*>(copied->parameters.back())->value);
+    std::swap(moved, swapped);
+    const std::vector<CParameter*> expected(copied->parameters.begin(),
+                                            copied->parameters.begin() + 2);
+    copy.reset();
+    EXPECT_TRUE(moved.empty());
+    EXPECT_TRUE(std::equal(expected.begin(), expected.end(), swapped.begin(), swapped.end()));
 }
 
 TEST(ParameterMemory, IsKeptByTheLastParameterAlone) {

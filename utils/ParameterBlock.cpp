@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string_view>
+#include <utility>
 
 #include "platform/Assertion.h"
 #include "utils/ParameterPool.h"
@@ -9,18 +10,48 @@
 
 namespace {
 
-// Destroys a block's parameters from the end of its list on until one is a block that still holds
-// some: answers that one, which stays the last, or null when the list is empty.
-CParameterBlock* DestroyToNested(CParameterBlock& block, CParameterDeleter& deleter) {
-    while (!block.parameters.empty()) {
-        CParameter* const last = block.parameters.back();
-        CParameterBlock* const nested = AsBlock(last);
-        if (nested != nullptr && !nested->parameters.empty()) return nested;
-        block.parameters.pop_back();
-        deleter.Delete(last);
+// Deletes parameters, and tells a chunk of many at once.
+class CParameterDeleter {
+public:
+    CParameterDeleter() = default;
+    CParameterDeleter(CParameterDeleter const&) = delete;
+    CParameterDeleter& operator=(CParameterDeleter const&) = delete;
+    ~CParameterDeleter() { Tell(); }
+
+    void Delete(CParameter* parameter) {
+        if (parameter == nullptr) return;
+        const auto destroy = [&](auto c) {
+            return DestroyPooled<typename decltype(c)::type>(*parameter);
+        };
+        const bool destroyed = parameter->type == tagBlock
+                                   ? destroy(CClass<CParameterBlock>())
+                                   : WithValueClass(parameter->type, destroy);
+        if (!destroyed) delete parameter;
     }
-    return nullptr;
-}
+
+private:
+    template <typename Class>
+    bool DestroyPooled(CParameter& parameter) {
+        using Pooled = CPooled<Class>;
+        if (&typeid(parameter) != &typeid(Pooled)) return false;
+        auto& pooled = static_cast<Pooled&>(static_cast<Class&>(parameter));
+        if (m_pChunk != pooled.pChunk) {
+            Tell();
+            m_pChunk = pooled.pChunk;
+        }
+        ++m_nDeleted;
+        pooled.~Pooled();
+        return true;
+    }
+
+    void Tell() noexcept {
+        if (m_pChunk != nullptr) m_pChunk->Release(m_nDeleted);
+        m_nDeleted = 0;
+    }
+
+    CParameterChunk* m_pChunk = nullptr;
+    std::size_t m_nDeleted = 0;
+};
 
 // Destroys the tree below `root` from the ends of its lists, without recursion and without asking
 // for memory: on the way down a block's last entry keeps the way back up.
@@ -29,17 +60,23 @@ void DestroyParameters(CParameterBlock& root) noexcept {
     CParameterBlock* current = &root;
     CParameterBlock* parent = nullptr;
     for (;;) {
-        if (CParameterBlock* const nested = DestroyToNested(*current, deleter)) {
-            current->parameters.back() = parent;
-            parent = current;
-            current = nested;
+        CParameterList& list = current->parameters;
+        if (list.empty()) {
+            if (parent == nullptr) return;
+            deleter.Delete(std::exchange(current, parent));
+            parent = static_cast<CParameterBlock*>(current->parameters.back());
+            current->parameters.pop_back();
             continue;
         }
-        if (parent == nullptr) return;
-        deleter.Delete(current);
-        current = parent;
-        parent = static_cast<CParameterBlock*>(current->parameters.back());
-        current->parameters.pop_back();
+        CParameter* const last = list.back();
+        CParameterBlock* const nested = AsBlock(last);
+        if (nested != nullptr && !nested->parameters.empty()) {
+            list.back() = std::exchange(parent, current);
+            current = nested;
+        } else {
+            list.pop_back();
+            deleter.Delete(last);
+        }
     }
 }
 
@@ -118,10 +155,6 @@ bool EqualTrees(CParameterBlock const& left, CParameterBlock const& right) {
     return true;
 }
 
-std::string_view OrEmpty(const char* text) {
-    return text != nullptr ? text : "";
-}
-
 template <typename Class>
 Class* FindFrom(CParameterBlock const& block, std::size_t start, const char* parameterName,
                 std::size_t* where = nullptr) {
@@ -160,11 +193,9 @@ CParameterBlock::CParameterBlock(CProgress* observer, unsigned long total)
     : CParameter(tag, ""), progress(observer), progressTotal(total) {}
 
 CParameterBlock::CParameterBlock(CParameter const* source) : CParameterBlock() {
-    TAVARIN_REQUIRE(source != nullptr);
-    TAVARIN_REQUIRE(source->type == tag);
+    CopyTree(SameClass<CParameterBlock>(source), *this);
     name = source->name;
     token = source->token;
-    CopyTree(static_cast<CParameterBlock const&>(*source), *this);
 }
 
 CParameterBlock::CParameterBlock(const char* blockName, CParameterBlock const* source)
@@ -222,14 +253,14 @@ void CParameterBlock::AddParameter(const char* parameterName, CParameterBlock co
 }
 
 void CParameterBlock::AddParameter(const char* parameterName, CBinaryBlock* block) {
-    // The place comes first: a holder that found none would take the block with it.
-    parameters.push_back(nullptr);
-    try {
-        parameters.back() = new CBinaryBlockParameter(parameterName, block);
-    } catch (...) {
-        parameters.pop_back();
-        throw;
-    }
+    TAVARIN_REQUIRE(block != nullptr);
+    auto made = std::make_unique<CBinaryBlockParameter>();
+    CBinaryBlockParameter& holder = *made;
+    holder.name = OrEmpty(parameterName);
+    Append(*this, std::move(made));
+    // Not before it has its place: a holder that found none would take the block with it.
+    holder.block = block;
+    block->AddRef();
 }
 
 bool CParameterBlock::FindParameter(const char* parameterName, std::string* out,

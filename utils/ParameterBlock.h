@@ -87,21 +87,14 @@ public:
     /// Each appends a new parameter; nothing is replaced. A null name is an empty one.
     /// @{
 
-    /// A text; a null one is an empty one.
+    /// Appends a value. A null text is an empty one.
     void AddParameter(const char* parameterName, const char* value);
-    /// A 32-bit number.
     void AddParameter(const char* parameterName, int value);
-    /// A double.
     void AddParameter(const char* parameterName, double value);
-    /// An unsigned 64-bit number.
     void AddParameter(const char* parameterName, unsigned long long value);
-    /// A signed 64-bit number.
     void AddParameter(const char* parameterName, long long value);
-    /// A file identity.
     void AddParameter(const char* parameterName, KEL::FileIdType value);
-    /// True or false.
     void AddParameter(const char* parameterName, bool value);
-    /// A float.
     void AddParameter(const char* parameterName, float value);
 
     /// Appends a deep copy of `block`; which may be this block or one inside it.
@@ -116,22 +109,15 @@ public:
     /// false and `*out` becomes the fallback (or "none": null, or a file identity of all ones).
     /// @{
 
-    /// A string. A null fallback leaves `*out` as it is.
+    /// A value. A null text to fall back on leaves `*out` as it is.
     bool FindParameter(const char* parameterName, std::string* out, const char* fallback) const;
-    /// A 32-bit number.
     bool FindParameter(const char* parameterName, int* out, int fallback) const;
-    /// A double.
     bool FindParameter(const char* parameterName, double* out, double fallback) const;
-    /// An unsigned 64-bit number.
     bool FindParameter(const char* parameterName, unsigned long long* out,
                        unsigned long long fallback) const;
-    /// A signed 64-bit number.
     bool FindParameter(const char* parameterName, long long* out, long long fallback) const;
-    /// True or false.
     bool FindParameter(const char* parameterName, bool* out, bool fallback) const;
-    /// A float.
     bool FindParameter(const char* parameterName, float* out, float fallback) const;
-    /// A file identity.
     bool FindParameter(const char* parameterName, KEL::FileIdType* out) const;
 
     /// A binary block. It stays the parameter's: its count does not change.

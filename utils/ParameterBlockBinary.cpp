@@ -2,7 +2,7 @@
 #include <utility>
 
 #include "platform/Assertion.h"
-#include "utils/ParameterBlockValues.h"
+#include "utils/ParameterBlockCodec.h"
 
 CBinaryBlock::CBinaryBlock(void* payload, void (*free)(void*), void* (*copy)(void*))
     : data(payload), m_nReferenceCount(0), freeFunction(free), copyFunction(copy) {}
@@ -29,20 +29,18 @@ void CBinaryBlock::Release() {
 CBinaryBlockParameter::CBinaryBlockParameter() : CParameter(tag, "") {}
 
 CBinaryBlockParameter::CBinaryBlockParameter(const char* parameterName, CBinaryBlock* sharedBlock)
-    : CParameter(tag, parameterName != nullptr ? parameterName : ""), block(sharedBlock) {
+    : CParameter(tag, OrEmpty(parameterName)), block(sharedBlock) {
     TAVARIN_REQUIRE(block != nullptr);
     block->AddRef();
 }
 
 CBinaryBlockParameter::CBinaryBlockParameter(CParameter const* source)
-    : CParameter(tag, source->name) {
-    TAVARIN_REQUIRE(source->type == tag);
-    block = static_cast<CBinaryBlockParameter const*>(source)->block;
-    if (block != nullptr) block->AddRef();
-}
+    : CBinaryBlockParameter(SameClass<CBinaryBlockParameter>(source)) {}
 
 CBinaryBlockParameter::CBinaryBlockParameter(CBinaryBlockParameter const& source)
-    : CBinaryBlockParameter(static_cast<CParameter const*>(&source)) {}
+    : CParameter(source), block(source.block) {
+    if (block != nullptr) block->AddRef();
+}
 
 CBinaryBlockParameter::~CBinaryBlockParameter() {
     if (block != nullptr) block->Release();

@@ -10,6 +10,25 @@
 #include "utils/LittleEndian.h"
 #include "utils/ParameterBlock.h"
 
+/// What a null text of a caller stands for.
+inline std::string_view OrEmpty(const char* text) {
+    return text != nullptr ? text : "";
+}
+
+/// Other values are themselves.
+template <typename Value>
+Value OrEmpty(Value value) {
+    return value;
+}
+
+/// The source of a copy, which has to be of the class that is copied.
+template <typename Class>
+Class const& SameClass(CParameter const* source) {
+    TAVARIN_REQUIRE(source != nullptr);
+    TAVARIN_REQUIRE(source->type == Class::tag);
+    return static_cast<Class const&>(*source);
+}
+
 /// How numbers, texts and tokens stand in an image. What saves returns the place behind it, what
 /// loads the number of bytes consumed; a value that is cut off stays as it was.
 namespace codec {
@@ -133,6 +152,16 @@ inline CNameBytes ReadName(Names const* names, std::uint32_t tokenBefore, std::s
     return name;
 }
 
+/// Reads the name of a parameter that may have one already.
+template <typename Names>
+inline std::size_t LoadName(CParameter& parameter, Names const* names, std::size_t size,
+                            unsigned char const* data) {
+    const CNameBytes name = ReadName(names, parameter.token, size, data);
+    parameter.token = name.nToken;
+    if (name.fGiven) parameter.name = name.text;
+    return name.nConsumed;
+}
+
 }  // namespace codec
 
 /// Stands for a class where a function is called for one of several.
@@ -144,41 +173,10 @@ struct CClass {
 /// Calls `visit` with the class of a tag, if it has a value in images. False for the others.
 template <typename Visit>
 inline bool WithValueClass(std::uint32_t tag, Visit visit) {
-    switch (tag) {
-        case tagString:
-            return visit(CClass<CStringParameter>());
-        case tagInt:
-            return visit(CClass<CIntParameter>());
-        case tagDouble:
-            return visit(CClass<CDoubleParameter>());
-        case tagUInt64:
-            return visit(CClass<CUInt64Parameter>());
-        case tagFileId:
-            return visit(CClass<CFileIdTypeParameter>());
-        case tagBool:
-            return visit(CClass<CBoolParameter>());
-        case tagFloat:
-            return visit(CClass<CFloatParameter>());
-        case tagSInt64:
-            return visit(CClass<CSInt64Parameter>());
-        default:
-            return false;
-    }
-}
-
-/// The bytes of a parameter behind its name, for one of a class of this library that images hold.
-inline std::size_t OwnValueSize(CParameter const& parameter) {
-    static constexpr unsigned char sizes[] = {0, 4, 4, 8, 8, 16, 4, 1, 4, 8, 0};
-    const std::size_t size = sizes[parameter.type];
-    if (parameter.type != tagString) return size;
-    return size + static_cast<CStringParameter const&>(parameter).value.size();
-}
-
-/// Saves the number of entries in a block's image: null entries of the list are not written.
-inline unsigned char* SaveCount(CParameterBlock const& block, unsigned char* out) {
-    const auto nulls = std::count(block.parameters.begin(), block.parameters.end(), nullptr);
-    StoreLittleEndian(
-        static_cast<std::uint32_t>(block.parameters.size()) - static_cast<std::uint32_t>(nulls),
-        out);
-    return out + codec::countSize;
+    const auto select = [&](auto... classes) {
+        return ((tag == decltype(classes)::type::tag && visit(classes)) || ...);
+    };
+    return select(CClass<CStringParameter>(), CClass<CIntParameter>(), CClass<CDoubleParameter>(),
+                  CClass<CUInt64Parameter>(), CClass<CFileIdTypeParameter>(),
+                  CClass<CBoolParameter>(), CClass<CFloatParameter>(), CClass<CSInt64Parameter>());
 }

@@ -4,6 +4,7 @@
 #include <memory>
 #include <new>
 #include <type_traits>
+#include <vector>
 
 #include "FileIO/FileIO.h"
 #include "FileIO/FileName.h"
@@ -16,23 +17,6 @@ struct CReleaseData {
 };
 
 using DataHolder = std::unique_ptr<std::remove_pointer_t<CFMutableDataRef>, CReleaseData>;
-
-struct CFileBytes {
-    std::unique_ptr<unsigned char[]> bytes;
-    unsigned int length = 0;
-};
-
-// Whether the whole file was read; a file that an image cannot be is not.
-bool ReadWhole(CFileName const* name, CFileBytes& out) {
-    CFileIO file;
-    file.Open(name, false, false);
-    const unsigned long length = file.GetLength();
-    if (length > std::numeric_limits<unsigned int>::max()) return false;
-    out.length = static_cast<unsigned int>(length);
-    if (length == 0) return true;
-    out.bytes = std::make_unique_for_overwrite<unsigned char[]>(length);
-    return file.Read(length, out.bytes.get()) == length;
-}
 
 }  // namespace
 
@@ -53,9 +37,15 @@ int CParameterBlock::SaveBinarySession(const char* id, CFileName const* file) tr
 
 int CParameterBlock::LoadBinarySession(std::vector<const char*> const* ids,
                                        CFileName const* file) try {
-    CFileBytes image;
-    if (!ReadWhole(file, image)) return sessionFileFailed;
-    return LoadBinarySessionFromMemory(ids, image.bytes.get(), image.length);
+    CFileIO input;
+    input.Open(file, false, false);
+    const unsigned long length = input.GetLength();
+    // No image is as long.
+    if (length > std::numeric_limits<unsigned int>::max()) return sessionFileFailed;
+    std::vector<unsigned char> image(length);
+    if (length > 0 && input.Read(length, image.data()) != length) return sessionFileFailed;
+    input.Close();
+    return LoadBinarySessionFromMemory(ids, image.data(), static_cast<unsigned int>(length));
 } catch (CCodeException const&) {
     return sessionFileFailed;
 } catch (std::bad_alloc const&) {

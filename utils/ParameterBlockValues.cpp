@@ -11,30 +11,6 @@ namespace {
 
 using namespace codec;
 
-std::string OrEmpty(const char* text) {
-    return text != nullptr ? text : "";
-}
-
-template <typename Value>
-Value OrEmpty(Value value) {
-    return value;
-}
-
-std::size_t LoadNameOf(CParameter& parameter, std::vector<std::string> const* names,
-                       std::size_t size, unsigned char const* data) {
-    const CNameBytes bytes = ReadName(names, parameter.token, size, data);
-    parameter.token = bytes.nToken;
-    if (bytes.fGiven) parameter.name = bytes.text;
-    return bytes.nConsumed;
-}
-
-template <typename Class>
-Class const& SameClass(CParameter const* source) {
-    TAVARIN_REQUIRE(source != nullptr);
-    TAVARIN_REQUIRE(source->type == Class::tag);
-    return static_cast<Class const&>(*source);
-}
-
 template <typename Value>
 std::string ValueText(Value value) {
     std::ostringstream stream;
@@ -64,7 +40,7 @@ unsigned long CParameter::SaveName(unsigned char* out) const {
 
 unsigned int CParameter::LoadName(std::vector<std::string> const* names, unsigned int size,
                                   unsigned char const* data) {
-    return static_cast<unsigned int>(LoadNameOf(*this, names, size, data));
+    return static_cast<unsigned int>(codec::LoadName(*this, names, size, data));
 }
 
 void CParameter::AddNameToMap(std::map<std::string, int>& counts) const {
@@ -85,17 +61,6 @@ CValueParameter<Value, Tag>::CValueParameter(CParameter const* source)
     : CValueParameter(SameClass<CValueParameter>(source)) {}
 
 template <typename Value, std::uint32_t Tag>
-CValueParameter<Value, Tag>::CValueParameter(CValueParameter const& source)
-    : CParameter(Tag, source.name), value(source.value) {}
-
-template <typename Value, std::uint32_t Tag>
-CValueParameter<Value, Tag>& CValueParameter<Value, Tag>::operator=(CValueParameter const& source) {
-    name = source.name;
-    value = source.value;
-    return *this;
-}
-
-template <typename Value, std::uint32_t Tag>
 std::string CValueParameter<Value, Tag>::GetString() const {
     return ValueText(value);
 }
@@ -113,7 +78,7 @@ unsigned long CValueParameter<Value, Tag>::Save(unsigned long, unsigned char* ou
 template <typename Value, std::uint32_t Tag>
 unsigned long CValueParameter<Value, Tag>::Load(std::vector<std::string> const* names,
                                                 unsigned long size, unsigned char const* data) {
-    const std::size_t nameBytes = LoadNameOf(*this, names, size, data);
+    const std::size_t nameBytes = codec::LoadName(*this, names, size, data);
     return nameBytes + LoadValue(value, size - nameBytes, data + nameBytes);
 }
 

@@ -59,8 +59,6 @@ public:
     std::uint32_t token = noToken;  ///< Index of the name in a name table, or noToken.
     std::string name;               ///< May be empty.
 
-    CParameter(CParameter const&) = delete;
-
     /// Parameters are deleted through this class.
     virtual ~CParameter() = default;
 
@@ -109,6 +107,15 @@ protected:
     /// A parameter with a name and no token.
     CParameter(std::uint32_t parameterType, std::string_view parameterName)
         : type(parameterType), name(parameterName) {}
+
+    /// Copies type and name; a copy has no token.
+    CParameter(CParameter const& source) : type(source.type), name(source.name) {}
+
+    /// Copies the name; the token stays.
+    CParameter& operator=(CParameter const& source) {
+        name = source.name;
+        return *this;
+    }
 };
 
 /// Compares two parameters of any classes. Being an exact match for them, it keeps `a == b` clear
@@ -119,7 +126,7 @@ bool operator==(First const& first, Second const& second) {
     return static_cast<CParameter const&>(first).operator==(static_cast<CParameter const&>(second));
 }
 
-/// A parameter whose value has bytes in an image. Its copies have no token.
+/// A parameter whose value has bytes in an image. Copies take over name and value, not the token.
 template <typename Value, std::uint32_t Tag>
 class CValueParameter : public CParameter {
 public:
@@ -136,22 +143,13 @@ public:
     /// A null name or text is an empty one.
     CValueParameter(const char* parameterName, Argument parameterValue);
 
-    /// Copies name and value of a parameter of the same class; another one stops the process.
+    /// Copies a parameter of the same class; another one stops the process.
     explicit CValueParameter(CParameter const* source);
-
-    /// Copies name and value.
-    CValueParameter(CValueParameter const& source);
-
-    /// Copies name and value; the token stays.
-    CValueParameter& operator=(CValueParameter const& source);
 
     /// A string itself, a number in decimal, 1 or 0 for a bool, "FileID" for a file identity.
     std::string GetString() const override;
 
-    /// The name's bytes and the value's.
     unsigned long GetSize() const override;
-
-    /// Writes the name and the value, little-endian.
     unsigned long Save(unsigned long available, unsigned char* out) const override;
 
     /// Fewer bytes than the value's own leave it as it was. A string is emptied first, and stays
@@ -159,10 +157,7 @@ public:
     unsigned long Load(std::vector<std::string> const* names, unsigned long size,
                        unsigned char const* data) override;
 
-    /// Takes over name and value, as CParameter says.
     CParameter& operator=(CParameter& source) override;
-
-    /// Whether type, name and value are equal, as CParameter says.
     bool operator==(CParameter const& other) const override;
 };
 

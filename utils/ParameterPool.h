@@ -14,12 +14,6 @@
 /// last parameter in it are gone; parameters may go in any order and on any thread.
 class CParameterChunk {
 public:
-    static CParameterChunk* Make(std::size_t capacity) {
-        return ::new (::operator new(sizeof(CParameterChunk) + capacity)) CParameterChunk;
-    }
-
-    unsigned char* Memory() { return reinterpret_cast<unsigned char*>(this + 1); }
-
     /// Trades the pool's hold for one of every parameter in it.
     void Retire(std::size_t parameters) noexcept { Release(poolHold - parameters); }
 
@@ -47,32 +41,11 @@ struct CPooled final : Class {
     CParameterChunk* const pChunk;
 };
 
-/// A class of parameters, alone and in a chunk.
-struct COwnTypes {
-    std::type_info const* own = nullptr;
-    std::type_info const* pooled = nullptr;
-};
-
+/// Whether a parameter is of this very class, so that what it does is known.
 template <typename Class>
-COwnTypes OwnTypesOf() {
-    return {&typeid(Class), &typeid(CPooled<Class>)};
-}
-
-/// Whether a parameter is of the very class that its type tells, so that what it does is known.
-inline bool IsOfOwnClass(CParameter const& parameter) {
-    static const COwnTypes pairs[] = {{},
-                                      OwnTypesOf<CStringParameter>(),
-                                      OwnTypesOf<CIntParameter>(),
-                                      OwnTypesOf<CDoubleParameter>(),
-                                      OwnTypesOf<CUInt64Parameter>(),
-                                      OwnTypesOf<CFileIdTypeParameter>(),
-                                      OwnTypesOf<CParameterBlock>(),
-                                      OwnTypesOf<CBoolParameter>(),
-                                      OwnTypesOf<CFloatParameter>(),
-                                      OwnTypesOf<CSInt64Parameter>()};
-    if (parameter.type >= std::size(pairs)) return false;
+bool IsExactly(CParameter const& parameter) {
     std::type_info const* const actual = &typeid(parameter);
-    return actual == pairs[parameter.type].own || actual == pairs[parameter.type].pooled;
+    return actual == &typeid(Class) || actual == &typeid(CPooled<Class>);
 }
 
 /// Makes the parameters of one load or one copy, close together.
@@ -96,7 +69,8 @@ public:
             return block;
         }
         auto* const block = Place<CParameterBlock>(entries * sizeof(CParameter*));
-        block->parameters.Lend(reinterpret_cast<CParameter**>(block + 1), entries);
+        std::destroy_at(&block->parameters);
+        std::construct_at(&block->parameters, CListMemory(block + 1, entries));
         return std::unique_ptr<CParameterBlock>(block);
     }
 
@@ -119,11 +93,11 @@ private:
     }
 
     void StartChunk() {
-        CParameterChunk* const chunk = CParameterChunk::Make(m_nNextSize - sizeof(CParameterChunk));
+        void* const memory = ::operator new(m_nNextSize);
         RetireChunk();
-        m_pChunk = chunk;
-        m_pNext = chunk->Memory();
-        m_pEnd = m_pNext + m_nNextSize - sizeof(CParameterChunk);
+        m_pChunk = ::new (memory) CParameterChunk;
+        m_pNext = reinterpret_cast<unsigned char*>(m_pChunk + 1);
+        m_pEnd = static_cast<unsigned char*>(memory) + m_nNextSize;
         m_nParameters = 0;
         m_nNextSize = std::min(m_nNextSize * 2, largestChunk);
     }
@@ -137,47 +111,4 @@ private:
     unsigned char* m_pEnd = nullptr;
     std::size_t m_nParameters = 0;
     std::size_t m_nNextSize = smallestChunk;
-};
-
-/// Deletes parameters, and tells a chunk of many at once.
-class CParameterDeleter {
-public:
-    CParameterDeleter() = default;
-    CParameterDeleter(CParameterDeleter const&) = delete;
-    CParameterDeleter& operator=(CParameterDeleter const&) = delete;
-    ~CParameterDeleter() { Tell(); }
-
-    void Delete(CParameter* parameter) {
-        if (parameter == nullptr) return;
-        const auto destroy = [&](auto c) {
-            return DestroyPooled<typename decltype(c)::type>(*parameter);
-        };
-        const bool destroyed = parameter->type == tagBlock
-                                   ? destroy(CClass<CParameterBlock>())
-                                   : WithValueClass(parameter->type, destroy);
-        if (!destroyed) delete parameter;
-    }
-
-private:
-    template <typename Class>
-    bool DestroyPooled(CParameter& parameter) {
-        using Pooled = CPooled<Class>;
-        if (&typeid(parameter) != &typeid(Pooled)) return false;
-        auto& pooled = static_cast<Pooled&>(static_cast<Class&>(parameter));
-        if (m_pChunk != pooled.pChunk) {
-            Tell();
-            m_pChunk = pooled.pChunk;
-        }
-        ++m_nDeleted;
-        pooled.~Pooled();
-        return true;
-    }
-
-    void Tell() noexcept {
-        if (m_pChunk != nullptr) m_pChunk->Release(m_nDeleted);
-        m_nDeleted = 0;
-    }
-
-    CParameterChunk* m_pChunk = nullptr;
-    std::size_t m_nDeleted = 0;
 };

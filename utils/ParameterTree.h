@@ -15,7 +15,7 @@ inline CParameterBlock* AsBlock(CParameter* parameter) {
 class CParameterRange {
 public:
     explicit CParameterRange(CParameterBlock const& block)
-        : m_pNext(block.parameters.begin()), m_pEnd(block.parameters.end()) {}
+        : m_pNext(block.parameters.data()), m_pEnd(m_pNext + block.parameters.size()) {}
 
     /// The next parameter; null at the end.
     CParameter* Next() {
@@ -31,10 +31,11 @@ private:
 
 /// Calls `visit` for every parameter under `root`, each block before what it holds; `enter` says
 /// what blocks are gone into. The stack of the walk is on the heap, because trees may nest deeper
-/// than a call stack reaches: a second walk on the stack of the first asks for no memory.
-template <typename Visit, typename Enter>
-void VisitTree(CParameterBlock const& root, Visit visit, Enter enter,
-               std::vector<CParameterRange>& stack) {
+/// than a call stack reaches. It is returned: a second walk on it asks for no memory.
+template <typename Visit, typename Enter = CParameterBlock* (*)(CParameter*)>
+std::vector<CParameterRange> VisitTree(CParameterBlock const& root, Visit visit,
+                                       Enter enter = AsBlock,
+                                       std::vector<CParameterRange> stack = {}) {
     CParameterRange range(root);
     for (;;) {
         while (CParameter* parameter = range.Next()) {
@@ -44,15 +45,8 @@ void VisitTree(CParameterBlock const& root, Visit visit, Enter enter,
                 range = CParameterRange(*block);
             }
         }
-        if (stack.empty()) return;
+        if (stack.empty()) return stack;
         range = stack.back();
         stack.pop_back();
     }
-}
-
-/// The same through all blocks on a stack of its own.
-template <typename Visit>
-void VisitTree(CParameterBlock const& root, Visit visit) {
-    std::vector<CParameterRange> stack;
-    VisitTree(root, visit, AsBlock, stack);
 }

@@ -1,26 +1,66 @@
 #include <algorithm>
+#include <cstring>
 #include <limits>
+#include <memory>
 #include <new>
 #include <numeric>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "utils/NameTable.h"
-#include "utils/ParameterReader.h"
+#include "utils/ParameterPool.h"
 #include "utils/ParameterTree.h"
 
 namespace {
 
 using NameCounts = std::vector<std::pair<std::string, int>>;
 using Names = std::vector<std::string_view>;
+using codec::countSize;
+using codec::tagSize;
 
 constexpr std::uint32_t formatVersion = 100;
 constexpr std::size_t numbersInHeader = 12;
 constexpr std::size_t spareBytes = 32;
-constexpr unsigned int badHeader = 0xFFFFFFFF;
 
-std::string_view OrEmpty(const char* text) {
-    return text != nullptr ? text : "";
+// The block that a parameter is, if what its class does is known: a loop may go through it then,
+// while a derived class is asked for its own way.
+CParameterBlock* AsOwnBlock(CParameter* parameter) {
+    CParameterBlock* const block = AsBlock(parameter);
+    return block != nullptr && IsExactly<CParameterBlock>(*block) ? block : nullptr;
+}
+
+// Null entries of the list are not written.
+unsigned char* SaveCount(CParameterBlock const& block, unsigned char* out) {
+    const auto nulls = std::count(block.parameters.begin(), block.parameters.end(), nullptr);
+    StoreLittleEndian(
+        static_cast<std::uint32_t>(block.parameters.size()) - static_cast<std::uint32_t>(nulls),
+        out);
+    return out + countSize;
+}
+
+std::size_t SizeOfParameters(CParameterBlock const& block) {
+    std::size_t size = countSize;
+    const auto add = [&size](CParameter& parameter) {
+        const bool plain = AsOwnBlock(&parameter) != nullptr;
+        size += tagSize + (plain ? parameter.GetSizeOfName() + countSize : parameter.GetSize());
+    };
+    VisitTree(block, add, AsOwnBlock);
+    return size;
+}
+
+unsigned char* SaveParameters(CParameterBlock const& block, unsigned char* out) {
+    out = SaveCount(block, out);
+    const auto save = [&out](CParameter& parameter) {
+        StoreLittleEndian(parameter.type, out);
+        out += tagSize;
+        if (CParameterBlock const* nested = AsOwnBlock(&parameter))
+            out = SaveCount(*nested, out + parameter.SaveName(out));
+        else
+            out += parameter.Save(0, out);
+    };
+    VisitTree(block, save, AsOwnBlock);
+    return out;
 }
 
 std::size_t SizeOfHeader(const char* id, Names const& names) {
@@ -36,9 +76,8 @@ unsigned char* StoreTerminated(std::string_view text, unsigned char* out) {
 }
 
 unsigned char* StoreHeader(const char* id, Names const& names, unsigned char* out) {
-    out = StoreTerminated(OrEmpty(id), out);
-    unsigned char* const numbers = out;
-    out += numbersInHeader;
+    unsigned char* const numbers = StoreTerminated(OrEmpty(id), out);
+    out = numbers + numbersInHeader;
     for (std::string_view name : names) out = StoreTerminated(name, out);
     StoreLittleEndian(formatVersion, numbers);
     StoreLittleEndian(static_cast<std::uint32_t>(out - numbers - numbersInHeader), numbers + 4);
@@ -58,8 +97,7 @@ class CSessionBody {
 public:
     explicit CSessionBody(CParameterBlock& top) : m_top(top) {
         Count(top);
-        VisitTree(
-            top, [this](CParameter const& parameter) { Count(parameter); }, AsBlock, m_stack);
+        m_stack = VisitTree(top, [this](CParameter const& parameter) { Count(parameter); });
         Order();
     }
 
@@ -70,7 +108,7 @@ public:
 
     Names const& InOrder() const { return m_names; }
 
-    // Gives every parameter its token; afterwards the tree itself can tell the size.
+    // Where a class is foreign, the tree gets its tokens first and then measures itself.
     std::size_t Measure() {
         if (m_fOwnClasses) return m_nSize;
         auto use = m_uses.begin();
@@ -80,18 +118,31 @@ public:
     }
 
     void Save(unsigned char* out) {
-        if (!m_fOwnClasses)
-            m_top.Save(0, out);
-        else
+        if (m_fOwnClasses)
             SaveOwnClasses(out);
+        else
+            m_top.Save(0, out);
     }
 
 private:
     void Count(CParameter const& parameter) {
         m_uses.push_back(m_table.Add(parameter.name));
         m_fKnownTypes = m_fKnownTypes && parameter.type - tagString <= tagBinaryBlock - tagString;
-        m_fOwnClasses = m_fOwnClasses && IsOfOwnClass(parameter);
-        if (m_fOwnClasses) m_nSize += codec::tagSize + OwnValueSize(parameter);
+        m_fOwnClasses = m_fOwnClasses && AddOwnSize(parameter);
+    }
+
+    // Adds the tag and the bytes behind the name. False for a class that is not known.
+    bool AddOwnSize(CParameter const& parameter) {
+        m_nSize += tagSize;
+        if (parameter.type == tagBlock) {
+            m_nSize += countSize;
+            return IsExactly<CParameterBlock>(parameter);
+        }
+        return WithValueClass(parameter.type, [&](auto c) {
+            using Class = typename decltype(c)::type;
+            m_nSize += codec::ValueSize(static_cast<Class const&>(parameter).value);
+            return IsExactly<Class>(parameter);
+        });
     }
 
     // The most frequent names first, equally frequent ones as the tree first uses them.
@@ -112,7 +163,7 @@ private:
             m_tokens[index] = static_cast<std::uint32_t>(m_names.size());
         }
         // The outermost block has no tag, and its own name is read once only.
-        m_nSize -= codec::tagSize;
+        m_nSize -= tagSize;
         m_nUnfolded -= names[m_uses.front()].text.size();
         for (std::size_t index = 0; index < names.size(); ++index) {
             const std::uint64_t uses = names[index].nCount;
@@ -128,7 +179,7 @@ private:
         const auto save = [&](CParameter& parameter) {
             parameter.token = m_tokens[*use++];
             StoreLittleEndian(parameter.type, out);
-            out = codec::SaveToken(parameter.token, out + codec::tagSize);
+            out = codec::SaveToken(parameter.token, out + tagSize);
             if (parameter.type == tagBlock)
                 out = SaveCount(static_cast<CParameterBlock&>(parameter), out);
             else
@@ -138,7 +189,7 @@ private:
                     return true;
                 });
         };
-        VisitTree(m_top, save, AsBlock, m_stack);
+        VisitTree(m_top, save, AsBlock, std::move(m_stack));
     }
 
     CParameterBlock& m_top;
@@ -153,87 +204,25 @@ private:
     bool m_fOwnClasses = true;
 };
 
-// The length of the first identifier that the data begins with and that leaves room for the rest
-// of a header; -1 when there is none.
-long AcceptedIdLength(std::vector<const char*> const& ids, std::size_t size,
-                      unsigned char const* data) {
-    for (const char* id : ids) {
-        const std::string_view text = OrEmpty(id);
-        if (size <= text.size() || std::memcmp(data, text.data(), text.size()) != 0) continue;
-        if (size - (text.size() + 1) > numbersInHeader) return static_cast<long>(text.size());
-    }
-    return -1;
-}
-
-// Where the names of an image stand, and how many there are.
-struct CNameTablePlace {
-    std::size_t nStart = 0;
-    std::uint32_t nCount = 0;
-    std::string_view bytes;
-};
-
-// Whether the image begins with a header that a body may follow.
-bool FindNames(std::vector<const char*> const* ids, std::size_t size, unsigned char const* data,
-               CNameTablePlace& names) {
-    const long idLength = ids != nullptr ? AcceptedIdLength(*ids, size, data) : -1;
-    if (idLength < 0) return false;
-    names.nStart = static_cast<std::size_t>(idLength) + 1 + numbersInHeader;
-    const auto sizeOfNames = LoadLittleEndian<std::uint32_t>(data + names.nStart - 8);
-    names.nCount = LoadLittleEndian<std::uint32_t>(data + names.nStart - 4);
-    if (size - names.nStart <= sizeOfNames) return false;
-    names.bytes = {reinterpret_cast<const char*>(data) + names.nStart, sizeOfNames};
-    return names.nCount <= sizeOfNames;
-}
-
-// Calls `keep` with every name and where the next one begins. Returns where that is behind the last
-// one, its terminator counted even where the table ends before it; -1 when names are missing.
-template <typename Keep>
-long ReadNames(CNameTablePlace const& names, Keep keep) {
-    std::size_t next = 0;
-    for (std::uint32_t read = 0; read < names.nCount; ++read) {
-        if (next >= names.bytes.size()) return -1;
-        const std::string_view rest = names.bytes.substr(next);
-        const std::string_view name = rest.substr(0, rest.find('\0'));
-        next += name.size() + 1;
-        keep(name, next);
-    }
-    return static_cast<long>(next);
-}
-
-// The names of a session where its image has them, by their tokens. A table of strings would take
-// sixteen times the bytes of a short name.
-class CNamesInImage {
-public:
-    static constexpr bool fStandBeforeBody = true;
-
-    explicit CNamesInImage(CNameTablePlace const& names) : m_pText(names.bytes.data()) {
-        m_starts.reserve(names.nCount + std::size_t{1});
-        m_nSize = ReadNames(names, [this](std::string_view, std::size_t next) {
-            m_starts.push_back(static_cast<std::uint32_t>(next));
-        });
-    }
-
-    // The bytes that the names take; -1 when there are fewer than the header says.
-    long Bytes() const { return m_nSize; }
-
-    std::size_t size() const { return m_starts.size(); }
-
-    std::string_view operator[](std::size_t token) const {
-        if (token == 0) return {};
-        const std::size_t start = m_starts[token - 1];
-        return {m_pText + start, m_starts[token] - start - 1};
-    }
-
-private:
-    const char* m_pText;
-    std::vector<std::uint32_t> m_starts{0};
-    long m_nSize = -1;
-};
-
 }  // namespace
 
 bool IntCmp(std::pair<std::string, int> const& a, std::pair<std::string, int> const& b) {
     return a.second > b.second;
+}
+
+unsigned long CParameterBlock::GetSize() const {
+    return GetSizeOfName() + SizeOfParameters(*this);
+}
+
+unsigned long CParameterBlock::Save(unsigned long, unsigned char* out) const {
+    return static_cast<unsigned long>(SaveParameters(*this, out + SaveName(out)) - out);
+}
+
+unsigned char* CParameterBlock::CreateBlock(unsigned long* size) const {
+    *size = SizeOfParameters(*this);
+    auto image = std::make_unique<unsigned char[]>(*size);
+    SaveParameters(*this, image.get());
+    return image.release();
 }
 
 void CParameterBlock::TokenizeNames(std::map<std::string, int>& counts) const {
@@ -253,18 +242,6 @@ unsigned long CParameterBlock::SaveHeader(const char* id, unsigned long, NameCou
     return static_cast<unsigned long>(StoreHeader(id, TextsOf(names), out) - out);
 }
 
-unsigned int CParameterBlock::LoadHeader(std::vector<const char*> const* ids, unsigned int size,
-                                         std::vector<std::string>* names,
-                                         unsigned char const* data) const {
-    CNameTablePlace place;
-    if (!FindNames(ids, size, data, place)) return badHeader;
-    names->assign(1, std::string());
-    names->reserve(place.nCount + std::size_t{1});
-    const long bytes = ReadNames(
-        place, [names](std::string_view name, std::size_t) { names->emplace_back(name); });
-    return bytes < 0 ? badHeader : static_cast<unsigned int>(place.nStart + bytes);
-}
-
 unsigned long CParameterBlock::SaveBinarySessionToMemory(const char* id,
                                                          CFMutableDataRef data) try {
     CSessionBody body(*this);
@@ -280,20 +257,4 @@ unsigned long CParameterBlock::SaveBinarySessionToMemory(const char* id,
     return length;
 } catch (std::bad_alloc const&) {
     return 0;
-}
-
-int CParameterBlock::LoadBinarySessionFromMemory(std::vector<const char*> const* ids,
-                                                 unsigned char const* data, unsigned int size) try {
-    if (data == nullptr || size == 0) return sessionDone;
-    CNameTablePlace place;
-    if (!FindNames(ids, size, data, place)) return sessionHeaderFailed;
-    const CNamesInImage names(place);
-    if (names.Bytes() < 0) return sessionHeaderFailed;
-    const std::size_t header = place.nStart + static_cast<std::size_t>(names.Bytes());
-    CParameterReader reader(*this, &names, size - header, data + header);
-    reader.ReadOwnName();
-    Clear();
-    return reader.ReadList() ? sessionDone : sessionBodyFailed;
-} catch (std::bad_alloc const&) {
-    return sessionBodyFailed;
 }
