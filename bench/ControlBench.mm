@@ -6,12 +6,33 @@
 #include "colours/ComponentCodes.h"
 #include "colours/ComponentColour.h"
 #include "colours/DefaultColours.h"
+#import "controls/GraphicUtils.h"
 #import "controls/QXButtonCell.h"
 #import "controls/QXPopUpButtonCell.h"
 
 // What drawing a control costs, beside the toolkit's own in the same view of the same window. The
 // toolkit hands drawing over to the display's server, which does it later: every row waits for the
 // server after kBatch drawings, so that what it does counts too.
+
+/// Paints what a flat bezel's two gradients paint, with nothing done for round edges.
+@interface CPlainGradientsCell : NSButtonCell
+@end
+
+@implementation CPlainGradientsCell
+- (void)drawBezelWithFrame:(NSRect)frame inView:(NSView*)view {
+    auto* const context =
+        static_cast<CGContextRef>([[NSGraphicsContext currentContext] graphicsPort]);
+    for (CComponentCode code : {ccButtonBorder, ccButtonFace}) {
+        [GraphicUtils FillRect:context
+                         Color:code
+                    Background:CComponentCode()
+                          Rect:frame
+                 FillDirection:1
+                       Flipped:[view isFlipped]];
+        frame = NSInsetRect(frame, 1, 1);
+    }
+}
+@end
 
 namespace {
 
@@ -83,6 +104,10 @@ NSButtonCell* OwnPopUp() {
     return cell;
 }
 
+NSButtonCell* PlainGradients() {
+    return [[[CPlainGradientsCell alloc] init] autorelease];
+}
+
 void Draw(benchmark::State& state, NSButtonCell* (*make)(), What what, std::int32_t nStyle) {
     const CCanvas canvas;
     AppCreateDefaultColoursDesigner(&gAppColours);
@@ -112,6 +137,7 @@ BENCHMARK_CAPTURE(Draw, stock_rounded_bezel, StockButton, What::Bezel, 1)->UseRe
 BENCHMARK_CAPTURE(Draw, flat_bezel, OwnButton, What::Bezel, 1)->UseRealTime();
 BENCHMARK_CAPTURE(Draw, stock_popup_bezel, StockPopUp, What::Bezel, 1)->UseRealTime();
 BENCHMARK_CAPTURE(Draw, flat_popup_bezel, OwnPopUp, What::Bezel, 1)->UseRealTime();
+BENCHMARK_CAPTURE(Draw, gradients_of_a_bezel, PlainGradients, What::Bezel, 1)->UseRealTime();
 BENCHMARK_CAPTURE(Draw, shaded_bezel, OwnButton, What::Bezel, 0)->UseRealTime();
 BENCHMARK_CAPTURE(Draw, stock_popup, StockPopUp, What::Control, 1)->UseRealTime();
 BENCHMARK_CAPTURE(Draw, flat_popup, OwnPopUp, What::Control, 1)->UseRealTime();

@@ -8,7 +8,7 @@
 /// Without a given path a private one (mode 0700) is made under the temporary directory and
 /// removed with the object, contents included. A given directory is made when it is missing and
 /// stays. The files in it may not
-/// take more than a limit, 4 GiB unless set. Used by one thread.
+/// take more than a limit, 64 GiB unless set. Used by one thread.
 class CAudioDirectory {
 public:
     /// Throws `std::system_error` when the directory cannot be made.
@@ -34,5 +34,5 @@ public:
 private:
     std::string m_strPath;
     bool m_fRemove = false;
-    std::int64_t m_lLimit = std::int64_t{4} << 30;
+    std::int64_t m_lLimit = std::int64_t{64} << 30;
 };

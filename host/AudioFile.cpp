@@ -153,9 +153,12 @@ CAudioWriter::CAudioWriter(std::string const& strPath, int nSampleRate, int nCha
     info.samplerate = nSampleRate;
     info.channels = nChannels;
     info.format =
-        SF_FORMAT_WAV | (format == SampleFormat::Float32 ? SF_FORMAT_FLOAT : SF_FORMAT_PCM_24);
+        SF_FORMAT_RF64 | (format == SampleFormat::Float32 ? SF_FORMAT_FLOAT : SF_FORMAT_PCM_24);
     state.m_Sound.reset(sf_open_fd(nFile, SFM_WRITE, &info, SF_TRUE));
-    if (state.m_Sound) return;
+    if (state.m_Sound) {
+        sf_command(state.m_Sound.get(), SFC_RF64_AUTO_DOWNGRADE, nullptr, SF_TRUE);
+        return;
+    }
     std::string const strReason = sf_strerror(nullptr);
     std::remove(state.m_strTemporary.c_str());
     Fail(strPath, "cannot be written: " + strReason);

@@ -63,7 +63,7 @@ private:
 };
 
 /// A WAV file being written under a temporary name beside its place; it appears whole with
-/// `Finish` and not at all without it.
+/// `Finish` and not at all without it. Beyond 4 GiB it becomes an RF64 file.
 class CAudioWriter {
 public:
     /// Throws `CAudioFileError` when the file cannot be made.

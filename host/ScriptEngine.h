@@ -32,7 +32,7 @@ struct CScriptEngineOptions {
     /// removed with the engine.
     std::string m_strAudioDirectory;
     /// Largest sum of the sizes of the files there, in bytes.
-    std::int64_t m_lAudioBytes = std::int64_t{4} << 30;
+    std::int64_t m_lAudioBytes = std::int64_t{64} << 30;
     /// Told about once a second how far a host function has come that takes long.
     CWorkNotice::Listener m_WorkListener{};
 };

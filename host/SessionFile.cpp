@@ -138,7 +138,10 @@ CProcess ReadProcess(json const& value) {
 
 CDocument ReadDocument(json const& value) {
     CDocument document;
-    for (json const& track : List(value, "tracks")) document.m_Tracks.push_back(ReadTrack(track));
+    json const& tracks = List(value, "tracks");
+    // A list that grows would copy the regions of every track in it.
+    document.m_Tracks.reserve(tracks.size());
+    for (json const& track : tracks) document.m_Tracks.push_back(ReadTrack(track));
     for (json const& process : List(value, "processes"))
         document.m_Processes.push_back(ReadProcess(process));
     document.m_idSelectedRegion = Integer(value, "selectedRegion");
@@ -175,12 +178,22 @@ std::string ReadFile(std::string const& strPath) {
     return strText;
 }
 
-json Parse(std::string const& strText) {
-    auto const shallow = [](int nDepth, json::parse_event_t, json&) {
-        if (nDepth > kMaxDepth) Malformed("it is nested too deeply");
-        return true;
-    };
-    return json::parse(strText, shallow);
+// Before the parser takes memory for every level. The parser could be asked at every level itself,
+// but then looks at all of a list again for each of its elements.
+void RequireShallow(std::string const& strText) {
+    int nDepth = 0;
+    bool fText = false;
+    for (std::size_t n = 0; n < strText.size(); ++n) {
+        char const ch = strText[n];
+        if (fText && ch == '\\')
+            ++n;
+        else if (ch == '"')
+            fText = !fText;
+        else if (!fText && (ch == '[' || ch == '{') && ++nDepth > kMaxDepth)
+            Malformed("it is nested too deeply");
+        else if (!fText && (ch == ']' || ch == '}'))
+            --nDepth;
+    }
 }
 
 std::string ToHex(std::string const& strBytes) {
@@ -267,7 +280,9 @@ json Written(CSessionData const& data) {
 
 CSession LoadSession(std::string const& strPath) {
     try {
-        return CSession(ReadSession(Parse(ReadFile(strPath))));
+        std::string const strText = ReadFile(strPath);
+        RequireShallow(strText);
+        return CSession(ReadSession(json::parse(strText)));
     } catch (std::exception const& error) {
         throw CSessionFileError("cannot load the session \"" + strPath + "\": " + error.what());
     }

@@ -62,6 +62,15 @@ TEST_F(CAudioFileTest, TwentyFourBitsComeBackWithinTheirStep) {
         ASSERT_NEAR(read.m_Channels[0][i], audio.m_Channels[0][i], 1.0 / (1 << 22));
 }
 
+TEST_F(CAudioFileTest, AFileBelowFourGibibytesIsPlainWav) {
+    WriteAudioFile(Path("a.wav"), TestAudio::Phrase(5000));
+    std::ifstream file(Path("a.wav"), std::ios::binary);
+    char header[12]{};
+    ASSERT_TRUE(file.read(header, sizeof(header)));
+    EXPECT_EQ(std::string_view(header, 4), "RIFF");
+    EXPECT_EQ(std::string_view(header + 8, 4), "WAVE");
+}
+
 TEST_F(CAudioFileTest, ChannelsCanBePickedAndReordered) {
     CAudio audio = TestAudio::Silence(10, 3);
     for (int n = 0; n < 3; ++n)

@@ -347,6 +347,31 @@ TEST_F(HostProgram, ScriptThatRunsTooLongIsStoppedAndTheHostGoesOn) {
     EXPECT_GT(m_client.GetUpdateCount(), 0);
 }
 
+TEST_F(HostProgram, ClientThatGivesUpALongProcessFindsAHealthyHost) {
+    constexpr int kLong = 600 * kRate;
+    WriteTestTone(m_directory.File("long.wav"), kRate, kLong);
+    StartHost();
+    CFileName take(m_directory.File("long.wav").c_str());
+    ASSERT_EQ(m_client.SendFile(true, 0, &take, 0, 0, kLong, 0), 0);
+    std::string strProcess =
+        "SelectAudioSuiteDocument()\n"
+        "Input = { IOType=1, Track=GetTrackID(0), Start=0, End=" +
+        std::to_string(kLong) +
+        " }\n"
+        "CreateProcess(\"Doubler\", \"PT\", { Input }, { { Track=GetTrackID(3) } })\n"
+        "print(\"the first client's\")";
+    std::string strReply;
+    EXPECT_EQ(m_client.SendTANMessage(1, strProcess, strReply, 5), 121);
+    EXPECT_EQ(strReply, "");
+
+    // Asked while the host is at work: the answer is this question's, and comes after the work.
+    std::string strQuestion = "SelectAudioSuiteDocument() print(GetRegionCount(GetTrackID(3)))";
+    EXPECT_EQ(m_client.SendTANMessage(1, strQuestion, strReply, -1), 0);
+    EXPECT_EQ(m_client.m_strLastError, "");
+    EXPECT_EQ(strReply, "1\n");
+    EXPECT_EQ(m_client.GetTANProcessID(), m_host->Id());
+}
+
 TEST_F(HostProgram, ToolShowsStatusAndTracks) {
     StartHost();
     EXPECT_EQ(Tool({"link", "status", "--json"}), 0);

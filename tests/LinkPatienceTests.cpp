@@ -1,9 +1,13 @@
 // How long the command-line tool waits for a host that does not answer, and what it says then.
 
 #include <atomic>
+#include <future>
 #include <thread>
 
+#include "FileIO/FileName.h"
 #include "HostProgramFixture.h"
+#include "Terminal.h"
+#include "host/ReferenceHost.h"
 
 namespace {
 
@@ -32,6 +36,26 @@ TEST_F(LinkPatience, HostThatFallsSilentIsToldAndNotWaitedFor) {
     EXPECT_NE(Errors().find("is not proven dead: a host has the link's lock"), std::string::npos)
         << Errors();
     KillHost();
+}
+
+TEST_F(LinkPatience, TimeSoFarIsShownWhileTheHostWorksAfterItsQuestionsWereAnswered) {
+    std::promise<void> seen;
+    CReferenceHostOptions options;
+    options.m_Observer = [read = seen.get_future().share()](CHostExchange const& exchange) {
+        if (exchange.m_strScript.find("CreateProcess") != std::string::npos) read.wait();
+    };
+    const CReferenceHost host(CSession({"Guide", "Dub", "Out"}, kRate), options);
+    CFileName guide(m_directory.File("guide.wav").c_str());
+    CFileName dub(m_directory.File("dub.wav").c_str());
+    ASSERT_EQ(m_client.SendFile(false, 0, &guide, 0, 0, kFrames, 0), 0);
+    ASSERT_EQ(m_client.SendFile(false, 1, &dub, 0, 0, kFrames, 1), 0);
+
+    const CTerminal terminal;
+    CChildProcess aligning({TAVARIN_TOOL_PROGRAM, "link", "apt"}, m_directory.File("tool.out"),
+                           terminal.Name());
+    EXPECT_EQ(terminal.ReadUpTo(" s\x1b[K"), "\rwaiting for the host, 1 s\x1b[K");
+    seen.set_value();
+    EXPECT_EQ(aligning.Wait(), 0);
 }
 
 TEST_F(LinkPatience, KilledHostIsToldAndWhoWaitsForItIsSentAway) {

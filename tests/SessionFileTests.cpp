@@ -103,6 +103,13 @@ TEST_F(CSessionFileTest, FileNamesOfAnyBytesComeBack) {
         region.m_strFile);
 }
 
+TEST_F(CSessionFileTest, BracketsInNamesNestNothing) {
+    std::string const strName = std::string(40, '[') + "\\\"" + std::string(40, '{');
+    m_Session.AddTrack(DocumentKind::Script, strName);
+    SaveSession(m_Session, m_strPath);
+    EXPECT_EQ(LoadSession(m_strPath).TrackAt(DocumentKind::Script, 2).m_strName, strName);
+}
+
 TEST_F(CSessionFileTest, FailuresNameTheFileAndTheReason) {
     EXPECT_NE(LoadError().find(m_strPath), std::string::npos);
     Write("");
@@ -115,6 +122,10 @@ TEST_F(CSessionFileTest, FailuresNameTheFileAndTheReason) {
     EXPECT_NE(LoadError().find("not a session of this host"), std::string::npos);
     Write(R"({"format": "tavarin-host-session", "version": 2})");
     EXPECT_NE(LoadError().find("version 2"), std::string::npos);
+    Write(std::string(32, '[') + "0");
+    EXPECT_NE(LoadError().find("parse error"), std::string::npos);
+    Write(std::string(33, '[') + "0");
+    EXPECT_NE(LoadError().find("nested too deeply"), std::string::npos);
     Write(std::string(1 << 20, '['));
     EXPECT_NE(LoadError().find("nested too deeply"), std::string::npos);
     fs::remove(m_strPath);

@@ -23,7 +23,7 @@ struct CFormat {
 };
 
 // Whatever holds all that the host writes, 32-bit floats; the others hold what they can.
-constexpr CFormat kFormats[] = {{".wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT},
+constexpr CFormat kFormats[] = {{".wav", SF_FORMAT_RF64 | SF_FORMAT_FLOAT},
                                 {".flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_24},
                                 {".ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS}};
 
@@ -75,6 +75,8 @@ void CopyAudio(std::string const& strSource, std::string const& strTarget) {
     CSound target(sf_open_fd(file.Descriptor(), SFM_WRITE, &made, SF_FALSE), &sf_close);
     if (!target) Fail("write", strTarget, nullptr, "unwritable");
     sf_command(target.get(), SFC_SET_CLIPPING, nullptr, SF_TRUE);
+    // A WAV file unless it is too long for one; nothing to the others.
+    sf_command(target.get(), SFC_RF64_AUTO_DOWNGRADE, nullptr, SF_TRUE);
     CopySamples(source.get(), strSource, target.get(), strTarget, info);
     if (sf_close(target.release()) != 0) Fail("write", strTarget, nullptr, "unwritable");
     file.Keep();

@@ -44,9 +44,10 @@ CLinkSession::CLinkSession(CLinkOptions const& options, Patience patience)
 
 void CLinkSession::Await(std::function<bool(std::chrono::milliseconds)> const& isDone) {
     const int nHost = m_client.GetCurrentIdFromMainDirectory();
+    m_notice.Say("waiting for the host");
     const std::string strWhy = m_watch.Await(nHost, isDone);
+    m_notice.Hide();
     if (strWhy.empty()) return;
-    m_notice.End();
     const bool fDead = nHost > 0 && RescueFromDeadHost(nHost).fDone;
     const CToolFailure failure(
         exitNegative, strWhy,
@@ -79,7 +80,6 @@ std::string CLinkSession::Run(std::string script) {
     std::string strReply;
     const int nStatus =
         Do([&] { return m_client.SendTANMessage(id, script, strReply, kWaitForEver); });
-    m_notice.End();
     if (nStatus != 0) Fail(DescribeStatus(nStatus));
     if (!m_client.m_strLastError.empty()) std::fputs(strReply.c_str(), stdout);
     RequireNoError();
@@ -127,12 +127,10 @@ int CLinkSession::SampleRate() {
 }
 
 void CLinkSession::Warn(std::string const& strText) {
-    m_notice.End();
     std::fprintf(stderr, "tavarin: %s\n", strText.c_str());
 }
 
 void CLinkSession::Print(std::string const& strText, nlohmann::json const& json) {
-    m_notice.End();
     if (m_options.m_fJson) {
         std::printf("%s\n",
                     json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());

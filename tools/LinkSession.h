@@ -93,6 +93,6 @@ private:
     CLinkOptions const& m_options;
     CHostWatch m_watch;
     bool m_fUsersScript = false;
-    CWaitNotice m_notice{"waiting for the host"};
+    CWaitNotice m_notice{""};  ///< speaks while the host is waited for
     CTANClientInterProcess m_client;
 };
