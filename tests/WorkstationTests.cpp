@@ -212,6 +212,60 @@ TEST_F(Workstation, GalleryIsPhotographedAndHasNoPlugIn) {
     EXPECT_NE(m_directory.Read("run.err").find("no plug-in"), std::string::npos);
 }
 
+class WorkstationScheme : public Workstation, public testing::WithParamInterface<const char*> {
+protected:
+    std::string Write(std::string const& strColour) const {
+        return m_directory.Write("mine.json",
+                                 R"({"format": "TavarinColourScheme", "colours": [
+            {"component": "ccWindowBackground", "name": "Window", "colour": ")" +
+                                     strColour + R"("}]})");
+    }
+
+    std::string PictureOf(std::string const& strScheme) {
+        EXPECT_EQ(Run({GetParam(), "--scheme", strScheme, "--wait", "0.5", "--picture",
+                       m_directory.File("new.png"), "--quit"}),
+                  0)
+            << m_directory.Read("run.err");
+        const std::string strPicture = m_directory.Read("new.png");
+        std::filesystem::remove(m_directory.File("new.png"));
+        return strPicture;
+    }
+};
+
+// The picture that is taken when a scheme has changed is that of the new scheme from the start.
+TEST_P(WorkstationScheme, IsShownAndFollowsItsFile) {
+    const std::string strFile = Write("#304050");
+    const std::string strBefore = PictureOf(strFile);
+    EXPECT_NE(strBefore, PictureOf("designer"));
+    auto workstation = Start("run", {GetParam(), "--scheme", strFile, "--wait", "0.5", "--picture",
+                                     m_directory.File("first.png"), "--wait", "4", "--picture",
+                                     m_directory.File("last.png"), "--quit"});
+    for (int nTry = 0; nTry < 1000 && !m_directory.Has("first.png"); ++nTry) usleep(10'000);
+    Write("#5030401");
+    for (int nTry = 0; nTry < 300 && !HasLine("stays as it was: "); ++nTry) usleep(10'000);
+    Write("#503040");
+    EXPECT_EQ(workstation->Wait(), 0);
+    EXPECT_TRUE(HasLine("the scheme stays as it was: colour 1 in")) << Log();
+    EXPECT_TRUE(HasLine("the scheme was read again: " + strFile)) << Log();
+    EXPECT_EQ(m_directory.Read("first.png"), strBefore);
+    const std::string strAfter = m_directory.Read("last.png");
+    EXPECT_NE(strAfter, strBefore);
+    EXPECT_EQ(strAfter, PictureOf(strFile));
+}
+
+INSTANTIATE_TEST_SUITE_P(, WorkstationScheme, testing::Values("--gallery", "--view=apt"),
+                         [](auto const& info) {
+                             return std::string(info.param).substr(2, 4) == "view" ? "View"
+                                                                                   : "Gallery";
+                         });
+
+TEST_F(Workstation, SchemeThatCannotBeReadIsNamed) {
+    EXPECT_EQ(Run({"--scheme", "nothing", "--quit"}), 2);
+    EXPECT_NE(m_directory.Read("run.err").find("\"nothing\" is no palette and no file"),
+              std::string::npos)
+        << m_directory.Read("run.err");
+}
+
 TEST_F(Workstation, BadArgumentsAreExplained) {
     EXPECT_EQ(Run({"--view", "none"}), 2);
     EXPECT_EQ(Run({"--auto-switch", "maybe", "--quit"}), 2);

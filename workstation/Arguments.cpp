@@ -107,6 +107,13 @@ std::optional<CArguments> ReadArguments(int argc, char** argv, int* pnStatus) {
                  "show every control in every state instead of a plug-in");
     app.add_option("--bundle", arguments.strBundle, "path of TavarinProLink.bundle")
         ->check(CLI::ExistingDirectory);
+    app.add_option("--scheme", arguments.strScheme,
+                   "show these colours, as they are at any time: designer, engineer, a scheme file "
+                   "or a JSON file")
+        ->type_name("FILE");
+    app.add_option("--over", arguments.strSchemeBase, "lay the scheme over this one")
+        ->type_name("FILE")
+        ->capture_default_str();
     app.add_option("--captures", arguments.strCaptures,
                    "keep captured files in this directory (default: a new one among those of the "
                    "plug-ins)");

@@ -33,8 +33,10 @@ struct CArguments {
     bool fGallery = false;        ///< show all controls instead of a plug-in
     std::string strBundle;        ///< path of the bundle
     std::string strGallery;       ///< path of the bundle with the gallery
-    std::string strCaptures;      ///< directory for captured files; empty: a new one
-    std::vector<CStep> steps;     ///< in the order of the command line
+    std::string strScheme;        ///< the colours to show: a palette or a file; empty: Designer
+    std::string strSchemeBase = "designer";  ///< what they are laid over
+    std::string strCaptures;                 ///< directory for captured files; empty: a new one
+    std::vector<CStep> steps;                ///< in the order of the command line
 };
 
 /// Reads a command line. Nothing comes back when the program has to end at once, with the status

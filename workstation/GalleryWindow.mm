@@ -16,10 +16,15 @@ NSView* LoadGallery(std::string const& strPath) {
 
 }  // namespace
 
+/// What the gallery's own view has besides; its class is in the bundle.
+@protocol TavarinWorkstation_SchemeGallery
+- (void)UseScheme:(NSData*)image named:(NSString*)name;
+@end
+
 @implementation TavarinWorkstation_GalleryWindow
 
 - (id)initWithArguments:(CArguments const&)arguments {
-    self = [super initWithSteps:arguments.steps];
+    self = [super initWithArguments:arguments];
     if (self == nil) return nil;
     NSView* gallery = LoadGallery(arguments.strGallery);
     const NSRect frame = [gallery frame];
@@ -32,7 +37,18 @@ NSView* LoadGallery(std::string const& strPath) {
     [m_window setReleasedWhenClosed:NO];
     [m_window setTitle:@"Tavarin controls"];
     [m_window setContentView:gallery];
+    [self UseScheme];
     return self;
+}
+
+- (void)ShowScheme:(NSData*)image named:(NSString*)name {
+    id gallery = [m_window contentView];
+    [(id<TavarinWorkstation_SchemeGallery>)gallery UseScheme:image named:name];
+}
+
+- (void)Tell:(std::string const&)strLine {
+    std::printf("%s\n", strLine.c_str());
+    std::fflush(stdout);
 }
 
 - (void)dealloc {

@@ -1,24 +1,75 @@
 #import "workstation/StepTaker.h"
 
+#include <stdexcept>
+
+#include "colours/SchemeFile.h"
+
 namespace {
 
 constexpr NSTimeInterval kStepsEvery = 0.15;
+constexpr NSTimeInterval kLookAtSchemeEvery = 0.3;
 
 }  // namespace
 
+@interface TavarinWorkstation_StepTaker (Private)
+- (void)ReadScheme;
+@end
+
 @implementation TavarinWorkstation_StepTaker
 
-- (id)initWithSteps:(std::vector<CStep> const&)steps {
+- (id)initWithArguments:(CArguments const&)arguments {
     self = [super init];
-    if (self != nil) m_steps = steps;
+    if (self == nil) return nil;
+    m_steps = arguments.steps;
+    if (!arguments.strScheme.empty()) {
+        m_scheme = std::make_unique<CSchemeWatch>(arguments.strScheme, arguments.strSchemeBase);
+    }
     return self;
 }
 
+- (void)UseScheme {
+    if (m_scheme && m_scheme->IsDue()) [self ReadScheme];
+}
+
+- (void)ReadScheme {
+    CComponentsColors scheme;
+    m_scheme->Read(scheme);
+    const std::string strImage = SchemeImage(scheme);
+    NSString* name = [NSString stringWithUTF8String:m_scheme->Name().c_str()];
+    [self ShowScheme:[NSData dataWithBytes:strImage.data() length:strImage.size()]
+               named:[name lastPathComponent]];
+}
+
+- (void)LookAtScheme:(NSTimer*)timer {
+    if (!m_scheme->IsDue()) return;
+    try {
+        [self ReadScheme];
+        [self Tell:"the scheme was read again: " + m_scheme->Name()];
+    } catch (std::runtime_error const& failure) {
+        [self Tell:std::string("the scheme stays as it was: ") + failure.what()];
+    }
+}
+
+- (void)ShowScheme:(NSData*)image named:(NSString*)name {
+}
+
+- (void)Tell:(std::string const&)strLine {
+}
+
 - (void)Start {
+    if (m_scheme) {
+        m_timerScheme = [NSTimer scheduledTimerWithTimeInterval:kLookAtSchemeEvery
+                                                         target:self
+                                                       selector:@selector(LookAtScheme:)
+                                                       userInfo:nil
+                                                        repeats:YES];
+    }
     [self performSelector:@selector(NextStep:) withObject:nil afterDelay:kStepsEvery];
 }
 
 - (void)Finish {
+    [m_timerScheme invalidate];
+    m_timerScheme = nil;
     [NSObject cancelPreviousPerformRequestsWithTarget:self];
 }
 

@@ -27,8 +27,11 @@ NSString* Text(std::string const& strText);
 NSView* MakePanel(NSString* title, NSSize size);
 /// What is left of a panel below the strip, within margins.
 NSRect PanelContent(NSView* panel);
-NSTextField* MakeLabel(NSString* text, NSRect frame, CGFloat size);
+/// A text of the bundle's class of that name, in the scheme's colour for it.
+NSTextField* MakeText(NSString* className, NSString* text, NSRect frame, CGFloat size);
 NSTextField* MakeField(NSString* text, NSRect frame);
+/// Gives a field from MakeField the colours that the scheme has now.
+void ColourField(NSTextField* field);
 NSButton* MakeButton(NSString* title, NSRect frame, id target, SEL action, NSString* toolTip);
 
 /// Makes a button from MakeButton look pressed, or not.

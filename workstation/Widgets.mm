@@ -4,6 +4,7 @@
 
 #import "Source/PanelDrawing.h"
 #include "colours/ComponentCodes.h"
+#include "colours/ComponentColour.h"
 #import "controls/QXButtonCell.h"
 
 namespace {
@@ -81,9 +82,7 @@ NSView* MakePanel(NSString* title, NSSize size) {
         [[[NSClassFromString(@"TavarinProLink_PanelView") alloc] initWithFrame:frame] autorelease];
     const NSRect strip = NSMakeRect(kMargin, size.height - (kHeaderHeight + kTitleHeight) / 2 - 2,
                                     size.width - 2 * kMargin, kTitleHeight);
-    NSTextField* label = MakeLabel(title, strip, kTitleSize);
-    [label setTextColor:PanelColour(ccControlOnText)];
-    [panel addSubview:label];
+    [panel addSubview:MakeText(@"TavarinProLink_TitleText", title, strip, kTitleSize)];
     return panel;
 }
 
@@ -93,27 +92,32 @@ NSRect PanelContent(NSView* panel) {
     return area;
 }
 
-NSTextField* MakeLabel(NSString* text, NSRect frame, CGFloat size) {
-    NSTextField* label = [[[NSTextField alloc] initWithFrame:frame] autorelease];
-    [label setStringValue:text];
-    [label setFont:[NSFont systemFontOfSize:size]];
-    [label setTextColor:PanelColour(ccTimeAxisText)];
-    [label setBordered:NO];
-    [label setBezeled:NO];
-    [label setDrawsBackground:NO];
-    [label setEditable:NO];
-    [label setSelectable:NO];
-    return label;
+NSTextField* MakeText(NSString* className, NSString* text, NSRect frame, CGFloat size) {
+    NSTextField* field = [[[NSClassFromString(className) alloc] initWithFrame:frame] autorelease];
+    [field setStringValue:text];
+    [field setFont:[NSFont systemFontOfSize:size]];
+    [field setBordered:NO];
+    [field setBezeled:NO];
+    [field setDrawsBackground:NO];
+    [field setEditable:NO];
+    [field setSelectable:NO];
+    return field;
 }
 
 NSTextField* MakeField(NSString* text, NSRect frame) {
-    NSTextField* field = MakeLabel(text, frame, kTextSize + 1);
-    [field setTextColor:PanelColour(ccTextEditorForeground)];
-    [field setBackgroundColor:PanelColour(ccTextEditorBackground)];
+    NSTextField* field = [[[NSTextField alloc] initWithFrame:frame] autorelease];
+    [field setStringValue:text];
+    [field setFont:[NSFont systemFontOfSize:kTextSize + 1]];
+    [field setBezeled:NO];
     [field setDrawsBackground:YES];
     [field setBordered:YES];
-    [field setEditable:YES];
+    ColourField(field);
     return field;
+}
+
+void ColourField(NSTextField* field) {
+    [field setTextColor:PanelColour(ccTextEditorForeground)];
+    [field setBackgroundColor:PanelColour(ccTextEditorBackground)];
 }
 
 NSButton* MakeButton(NSString* title, NSRect frame, id target, SEL action, NSString* toolTip) {
@@ -128,10 +132,14 @@ NSButton* MakeButton(NSString* title, NSRect frame, id target, SEL action, NSStr
 }
 
 void ShowChosen(NSButton* button, bool fChosen) {
+    // Not every scheme has a face for what is pressed.
+    const CComponentCode pressed = gAppColours.Find(ccButtonFaceActive)
+                                       ? ccButtonFaceActive
+                                       : ccMorlandProjectButtonHighlighted;
     [(QXButtonCell*)[button cell]
-        SetButtonControlsFaceUp:fChosen ? ccButtonFaceActive : ccButtonFace
+        SetButtonControlsFaceUp:fChosen ? pressed : ccButtonFace
                        BorderUp:fChosen ? ccButtonBorderActive : ccButtonBorder
-                       FaceDown:ccButtonFaceActive
+                       FaceDown:pressed
                      BorderDown:ccButtonBorderActive];
     [button setNeedsDisplay:YES];
 }

@@ -5,7 +5,9 @@
 #include <cstdlib>
 
 #import "Source/PanelDrawing.h"
+#import "Source/SchemeExchange.h"
 #include "colours/ComponentCodes.h"
+#include "colours/SchemeFile.h"
 #import "workstation/Screenshot.h"
 
 namespace {
@@ -80,7 +82,7 @@ double ToPosition(NSTextField* field) {
 @implementation TavarinWorkstation_Window
 
 - (id)initWithArguments:(CArguments const&)arguments {
-    self = [super initWithSteps:arguments.steps];
+    self = [super initWithArguments:arguments];
     if (self == nil) return nil;
     TavarinWorkstation_Window* window = self;
     CWorkSession::CDisplay display;
@@ -91,7 +93,23 @@ double ToPosition(NSTextField* field) {
     m_session = std::make_unique<CWorkSession>(arguments, display);
     [self MakeWindow];
     [self ShowChosen];
+    [self UseScheme];
     return self;
+}
+
+- (void)ShowScheme:(NSData*)image named:(NSString*)name {
+    ReplaceScheme(gAppColours,
+                  std::string(static_cast<const char*>([image bytes]), [image length]));
+    [(id)NSClassFromString(@"TavarinProLink_SchemeExchange") UseImage:image];
+    ColourField(m_textPosition);
+    [m_textLog setTextColor:PanelColour(ccTextEditorForeground)];
+    [m_textLog setBackgroundColor:PanelColour(ccTextEditorBackground)];
+    [self ShowChosen];
+    [[m_window contentView] setNeedsDisplay:YES];
+}
+
+- (void)Tell:(std::string const&)strLine {
+    [self Log:strLine];
 }
 
 - (void)dealloc {
@@ -266,7 +284,8 @@ double ToPosition(NSTextField* field) {
     for (CCaption const& caption : captions) {
         const NSRect frame = NSMakeRect(kMargin, caption.y + kControlHeight + 4,
                                         kPanelWidth - 2 * kMargin, kCaptionHeight);
-        [panel addSubview:MakeLabel(caption.title, frame, kCaptionSize)];
+        [panel
+            addSubview:MakeText(@"TavarinProLink_CaptionText", caption.title, frame, kCaptionSize)];
     }
     m_textPosition = MakeField(@"48000", place(0, kPositionRow, kControlHeight));
     [panel addSubview:m_textPosition];
@@ -284,7 +303,7 @@ double ToPosition(NSTextField* field) {
         [[[NSTextView alloc] initWithFrame:NSMakeRect(0, 0, size.width, size.height)] autorelease];
     [m_textLog setEditable:NO];
     [m_textLog setFont:[NSFont userFixedPitchFontOfSize:kLogSize]];
-    [m_textLog setTextColor:PanelColour(ccControlText)];
+    [m_textLog setTextColor:PanelColour(ccTextEditorForeground)];
     [m_textLog setBackgroundColor:PanelColour(ccTextEditorBackground)];
     [m_textLog setVerticallyResizable:YES];
     [m_textLog setHorizontallyResizable:NO];
@@ -298,10 +317,10 @@ double ToPosition(NSTextField* field) {
 - (void)Log:(std::string const&)strLine {
     std::printf("%s\n", strLine.c_str());
     std::fflush(stdout);
-    NSDictionary* attributes =
-        [NSDictionary dictionaryWithObjectsAndKeys:[NSFont userFixedPitchFontOfSize:kLogSize],
-                                                   NSFontAttributeName, PanelColour(ccControlText),
-                                                   NSForegroundColorAttributeName, nil];
+    NSDictionary* attributes = [NSDictionary
+        dictionaryWithObjectsAndKeys:[NSFont userFixedPitchFontOfSize:kLogSize],
+                                     NSFontAttributeName, PanelColour(ccTextEditorForeground),
+                                     NSForegroundColorAttributeName, nil];
     NSAttributedString* line =
         [[[NSAttributedString alloc] initWithString:[Text(strLine) stringByAppendingString:@"\n"]
                                          attributes:attributes] autorelease];

@@ -7,6 +7,7 @@
 #include "colours/ComponentColour.h"
 #include "colours/DefaultColours.h"
 #include "platform/Application.h"
+#include "tools/ToolFailure.h"
 #include "workstation/Arguments.h"
 #import "workstation/GalleryWindow.h"
 #import "workstation/Window.h"
@@ -89,6 +90,9 @@ int Run(int argc, char** argv) {
 int main(int argc, char** argv) {
     try {
         return Run(argc, argv);
+    } catch (CToolFailure const& failure) {
+        failure.Report("tavarin-workstation");
+        return kExitTrouble;
     } catch (std::exception const& failure) {
         std::fprintf(stderr, "tavarin-workstation: %s\n", failure.what());
         return kExitTrouble;
