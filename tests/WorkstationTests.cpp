@@ -24,8 +24,8 @@ protected:
         EXPECT_EQ(m_host->Wait(), 0);
     }
 
-    void StartHost() {
-        m_host.emplace(Strings{TAVARIN_HOST_PROGRAM, "--quiet", "--tracks", "Guide,Dub,Out,Double"},
+    void StartHost(std::string const& strTracks = "Guide,Dub,Out,Double") {
+        m_host.emplace(Strings{TAVARIN_HOST_PROGRAM, "--quiet", "--tracks", strTracks},
                        m_directory.File("host.out"), m_directory.File("host.err"));
         for (int nTry = 0; nTry < 500; ++nTry) {
             if (m_client.GetCurrentIdFromMainDirectory() > 0) return;
@@ -168,13 +168,92 @@ TEST_F(Workstation, TakeThatWaitedIsHandedOverWhenThereIsAHost) {
     EXPECT_GT(Frames("doubled.wav"), 0);
 }
 
-TEST_F(Workstation, ExportReplacesNoFile) {
+TEST_F(Workstation, TakeThatWaitedAndGoesWrongMakesTheStatus) {
+    auto workstation =
+        Start("run", {"--view", "doubler", "--capture", "guide@48000", "--wait", "4", "--quit"});
+    for (int nTry = 0; nTry < 1000 && !HasLine("the take waits for a host"); ++nTry) usleep(10'000);
+    StartHost("Voice");
+    EXPECT_EQ(workstation->Wait(), 1) << Log();
+    EXPECT_TRUE(HasLine("doubler  the host has the take, but what follows it failed: ")) << Log();
+}
+
+TEST_F(Workstation, TakeWhoseProcessFailsIsNoSuccess) {
+    StartHost("Guide,Dub");
+    EXPECT_EQ(Run({"--view", "apt", "--guide", "--capture", "guide@0", "--quit"}), 0) << Log();
+    EXPECT_EQ(Run({"--view", "apt", "--auto-switch", "off", "--guide", "--capture", "guide@0",
+                   "--dub", "--capture", "dub@0", "--quit"}),
+              1)
+        << Log();
+    EXPECT_TRUE(HasLine("apt  the host has the take, but what follows it failed: ")) << Log();
+}
+
+TEST_F(Workstation, StepsThatNobodyAnswersFailWithoutAHost) {
+    for (Strings const& step :
+         {Strings{"--print", "hello"}, Strings{"--update-count"}, Strings{"--track", "0"}}) {
+        Strings arguments{"--view", "link"};
+        arguments.insert(arguments.end(), step.begin(), step.end());
+        arguments.push_back("--quit");
+        EXPECT_EQ(Run(arguments), 1) << step.front();
+        EXPECT_TRUE(HasLine("link  the step failed: Error - Tavarin Pro is not running.")) << Log();
+    }
+}
+
+TEST_F(Workstation, EveryFailedStepSaysWhy) {
     StartHost();
-    m_directory.Write("there.wav", "mine");
-    EXPECT_EQ(Run({"--view", "doubler", "--capture", "guide@0", "--export",
-                   m_directory.File("there.wav"), "--quit"}),
+    EXPECT_EQ(Run({"--view", "all", "--plug-in", "link", "--guide", "--track", "7", "--render",
+                   "--plug-in", "doubler", "--auto-switch", "on", "--track", "0", "--export",
+                   m_directory.File("none.wav"), "--quit"}),
               1);
-    EXPECT_EQ(m_directory.Read("there.wav"), "mine");
+    for (const char* szLine : {"link  the step failed: only the APT view has this",
+                               "link  the step failed: there is no track 7; the host has 4, from 0",
+                               "link  the step failed: the host gave nothing",
+                               "doubler  the step failed: only the APT view has this",
+                               "doubler  the step failed: only the Link view has tracks to choose",
+                               "doubler  the step failed: No Tavarin Pro"}) {
+        EXPECT_TRUE(HasLine(szLine)) << szLine << '\n' << Log();
+    }
+}
+
+TEST_F(Workstation, EventsAreToldInWords) {
+    StartHost();
+    ASSERT_EQ(
+        Run({"--view", "all", "--track", "1", "--plug-in", "apt", "--auto-switch", "on",
+             "--capture", "guide@48000", "--capture", "dub@52000", "--render", "--export",
+             m_directory.File("aligned.wav"), "--update-count", "--print", "hello", "--quit"}),
+        0)
+        << Log();
+    for (const char* szLine :
+         {"link  captures go to the track \"Dub\"", "apt  the automatic switch is on",
+          "apt  captured 48000 to 192000 (3.00 s) as the guide: ",
+          "apt  captured 52000 to 196000 (3.00 s): ", "apt  the host has the take",
+          "apt  the host rendered 48000 to 192000 (3.00 s)", "apt  the host exported 3.00 s: ",
+          "apt  the host's update count is ", "apt  the host was given a text to print: hello"}) {
+        EXPECT_TRUE(HasLine(szLine)) << szLine << '\n' << Log();
+    }
+}
+
+TEST_F(Workstation, StepsThatAreNotTakenMakeTheStatus) {
+    EXPECT_EQ(Run({"--view", "apt", "--quit", "--guide"}), 1);
+    EXPECT_TRUE(HasLine("steps that were not taken: 1")) << Log();
+}
+
+TEST_F(Workstation, NoFileIsReplacedUnlessItIsSaid) {
+    StartHost();
+    for (const char* szWhat : {"--export", "--screenshot", "--picture"}) {
+        m_directory.Write("there", "mine");
+        Strings arguments{"--view",  "doubler", "--capture",
+                          "guide@0", szWhat,    m_directory.File("there"),
+                          "--quit"};
+        EXPECT_EQ(Run(arguments), 1) << szWhat;
+        EXPECT_EQ(m_directory.Read("there"), "mine");
+        EXPECT_TRUE(HasLine("is there already; --force replaces it")) << Log();
+        arguments.push_back("--force");
+        EXPECT_EQ(Run(arguments), 0) << szWhat << Log();
+        EXPECT_NE(m_directory.Read("there"), "mine");
+    }
+    m_directory.Write("there", "mine");
+    EXPECT_EQ(Run({"--gallery", "--screenshot", m_directory.File("there"), "--quit"}), 1);
+    EXPECT_EQ(m_directory.Read("there"), "mine");
 }
 
 TEST_F(Workstation, WithoutADisplayThereIsOneSentence) {
@@ -182,6 +261,10 @@ TEST_F(Workstation, WithoutADisplayThereIsOneSentence) {
     EXPECT_EQ(Run({"--quit"}), 2);
     EXPECT_EQ(m_directory.Read("run.err"),
               "tavarin-workstation: there is no display: DISPLAY is not set\n");
+    const CScopedEnvironment unreachable("DISPLAY", ":4711");
+    EXPECT_EQ(Run({"--quit"}), 2);
+    EXPECT_EQ(m_directory.Read("run.err"),
+              "tavarin-workstation: there is no display: Unable to connect to X Server `:4711'\n");
 }
 
 TEST_F(Workstation, MissingTakesAndBundlesAreNamed) {
@@ -209,7 +292,7 @@ TEST_F(Workstation, GalleryIsPhotographedAndHasNoPlugIn) {
     EXPECT_EQ(Run({"--gallery", "--screenshot", strPicture, "--quit"}), 0);
     EXPECT_EQ(m_directory.Read("gallery.png").substr(1, 3), "PNG");
     EXPECT_EQ(Run({"--gallery", "--render", "--quit"}), 1);
-    EXPECT_NE(m_directory.Read("run.err").find("no plug-in"), std::string::npos);
+    EXPECT_TRUE(HasLine("the step failed: a gallery has no plug-in")) << Log();
 }
 
 class WorkstationScheme : public Workstation, public testing::WithParamInterface<const char*> {

@@ -32,7 +32,8 @@ constexpr COption kOptions[] = {
     {"--wait", StepKind::Wait, "SECONDS", "let some time go by"},
     {"--screenshot", StepKind::Screenshot, "FILE.png", "write a picture of the window"},
     {"--picture", StepKind::Picture, "FILE.png", "write a picture of the plug-in's view"},
-    {"--quit", StepKind::Quit, nullptr, "end, with status 1 if a step has failed or a take waits"},
+    {"--quit", StepKind::Quit, nullptr,
+     "end, with status 1 if a step was not done or a take waits"},
 };
 
 double ToNumber(std::string const& strText, std::string const& strOption) {
@@ -117,6 +118,8 @@ std::optional<CArguments> ReadArguments(int argc, char** argv, int* pnStatus) {
     app.add_option("--captures", arguments.strCaptures,
                    "keep captured files in this directory (default: a new one among those of the "
                    "plug-ins)");
+    app.add_flag("--force", arguments.fForce,
+                 "let --export, --screenshot and --picture replace a file");
     std::map<CLI::Option const*, COption const*> known;
     for (COption const& option : kOptions) {
         CLI::Option* pOption = nullptr;

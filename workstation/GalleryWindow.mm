@@ -3,8 +3,6 @@
 #include <cstdio>
 #include <stdexcept>
 
-#import "workstation/Screenshot.h"
-
 namespace {
 
 NSView* LoadGallery(std::string const& strPath) {
@@ -68,10 +66,8 @@ NSView* LoadGallery(std::string const& strPath) {
 
 - (BOOL)Take:(CStep const&)step {
     const bool fPicture = step.kind == StepKind::Screenshot || step.kind == StepKind::Picture;
-    if (fPicture && WriteScreenshot([m_window contentView], step.strText)) return YES;
-    std::fprintf(stderr, "failed: %s\n",
-                 fPicture ? ("cannot write " + step.strText).c_str()
-                          : "a gallery has no plug-in to take this step");
+    if (fPicture) return [self WritePictureOf:[m_window contentView] to:step.strText];
+    [self Tell:"the step failed: a gallery has no plug-in to take it"];
     return NO;
 }
 

@@ -15,6 +15,7 @@
     std::vector<CStep> m_steps;
     std::size_t m_nNextStep;
     BOOL m_fFailed;
+    BOOL m_fForce;
     std::unique_ptr<CSchemeWatch> m_scheme;
     NSTimer* m_timerScheme;
 }
@@ -34,13 +35,16 @@
 /// Opens the window and begins. Overridden by what opens it.
 - (void)Start;
 
+/// Writes a picture of a view, and tells when that does not work.
+- (BOOL)WritePictureOf:(NSView*)view to:(std::string const&)strFile;
+
 /// Takes one step other than waiting and the end; NO when it failed. Overridden.
 - (BOOL)Take:(CStep const&)step;
 
 /// Tidies up. Nothing can be done afterwards.
 - (void)Finish;
 
-/// Whether a step has failed.
+/// Whether a step has failed, or was not taken.
 - (BOOL)HasFailed;
 
 @end

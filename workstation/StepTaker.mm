@@ -3,6 +3,8 @@
 #include <stdexcept>
 
 #include "colours/SchemeFile.h"
+#include "workstation/EventText.h"
+#import "workstation/Screenshot.h"
 
 namespace {
 
@@ -21,6 +23,7 @@ constexpr NSTimeInterval kLookAtSchemeEvery = 0.3;
     self = [super init];
     if (self == nil) return nil;
     m_steps = arguments.steps;
+    m_fForce = arguments.fForce;
     if (!arguments.strScheme.empty()) {
         m_scheme = std::make_unique<CSchemeWatch>(arguments.strScheme, arguments.strSchemeBase);
     }
@@ -71,10 +74,26 @@ constexpr NSTimeInterval kLookAtSchemeEvery = 0.3;
     [m_timerScheme invalidate];
     m_timerScheme = nil;
     [NSObject cancelPreviousPerformRequestsWithTarget:self];
+    const std::size_t nLeft = m_steps.size() - m_nNextStep;
+    if (nLeft == 0) return;
+    m_fFailed = YES;
+    [self Tell:"steps that were not taken: " + std::to_string(nLeft)];
 }
 
 - (BOOL)HasFailed {
     return m_fFailed;
+}
+
+- (BOOL)WritePictureOf:(NSView*)view to:(std::string const&)strFile {
+    try {
+        RequireRoom(strFile, m_fForce);
+    } catch (std::runtime_error const& refusal) {
+        [self Tell:std::string("the step failed: ") + refusal.what()];
+        return NO;
+    }
+    if (WriteScreenshot(view, strFile)) return YES;
+    [self Tell:"the step failed: cannot write " + strFile];
+    return NO;
 }
 
 - (BOOL)Take:(CStep const&)step {

@@ -8,7 +8,6 @@
 #import "Source/SchemeExchange.h"
 #include "colours/ComponentCodes.h"
 #include "colours/SchemeFile.h"
-#import "workstation/Screenshot.h"
 
 namespace {
 
@@ -50,6 +49,11 @@ NSRect PanelFrame(std::size_t nPanel, std::size_t nColumns, std::size_t nRows) {
                       kPanelWidth, kPanelHeight);
 }
 
+void PrintLine(std::string const& strLine) {
+    std::printf("%s\n", strLine.c_str());
+    std::fflush(stdout);
+}
+
 double ToPosition(NSTextField* field) {
     return std::max(0.0, [field doubleValue]);
 }
@@ -87,6 +91,7 @@ double ToPosition(NSTextField* field) {
     TavarinWorkstation_Window* window = self;
     CWorkSession::CDisplay display;
     display.log = [window](std::string const& strLine) { [window Log:strLine]; };
+    display.record = PrintLine;
     display.showTake = [window](CAudioClip const& clip) { [window->m_take Show:clip]; };
     display.showResult = [window](CAudioClip const& clip) { [window->m_result Show:clip]; };
     display.showChosen = [window](CPlugIn const&) { [window ShowChosen]; };
@@ -147,9 +152,7 @@ double ToPosition(NSTextField* field) {
     if (!fWindow && step.kind != StepKind::Picture) return m_session->Take(step);
     m_session->CheckHosts();
     NSView* view = fWindow ? [m_window contentView] : m_session->Chosen().View();
-    if (WriteScreenshot(view, step.strText)) return YES;
-    [self Log:"failed: cannot write " + step.strText];
-    return NO;
+    return [self WritePictureOf:view to:step.strText];
 }
 
 - (void)TakeStep:(StepKind)kind text:(std::string const&)strText {
@@ -315,8 +318,7 @@ double ToPosition(NSTextField* field) {
 }
 
 - (void)Log:(std::string const&)strLine {
-    std::printf("%s\n", strLine.c_str());
-    std::fflush(stdout);
+    PrintLine(strLine);
     NSDictionary* attributes = [NSDictionary
         dictionaryWithObjectsAndKeys:[NSFont userFixedPitchFontOfSize:kLogSize],
                                      NSFontAttributeName, PanelColour(ccTextEditorForeground),
