@@ -54,6 +54,19 @@ protected:
         return nCount;
     }
 
+    // Width and height, as a PNG file has them.
+    std::pair<int, int> PictureSize(std::string const& strName) const {
+        const std::string strPicture = m_directory.Read(strName);
+        const auto number = [&strPicture](std::size_t nAt) {
+            int nNumber = 0;
+            for (std::size_t n = nAt; n < nAt + 4 && n < strPicture.size(); ++n) {
+                nNumber = nNumber * 256 + static_cast<unsigned char>(strPicture[n]);
+            }
+            return nNumber;
+        };
+        return {number(16), number(20)};
+    }
+
     sf_count_t Frames(std::string const& strName) const {
         SF_INFO info{};
         SNDFILE* const pFile = sf_open(m_directory.File(strName).c_str(), SFM_READ, &info);
@@ -347,6 +360,32 @@ TEST_F(Workstation, SchemeThatCannotBeReadIsNamed) {
     EXPECT_NE(m_directory.Read("run.err").find("\"nothing\" is no palette and no file"),
               std::string::npos)
         << m_directory.Read("run.err");
+}
+
+// What is written of the window is as large as the window is then.
+TEST_F(Workstation, WindowIsResizedAndClicksAndKeysReachTheTrackList) {
+    if (std::system("command -v xdotool >/dev/null") != 0) GTEST_SKIP() << "no xdotool";
+    std::string strTracks = "Lead";
+    for (int nTrack = 2; nTrack <= 200; ++nTrack) strTracks += ",Track " + std::to_string(nTrack);
+    StartHost(strTracks);
+    auto workstation =
+        Start("run", {"--view", "link", "--wait", "0.5", "--picture", m_directory.File("ready.png"),
+                      "--wait", "5", "--screenshot", m_directory.File("window.png"), "--capture",
+                      "guide@0", "--quit"});
+    for (int nTry = 0; nTry < 1000 && !m_directory.Has("ready.png"); ++nTry) usleep(10'000);
+    EXPECT_EQ(std::system("window=$(xdotool search --name 'Tavarin workstation' | tail -1) && "
+                          "xdotool windowsize $window 700 800 && sleep 0.5 && "
+                          "xdotool mousemove --window $window 200 97 click 1 && sleep 0.5 && "
+                          "xdotool key t r a c k space 1 5 9 Return"),
+              0);
+    EXPECT_EQ(workstation->Wait(), 0) << Log();
+    EXPECT_EQ(PictureSize("window.png"), (std::pair{700, 800}));
+    CTANClientInterProcess client;
+    std::string strScript =
+        "if SelectScriptDocument() then print(GetRegionCount(GetTrackID(158))) end\n";
+    std::string strReply;
+    EXPECT_EQ(client.SendTANMessage(1, strScript, strReply, 5000), 0);
+    EXPECT_EQ(strReply, "1\n") << client.m_strLastError;
 }
 
 TEST_F(Workstation, BadArgumentsAreExplained) {

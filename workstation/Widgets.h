@@ -10,16 +10,21 @@
 /// What the workstation's window is made of. Panels and buttons are the plug-in bundle's own, so it
 /// has to be loaded. Functions named Make… return objects that the caller does not own.
 
-/// Shows a sound file: its name, its length and its waveform.
+/// Shows a sound file: its name, whose tooltip has the whole path, its length and its waveform.
 @interface TavarinWorkstation_Waveform : NSView {
     CAudioClip m_clip;
     BOOL m_fBright;
+    NSTextField* m_name;
+    NSTextField* m_length;
 }
 /// Shows a clip; an empty one shows a text instead.
 - (void)Show:(CAudioClip const&)clip;
 /// Chooses the colour of what came back from the host.
 - (void)SetBright:(BOOL)fBright;
 @end
+
+/// An empty scroll view with a bar in the scheme's colours, which is seen when it is needed.
+NSScrollView* MakeScrollView(NSRect frame);
 
 NSString* Text(std::string const& strText);
 

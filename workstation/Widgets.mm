@@ -16,6 +16,8 @@ constexpr CGFloat kTextSize = 12;
 constexpr CGFloat kLineHeight = 18;
 constexpr CGFloat kTitleHeight = 22;
 constexpr CGFloat kGap = 8;
+constexpr CGFloat kScrollerWidth = 12;
+constexpr CGFloat kKnobInset = 2;
 
 NSString* LengthText(CAudioClip const& clip) {
     return [NSString stringWithFormat:@"%lld samples at %d Hz  (%.2f s)",
@@ -42,8 +44,23 @@ void DrawWaveform(CAudioClip const& clip, NSRect area, NSColor* colour) {
 
 @implementation TavarinWorkstation_Waveform
 
+- (id)initWithFrame:(NSRect)frame {
+    self = [super initWithFrame:frame];
+    if (self == nil) return nil;
+    NSRect line = NSMakeRect(0, frame.size.height - kLineHeight, frame.size.width, kLineHeight);
+    m_name = MakeText(@"TavarinProLink_PanelText", @"Nothing yet", line, kTextSize);
+    line.origin.y -= kLineHeight;
+    m_length = MakeText(@"TavarinProLink_CaptionText", @"", line, kTextSize);
+    [self addSubview:m_name];
+    [self addSubview:m_length];
+    return self;
+}
+
 - (void)Show:(CAudioClip const&)clip {
     m_clip = clip;
+    [m_name setStringValue:NameText(m_clip)];
+    [m_name setToolTip:Text(m_clip.strPath)];
+    [m_length setStringValue:LengthText(m_clip)];
     [[self superview] setNeedsDisplay:YES];
 }
 
@@ -52,16 +69,9 @@ void DrawWaveform(CAudioClip const& clip, NSRect area, NSColor* colour) {
 }
 
 - (void)drawRect:(NSRect)dirty {
+    if (m_clip.strPath.empty()) return;
     NSRect area = [self bounds];
-    const bool fEmpty = m_clip.strPath.empty();
-    NSRect line = area;
-    line.size.height = kLineHeight;
-    line.origin.y = NSMaxY(area) - line.size.height;
-    DrawPanelText(fEmpty ? @"Nothing yet" : NameText(m_clip), kTextSize, ccControlText, line);
-    if (fEmpty) return;
-    line.origin.y -= line.size.height;
-    DrawPanelText(LengthText(m_clip), kTextSize, ccAudioLabel, line);
-    area.size.height = line.origin.y - area.origin.y - kGap;
+    area.size.height -= 2 * kLineHeight + kGap;
     [PanelColour(ccTrackBackground) set];
     NSRectFill(area);
     DrawWaveform(
@@ -70,6 +80,53 @@ void DrawWaveform(CAudioClip const& clip, NSRect area, NSColor* colour) {
 }
 
 @end
+
+/// A bar without arrows, in the scheme's colours. Nothing is seen of it where nothing scrolls.
+@interface TavarinWorkstation_Scroller : NSScroller
+@end
+
+@implementation TavarinWorkstation_Scroller
+- (void)drawRect:(NSRect)dirty {
+    [PanelColour(ccTrackBackground) set];
+    NSRectFill([self bounds]);
+    NSScrollView* scroll = (NSScrollView*)[self superview];
+    const NSRect whole = [[scroll documentView] bounds];
+    const NSRect seen = [scroll documentVisibleRect];
+    if (whole.size.height <= seen.size.height) return;
+    const CGFloat scale = [self bounds].size.height / whole.size.height;
+    [PanelColour(ccScrollerThumbFace) set];
+    NSRectFill(NSMakeRect(kKnobInset, (seen.origin.y - whole.origin.y) * scale,
+                          kScrollerWidth - 2 * kKnobInset, seen.size.height * scale));
+}
+@end
+
+/// A scroll view whose bar is on the right, whatever AppKit's own do.
+@interface TavarinWorkstation_ScrollView : NSScrollView
+@end
+
+@implementation TavarinWorkstation_ScrollView
+- (void)tile {
+    const NSRect bounds = [self bounds];
+    const CGFloat width = bounds.size.width - kScrollerWidth;
+    [[self contentView] setFrame:NSMakeRect(0, 0, width, bounds.size.height)];
+    [[self verticalScroller] setFrame:NSMakeRect(width, 0, kScrollerWidth, bounds.size.height)];
+}
+@end
+
+NSScrollView* MakeScrollView(NSRect frame) {
+    NSScrollView* scroll =
+        [[[TavarinWorkstation_ScrollView alloc] initWithFrame:frame] autorelease];
+    [scroll setBorderType:NSNoBorder];
+    [scroll setDrawsBackground:NO];
+    [scroll setHasHorizontalScroller:NO];
+    TavarinWorkstation_Scroller* bar = [[[TavarinWorkstation_Scroller alloc]
+        initWithFrame:NSMakeRect(0, 0, kScrollerWidth, 100)] autorelease];
+    [bar setArrowsPosition:NSScrollerArrowsNone];
+    [scroll setVerticalScroller:bar];
+    [scroll setHasVerticalScroller:YES];
+    [scroll tile];
+    return scroll;
+}
 
 NSString* Text(std::string const& strText) {
     NSString* text = [NSString stringWithUTF8String:strText.c_str()];
