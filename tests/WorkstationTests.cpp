@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <optional>
+#include <thread>
 
 #include "ChildProcess.h"
 #include "ScopedEnvironment.h"
@@ -198,6 +199,33 @@ TEST_F(Workstation, TakeWhoseProcessFailsIsNoSuccess) {
               1)
         << Log();
     EXPECT_TRUE(HasLine("apt  the host has the take, but what follows it failed: ")) << Log();
+}
+
+// The halted host keeps a client of another process waiting until it is killed, and would for ever.
+TEST_F(Workstation, WhoWaitsForADeadHostIsSentAway) {
+    StartHost();
+    auto workstation =
+        Start("run", {"--view", "link", "--wait", "1.5", "--picture", m_directory.File("ready.png"),
+                      "--wait", "1.5", "--capture", "guide@0", "--wait", "2", "--quit"});
+    for (int nTry = 0; nTry < 1000 && !m_directory.Has("ready.png"); ++nTry) usleep(10'000);
+    m_host->Signal(SIGSTOP);
+    std::thread other([this] {
+        CTANClientInterProcess client;
+        std::string strScript = "print(1)", strReply;
+        client.SendTANMessage(1, strScript, strReply, -1);
+    });
+    usleep(200'000);
+    m_host->Signal(SIGKILL);
+    m_host->Wait();
+    m_host.reset();
+    other.join();
+    EXPECT_EQ(workstation->Wait(), 1) << "the take still waits";
+    EXPECT_TRUE(HasLine("Tavarin Pro has died. Whoever waited for it was sent away.")) << Log();
+    EXPECT_TRUE(HasLine("link  the take waits for a host: ")) << Log();
+    for (const char* szLeft :
+         {"TAN_Host_1", "__KEL_TAN_INTERPROCESS_DIR6__", "__KEL_TAN_INTERPROCESS_DIR6__.lock"}) {
+        std::filesystem::remove(std::string("/dev/shm/") + szLeft);
+    }
 }
 
 TEST_F(Workstation, StepsThatNobodyAnswersFailWithoutAHost) {

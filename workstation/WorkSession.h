@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/DeadHostWatch.h"
 #include "workstation/Arguments.h"
 #include "workstation/AudioClip.h"
 #import "workstation/PlugIn.h"
@@ -66,6 +67,8 @@ private:
     bool m_fForce;
     CTANClientInterProcess m_client;
     int m_nSeenHost;
+    CDeadHostWatch m_deadHosts;
+    int m_nDeadHosts = 0;  ///< of which the log has been told
     bool m_fTakeLost = false;
     CPlugInBundle m_bundle;
     CTakes m_takes;

@@ -49,6 +49,10 @@ void CWorkSession::CheckHosts() {
 }
 
 void CWorkSession::TellHost() {
+    if (const int nDead = m_deadHosts.Found(); nDead != m_nDeadHosts) {
+        m_nDeadHosts = nDead;
+        m_display.log("Tavarin Pro has died. Whoever waited for it was sent away.");
+    }
     const int nHost = m_client.GetCurrentTANHost();
     if (nHost == m_nSeenHost) return;
     m_nSeenHost = nHost;
