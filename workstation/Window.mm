@@ -95,6 +95,7 @@ double ToPosition(NSTextField* field) {
 
 - (void)Start {
     [m_window makeKeyAndOrderFront:nil];
+    m_session->CheckHosts();
     m_timerHosts = [NSTimer scheduledTimerWithTimeInterval:kCheckHostsEvery
                                                     target:self
                                                   selector:@selector(CheckHosts:)
