@@ -31,7 +31,7 @@ endif()
 if(programs AND TARGET tavarin AND TARGET tavarin-host)
     set(journeys engineer host-developer session-reader)
     if(TARGET tavarin-workstation AND TARGET tavarin-scheme AND NOT APPLE)
-        list(APPEND journeys plugin-developer workstation-user)
+        list(APPEND journeys designer plugin-developer workstation-user)
     endif()
     foreach(journey IN LISTS journeys)
         add_test(NAME JourneyTests.${journey}

@@ -68,6 +68,13 @@ TEST_F(SchemeToolTests, ASchemeGoesToJsonAndBack) {
     EXPECT_FALSE(m_directory.Has("designer.scheme.part"));
 }
 
+TEST_F(SchemeToolTests, AWholeSchemeIsWrittenAsHexOnRequest) {
+    ASSERT_EQ(Run("export designer --hex -o hex.json").nStatus, 0);
+    EXPECT_EQ(m_directory.Read("hex.json").find("\"colour\":["), std::string::npos);
+    const CResult same = Run("diff designer hex.json");
+    EXPECT_EQ(same.nStatus, 0) << same.strOutput;
+}
+
 TEST_F(SchemeToolTests, DifferencesSetTheStatus) {
     const CResult result = Run("diff designer engineer");
     EXPECT_EQ(result.nStatus, 1);

@@ -38,6 +38,7 @@ struct CArguments {
     std::string strSecond;
     std::string strOutput = "-";
     bool fAll = false;
+    bool fHex = false;
     bool fForce = false;
 
     Replace MayReplace() const { return fForce ? Replace::Yes : Replace::No; }
@@ -76,11 +77,14 @@ void AddExport(CLI::App& app) {
     auto arguments = std::make_shared<CArguments>();
     CLI::App* command = app.add_subcommand("export", "write a scheme as JSON");
     arguments->source.AddTo(*command);
+    command->add_flag("--hex", arguments->fHex,
+                      "write every colour as #rrggbb, to the nearest 255th");
     AddOutput(*command, arguments);
     command->callback([arguments] {
         CComponentsColors scheme;
         arguments->source.Read(scheme);
-        WriteOutput(arguments->strOutput, SchemeToJson(scheme), arguments->MayReplace());
+        const Channels channels = arguments->fHex ? Channels::Rounded : Channels::Exact;
+        WriteOutput(arguments->strOutput, SchemeToJson(scheme, channels), arguments->MayReplace());
     });
 }
 
