@@ -135,6 +135,14 @@ if(TARGET tavarin_controls)
         COMPONENT Development)
 endif()
 
+# The example of a plug-in, for whoever has no more of this tree than what is installed.
+if(TARGET TavarinProLink)
+    install(FILES
+        "${PROJECT_SOURCE_DIR}/examples/plugin/CMakeLists.txt"
+        "${PROJECT_SOURCE_DIR}/examples/plugin/show-view.mm"
+        DESTINATION "${CMAKE_INSTALL_DATADIR}/tavarin-link/examples/plugin" COMPONENT Development)
+endif()
+
 # The LV2 plug-ins, which have a copy of the bundle beside them.
 if(TARGET tavarin_lv2)
     set(lv2_directory "${TAVARIN_LV2_DIRECTORY}/tavarin.lv2")

@@ -96,3 +96,7 @@ double PerceivedDistance(Rgba const& colour1, Rgba const& colour2) {
     }
     return 100.0 * nearest;
 }
+
+std::array<double, 3> OKLab(Rgba const& colour) {
+    return Perceived(kFullVision, Linear(colour));
+}

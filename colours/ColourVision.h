@@ -22,3 +22,6 @@ double ContrastRatio(double luminance1, double luminance2);
 /// colour vision and with protanopia, deuteranopia and tritanopia. 2 is just noticeable side by
 /// side; black and white are 100 apart.
 double PerceivedDistance(Rgba const& colour1, Rgba const& colour2);
+
+/// An opaque colour in OKLab, as full colour vision sees it: lightness from 0 to 1, and two axes.
+std::array<double, 3> OKLab(Rgba const& colour);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "colours/ComponentColour.h"
 #include "utils/ParameterBlock.h"
 
@@ -19,3 +21,10 @@ int SaveSchemeFile(CComponentsColors const& scheme, CFileName const& file);
 /// holds no scheme or its last colour cannot be read. Colours that were read before a bad one
 /// count.
 int LoadSchemeFile(CComponentsColors& scheme, CFileName const& file);
+
+/// What SaveSchemeFile would write. Empty when memory runs out.
+std::string SchemeImage(CComponentsColors const& scheme);
+
+/// Replaces all colours by those of an image. False, with nothing changed, when not all of it could
+/// be read.
+bool ReplaceScheme(CComponentsColors& scheme, std::string const& strImage);

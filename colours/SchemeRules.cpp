@@ -1,18 +1,15 @@
 #include "colours/SchemeRules.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <initializer_list>
 #include <iterator>
-#include <limits>
-#include <optional>
 
 #include "colours/ColourRamp.h"
-#include "colours/ColourVision.h"
 #include "colours/ComponentCodeTable.h"
 #include "colours/ComponentCodes.h"
 #include "colours/Palettes.h"
+#include "colours/RuleMeasure.h"
 
 namespace {
 
@@ -330,7 +327,7 @@ constexpr CRuleRow kRows[] = {
 };
 // clang-format on
 
-/// Colours that are prescribed and clash.
+/// Colours that are prescribed and clash, and one that is missing by prescription.
 struct CGivenPair {
     CComponentCode first;
     CComponentCode second;
@@ -340,6 +337,7 @@ constexpr CGivenPair kGivenPairs[] = {
     {ccLabelText, ccSelectedTextBackground, DesignerPalette},
     {ccButtonBorder, ccWindowBackground, DesignerPalette},
     {ccControlText, ccButtonFace, EngineerPalette},
+    {ccControlText, ccButtonFaceActive, EngineerPalette},
 };
 
 void AppendEveryTwo(CRuleRow const& row, std::vector<CSchemeRule>& rules) {
@@ -363,57 +361,13 @@ std::vector<CSchemeRule> ExpandRows() {
     return rules;
 }
 
-constexpr std::size_t kSamples = 33;
-using Samples = std::array<Rgba, kSamples>;
-
-Samples SamplesOf(CComponentColour const& colour) {
-    const CColourRamp ramp(colour);
-    Samples samples;
-    for (std::size_t index = 0; index < kSamples; ++index) {
-        samples[index] = ramp.At(static_cast<double>(index) / (kSamples - 1));
-    }
-    return samples;
-}
-
-double WorstContrast(Samples const& front, Samples const& back, Rgba const& backdrop) {
-    double worst = std::numeric_limits<double>::infinity();
-    for (Rgba const& translucent : back) {
-        const Rgba ground = PaintOver(translucent, backdrop);
-        const double luminance = Luminance(ground);
-        for (Rgba const& colour : front) {
-            worst = std::min(worst, ContrastRatio(Luminance(PaintOver(colour, ground)), luminance));
-        }
-    }
-    return worst;
-}
-
-double BestDistance(Samples const& first, Samples const& second, Rgba const& backdrop) {
-    double best = 0.0;
-    for (std::size_t index = 0; index < kSamples; ++index) {
-        best = std::max(best, PerceivedDistance(PaintOver(first[index], backdrop),
-                                                PaintOver(second[index], backdrop)));
-    }
-    return best;
-}
-
-/// Nothing when the scheme has not both colours.
-std::optional<double> Measure(CSchemeRule const& rule, CComponentsColors const& scheme) {
-    CComponentColour const* first = scheme.Find(rule.first);
-    CComponentColour const* second = scheme.Find(rule.second);
-    if (first == nullptr || second == nullptr) return std::nullopt;
-
-    CComponentColour const* behind = scheme.Find(rule.backdrop);
-    const Rgba backdrop = behind == nullptr ? Rgba{} : SamplesOf(*behind).front();
-    if (rule.kind == RuleKind::distinct) {
-        return BestDistance(SamplesOf(*first), SamplesOf(*second), backdrop);
-    }
-    return WorstContrast(SamplesOf(*first), SamplesOf(*second), backdrop);
-}
-
+// What a palette has no row for is to be missing.
 bool IsStillGiven(CComponentCode code, CGivenPair const& pair, CComponentsColors const& scheme) {
     const auto palette = pair.palette();
     const auto row = std::ranges::find(palette, code, &CPaletteEntry::code);
-    return CColourRamp(*scheme.Find(code)).IsLike(CColourRamp(*row));
+    CComponentColour const* colour = scheme.Find(code);
+    if (row == palette.end() || colour == nullptr) return row == palette.end() && !colour;
+    return CColourRamp(*colour).IsLike(CColourRamp(*row));
 }
 
 bool IsGiven(CSchemeRule const& rule, CComponentsColors const& scheme) {
@@ -424,10 +378,12 @@ bool IsGiven(CSchemeRule const& rule, CComponentsColors const& scheme) {
 }
 
 CJudgement Judge(CSchemeRule const& rule, CComponentsColors const& scheme) {
-    const auto measured = Measure(rule, scheme);
-    if (!measured) return {rule, 0.0, Verdict::absent};
-    if (*measured >= rule.dMinimum) return {rule, *measured, Verdict::kept};
-    return {rule, *measured, IsGiven(rule, scheme) ? Verdict::given : Verdict::broken};
+    const auto measure = CRuleMeasure::Of(rule, scheme);
+    if (!measure) return {rule, 0.0, Verdict::absent};
+    const double dMeasured = measure->Measure();
+    const Verdict fault = IsGiven(rule, scheme) ? Verdict::given : Verdict::broken;
+    return {rule, dMeasured, dMeasured >= rule.dMinimum ? Verdict::kept : fault,
+            measure->IsFaceMissing()};
 }
 
 }  // namespace
@@ -448,7 +404,10 @@ std::string Describe(CJudgement const& judgement) {
     CSchemeRule const& rule = judgement.rule;
     const bool fDistinct = rule.kind == RuleKind::distinct;
     std::string text(ComponentCodeName(rule.first));
-    text.append(fDistinct ? " and " : " on ").append(ComponentCodeName(rule.second));
+    text.append(fDistinct ? " and " : " on ");
+    if (judgement.fFaceMissing)
+        text.append(ComponentCodeName(rule.backdrop)).append(", without a ");
+    text.append(ComponentCodeName(rule.second));
     text.append(fDistinct ? ": distance " : ": contrast ");
     text.append(OneDecimal(judgement.dMeasured)).append(", at least ");
     return text.append(OneDecimal(rule.dMinimum));

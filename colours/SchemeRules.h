@@ -28,7 +28,7 @@ struct CSchemeRule {
 enum class Verdict {
     kept,
     broken,
-    given,   ///< Below the minimum, but both are colours that the default palettes prescribe.
+    given,   ///< Below the minimum, but both are as the default palettes prescribe them.
     absent,  ///< The scheme has not both colours.
 };
 
@@ -36,6 +36,7 @@ struct CJudgement {
     CSchemeRule rule;
     double dMeasured;  ///< 0 for absent.
     Verdict verdict;
+    bool fFaceMissing = false;  ///< The scheme lacks `second`; the text stands on the backdrop.
 };
 
 /// All rules.

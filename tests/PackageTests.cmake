@@ -29,12 +29,18 @@ if(programs AND TARGET tavarin AND TARGET tavarin-host)
                 "${PROJECT_BINARY_DIR}" "${PROJECT_VERSION}" ${compilation})
 endif()
 if(programs AND TARGET tavarin AND TARGET tavarin-host)
-    foreach(journey IN ITEMS engineer host-developer session-reader)
+    set(journeys engineer host-developer session-reader)
+    if(TARGET tavarin-workstation AND TARGET tavarin-scheme AND NOT APPLE)
+        list(APPEND journeys designer plugin-developer workstation-user)
+    endif()
+    foreach(journey IN LISTS journeys)
         add_test(NAME JourneyTests.${journey}
             COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/journeys/journey" "${CMAKE_COMMAND}"
-                    "${PROJECT_BINARY_DIR}" "${CMAKE_CURRENT_SOURCE_DIR}/journeys/${journey}")
-        set_tests_properties(JourneyTests.${journey} PROPERTIES TIMEOUT 120 LABELS slow
-            RESOURCE_LOCK tavarin_shared_memory)
+                    "${PROJECT_BINARY_DIR}" "${CMAKE_CURRENT_SOURCE_DIR}/journeys/${journey}"
+                    ${compilation})
+        set_tests_properties(JourneyTests.${journey} PROPERTIES TIMEOUT 300 LABELS slow
+            SKIP_RETURN_CODE 77 RESOURCE_LOCK tavarin_shared_memory
+            ENVIRONMENT "ASAN_OPTIONS=detect_leaks=0")
     endforeach()
 endif()
 add_test(NAME SubdirectoryTests

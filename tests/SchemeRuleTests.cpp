@@ -10,6 +10,7 @@
 #include "colours/ComponentCodes.h"
 #include "colours/DefaultColours.h"
 #include "colours/DeviceRGB.h"
+#include "colours/SchemeProposal.h"
 
 namespace {
 
@@ -54,7 +55,7 @@ TEST_F(SchemeRuleTests, EngineerKeepsEveryRule) {
     CComponentsColors engineer;
     AppCreateDefaultColoursEngineer(&engineer);
     EXPECT_EQ(Complaints(engineer), "");
-    EXPECT_EQ(Count(engineer, Verdict::given), 1);
+    EXPECT_EQ(Count(engineer, Verdict::given), 2);
     EXPECT_GT(Count(engineer, Verdict::kept), 170);
 }
 
@@ -144,6 +145,59 @@ TEST_F(SchemeRuleTests, ColoursThatAreNoNumbersAreJudgedToo) {
     m_scheme.UpdateColour(ccLabelText, NAN, NAN, NAN, NAN);
     m_scheme.UpdateColour(ccWindowBackground, INFINITY, -INFINITY, NAN, INFINITY);
     EXPECT_EQ(Judge(ccLabelText, ccWindowBackground).verdict, Verdict::broken);
+}
+
+TEST_F(SchemeRuleTests, ATitleWithoutAFaceIsReadOnTheWindow) {
+    AppCreateDefaultColoursEngineer(&m_scheme);
+    EXPECT_EQ(Judge(ccControlText, ccButtonFaceActive).verdict, Verdict::given);
+    SetGrey(ccControlText, 0.80);
+    EXPECT_EQ(Judge(ccControlText, ccButtonFaceActive).verdict, Verdict::broken);
+    EXPECT_TRUE(Judge(ccControlText, ccButtonFaceActive).fFaceMissing);
+    SetGrey(ccButtonFaceActive, 0.1);
+    EXPECT_EQ(Judge(ccControlText, ccButtonFaceActive).verdict, Verdict::kept);
+    m_scheme.Clear();
+    SetGrey(ccControlText, 0.80);
+    SetGrey(ccWindowBackground, 0.80);
+    EXPECT_EQ(Judge(ccControlText, ccButtonFaceActive).verdict, Verdict::absent)
+        << "without buttons nothing is pressed";
+}
+
+TEST_F(SchemeRuleTests, AProposalKeepsEveryRuleOfTheColourAndItsHue) {
+    SetGrey(ccLabelText, 0.3);
+    const CJudgement broken = Judge(ccLabelText, ccWindowBackground);
+    const auto proposal = ProposeColour(broken.rule, m_scheme);
+    ASSERT_TRUE(proposal);
+    EXPECT_EQ(proposal->code, ccLabelText);
+    EXPECT_FALSE(proposal->fAlone);
+    auto const& rgba = proposal->rgba;
+    EXPECT_NEAR(rgba[0], rgba[1], 3.0 / 255);
+    EXPECT_NEAR(rgba[1], rgba[2], 3.0 / 255);
+    m_scheme.Add(
+        new CComponentColour(ccLabelText, 4, "", rgba[0], rgba[1], rgba[2], rgba[3], CDeviceRGB()));
+    EXPECT_EQ(Complaints(m_scheme), "");
+}
+
+TEST_F(SchemeRuleTests, AProposalIsNoFurtherAwayThanItMust) {
+    SetGrey(ccSeparatorLine, 0.3);
+    const auto proposal = ProposeColour(Judge(ccSeparatorLine, ccWindowBackground).rule, m_scheme);
+    ASSERT_TRUE(proposal);
+    // Every grey between keeps it not.
+    const double least = *std::ranges::min_element(proposal->rgba);
+    for (double grey = 0.3; grey < least - 4.0 / 255; grey += 1.0 / 255) {
+        SetGrey(ccSeparatorLine, grey);
+        EXPECT_EQ(Judge(ccSeparatorLine, ccWindowBackground).verdict, Verdict::broken) << grey;
+    }
+}
+
+TEST_F(SchemeRuleTests, AGradientIsToldToGiveWay) {
+    auto* edge = new CGradientFill(ccButtonBorderActive, 4, "");
+    edge->AddColor(0.0, 0.1, 0.1, 0.1, 1, CDeviceRGB(), 1.0);
+    edge->AddColor(1.0, 0.2, 0.2, 0.2, 1, CDeviceRGB(), 1.0);
+    m_scheme.Add(edge);
+    const auto proposal =
+        ProposeColour(Judge(ccButtonBorderActive, ccWindowBackground).rule, m_scheme);
+    ASSERT_TRUE(proposal);
+    EXPECT_FALSE(proposal->fPlain);
 }
 
 TEST_F(SchemeRuleTests, ADescriptionNamesBothAndTheMeasure) {

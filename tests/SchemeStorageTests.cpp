@@ -315,4 +315,15 @@ TEST_F(SchemeStorageTests, SchemeFilesThatAreNoneSayWhy) {
     EXPECT_TRUE(m_scheme.Entries().empty());
 }
 
+TEST_F(SchemeStorageTests, AnImageReplacesAScheme) {
+    CComponentsColors palette;
+    AppCreateDefaultColoursEngineer(&palette);
+    AppCreateDefaultColoursDesigner(&m_scheme);
+    EXPECT_FALSE(ReplaceScheme(m_scheme, "no image"));
+    EXPECT_FALSE(ReplaceScheme(m_scheme, ""));
+    EXPECT_EQ(m_scheme.Entries().size(), 254U) << "as it was";
+    EXPECT_TRUE(ReplaceScheme(m_scheme, SchemeImage(palette)));
+    ExpectSame(palette, m_scheme);
+}
+
 }  // namespace

@@ -68,6 +68,13 @@ TEST_F(SchemeToolTests, ASchemeGoesToJsonAndBack) {
     EXPECT_FALSE(m_directory.Has("designer.scheme.part"));
 }
 
+TEST_F(SchemeToolTests, AWholeSchemeIsWrittenAsHexOnRequest) {
+    ASSERT_EQ(Run("export designer --hex -o hex.json").nStatus, 0);
+    EXPECT_EQ(m_directory.Read("hex.json").find("\"colour\":["), std::string::npos);
+    const CResult same = Run("diff designer hex.json");
+    EXPECT_EQ(same.nStatus, 0) << same.strOutput;
+}
+
 TEST_F(SchemeToolTests, DifferencesSetTheStatus) {
     const CResult result = Run("diff designer engineer");
     EXPECT_EQ(result.nStatus, 1);
@@ -81,6 +88,46 @@ TEST_F(SchemeToolTests, APictureIsDrawn) {
     const std::string picture = m_directory.Read("engineer.svg");
     EXPECT_EQ(picture.substr(0, 4), "<svg");
     EXPECT_EQ(picture.substr(picture.size() - 7), "</svg>\n");
+}
+
+TEST_F(SchemeToolTests, ThePictureTellsValuesAndWhatChanged) {
+    m_directory.Write("mine.json", R"({"format": "TavarinColourScheme", "colours": [
+        {"component": "ccBar", "name": "Bar", "colour": "#0f0d1a"}]})");
+    ASSERT_EQ(Run("show mine.json --over designer -o mine.svg").nStatus, 0);
+    const std::string picture = m_directory.Read("mine.svg");
+    EXPECT_NE(picture.find(">mine.json (1 changed)<"), std::string::npos);
+    EXPECT_NE(picture.find("-&gt; #0f0d1a<"), std::string::npos) << "what it was, and what it is";
+    EXPECT_EQ(picture.find("class=\"changed\""), picture.rfind("class=\"changed\""));
+    EXPECT_NE(picture.find("class=\"changed\""), std::string::npos);
+    EXPECT_NE(picture.find(">0 #727272, 1 #282828<"), std::string::npos) << "a gradient's stops";
+    const std::string plain = Run("show designer").strOutput;
+    EXPECT_EQ(plain.find("changed"), std::string::npos);
+    EXPECT_NE(plain.find(">#c1c1c1<"), std::string::npos) << "label text";
+}
+
+TEST_F(SchemeToolTests, ACheckProposesAColourThatKeepsTheRule) {
+    const auto scheme = [](std::string const& colour) {
+        return R"({"format": "TavarinColourScheme", "colours": [
+            {"component": "ccSeparatorLine", "name": "Line", "colour": ")" +
+               colour + R"("}]})";
+    };
+    m_directory.Write("bad.json", scheme("#333333"));
+    const std::string strBroken = Run("check bad.json --over designer").strOutput;
+    const std::string strTry = "; try ccSeparatorLine #";
+    const std::size_t nTry = strBroken.find(strTry);
+    ASSERT_NE(nTry, std::string::npos) << strBroken;
+    m_directory.Write("good.json", scheme(strBroken.substr(nTry + strTry.size() - 1, 7)));
+    const CResult result = Run("check good.json --over designer");
+    EXPECT_EQ(result.nStatus, 0) << result.strOutput;
+}
+
+TEST_F(SchemeToolTests, ACheckTellsWhichFaultsAPaletteIsPrescribed) {
+    const CResult result = Run("check engineer");
+    EXPECT_NE(result.strOutput.find("given  ccControlText on ccWindowBackground, without a "
+                                    "ccButtonFaceActive: contrast 1.3, at least 4.5; the palette "
+                                    "is prescribed so\n"),
+              std::string::npos)
+        << result.strOutput;
 }
 
 TEST_F(SchemeToolTests, WhatIsNoSchemeIsExplained) {

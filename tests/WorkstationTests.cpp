@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <optional>
+#include <thread>
 
 #include "ChildProcess.h"
 #include "ScopedEnvironment.h"
@@ -24,8 +25,8 @@ protected:
         EXPECT_EQ(m_host->Wait(), 0);
     }
 
-    void StartHost() {
-        m_host.emplace(Strings{TAVARIN_HOST_PROGRAM, "--quiet", "--tracks", "Guide,Dub,Out,Double"},
+    void StartHost(std::string const& strTracks = "Guide,Dub,Out,Double") {
+        m_host.emplace(Strings{TAVARIN_HOST_PROGRAM, "--quiet", "--tracks", strTracks},
                        m_directory.File("host.out"), m_directory.File("host.err"));
         for (int nTry = 0; nTry < 500; ++nTry) {
             if (m_client.GetCurrentIdFromMainDirectory() > 0) return;
@@ -52,6 +53,19 @@ protected:
             nCount += entry.path().extension() == ".wav";
         }
         return nCount;
+    }
+
+    // Width and height, as a PNG file has them.
+    std::pair<int, int> PictureSize(std::string const& strName) const {
+        const std::string strPicture = m_directory.Read(strName);
+        const auto number = [&strPicture](std::size_t nAt) {
+            int nNumber = 0;
+            for (std::size_t n = nAt; n < nAt + 4 && n < strPicture.size(); ++n) {
+                nNumber = nNumber * 256 + static_cast<unsigned char>(strPicture[n]);
+            }
+            return nNumber;
+        };
+        return {number(16), number(20)};
     }
 
     sf_count_t Frames(std::string const& strName) const {
@@ -168,13 +182,119 @@ TEST_F(Workstation, TakeThatWaitedIsHandedOverWhenThereIsAHost) {
     EXPECT_GT(Frames("doubled.wav"), 0);
 }
 
-TEST_F(Workstation, ExportReplacesNoFile) {
+TEST_F(Workstation, TakeThatWaitedAndGoesWrongMakesTheStatus) {
+    auto workstation =
+        Start("run", {"--view", "doubler", "--capture", "guide@48000", "--wait", "4", "--quit"});
+    for (int nTry = 0; nTry < 1000 && !HasLine("the take waits for a host"); ++nTry) usleep(10'000);
+    StartHost("Voice");
+    EXPECT_EQ(workstation->Wait(), 1) << Log();
+    EXPECT_TRUE(HasLine("doubler  the host has the take, but what follows it failed: ")) << Log();
+}
+
+TEST_F(Workstation, TakeWhoseProcessFailsIsNoSuccess) {
+    StartHost("Guide,Dub");
+    EXPECT_EQ(Run({"--view", "apt", "--guide", "--capture", "guide@0", "--quit"}), 0) << Log();
+    EXPECT_EQ(Run({"--view", "apt", "--auto-switch", "off", "--guide", "--capture", "guide@0",
+                   "--dub", "--capture", "dub@0", "--quit"}),
+              1)
+        << Log();
+    EXPECT_TRUE(HasLine("apt  the host has the take, but what follows it failed: ")) << Log();
+}
+
+// The halted host keeps a client of another process waiting until it is killed, and would for ever.
+TEST_F(Workstation, WhoWaitsForADeadHostIsSentAway) {
     StartHost();
-    m_directory.Write("there.wav", "mine");
-    EXPECT_EQ(Run({"--view", "doubler", "--capture", "guide@0", "--export",
-                   m_directory.File("there.wav"), "--quit"}),
+    auto workstation =
+        Start("run", {"--view", "link", "--wait", "1.5", "--picture", m_directory.File("ready.png"),
+                      "--wait", "1.5", "--capture", "guide@0", "--wait", "2", "--quit"});
+    for (int nTry = 0; nTry < 1000 && !m_directory.Has("ready.png"); ++nTry) usleep(10'000);
+    m_host->Signal(SIGSTOP);
+    std::thread other([this] {
+        CTANClientInterProcess client;
+        std::string strScript = "print(1)", strReply;
+        client.SendTANMessage(1, strScript, strReply, -1);
+    });
+    usleep(200'000);
+    m_host->Signal(SIGKILL);
+    m_host->Wait();
+    m_host.reset();
+    other.join();
+    EXPECT_EQ(workstation->Wait(), 1) << "the take still waits";
+    EXPECT_TRUE(HasLine("Tavarin Pro has died. Whoever waited for it was sent away.")) << Log();
+    EXPECT_TRUE(HasLine("link  the take waits for a host: ")) << Log();
+    for (const char* szLeft :
+         {"TAN_Host_1", "__KEL_TAN_INTERPROCESS_DIR6__", "__KEL_TAN_INTERPROCESS_DIR6__.lock"}) {
+        std::filesystem::remove(std::string("/dev/shm/") + szLeft);
+    }
+}
+
+TEST_F(Workstation, StepsThatNobodyAnswersFailWithoutAHost) {
+    for (Strings const& step :
+         {Strings{"--print", "hello"}, Strings{"--update-count"}, Strings{"--track", "0"}}) {
+        Strings arguments{"--view", "link"};
+        arguments.insert(arguments.end(), step.begin(), step.end());
+        arguments.push_back("--quit");
+        EXPECT_EQ(Run(arguments), 1) << step.front();
+        EXPECT_TRUE(HasLine("link  the step failed: Error - Tavarin Pro is not running.")) << Log();
+    }
+}
+
+TEST_F(Workstation, EveryFailedStepSaysWhy) {
+    StartHost();
+    EXPECT_EQ(Run({"--view", "all", "--plug-in", "link", "--guide", "--track", "7", "--render",
+                   "--plug-in", "doubler", "--auto-switch", "on", "--track", "0", "--export",
+                   m_directory.File("none.wav"), "--quit"}),
               1);
-    EXPECT_EQ(m_directory.Read("there.wav"), "mine");
+    for (const char* szLine : {"link  the step failed: only the APT view has this",
+                               "link  the step failed: there is no track 7; the host has 4, from 0",
+                               "link  the step failed: the host gave nothing",
+                               "doubler  the step failed: only the APT view has this",
+                               "doubler  the step failed: only the Link view has tracks to choose",
+                               "doubler  the step failed: No Tavarin Pro"}) {
+        EXPECT_TRUE(HasLine(szLine)) << szLine << '\n' << Log();
+    }
+}
+
+TEST_F(Workstation, EventsAreToldInWords) {
+    StartHost();
+    ASSERT_EQ(
+        Run({"--view", "all", "--track", "1", "--plug-in", "apt", "--auto-switch", "on",
+             "--capture", "guide@48000", "--capture", "dub@52000", "--render", "--export",
+             m_directory.File("aligned.wav"), "--update-count", "--print", "hello", "--quit"}),
+        0)
+        << Log();
+    for (const char* szLine :
+         {"link  captures go to the track \"Dub\"", "apt  the automatic switch is on",
+          "apt  captured 48000 to 192000 (3.00 s) as the guide: ",
+          "apt  captured 52000 to 196000 (3.00 s): ", "apt  the host has the take",
+          "apt  the host rendered 48000 to 192000 (3.00 s)", "apt  the host exported 3.00 s: ",
+          "apt  the host's update count is ", "apt  the host was given a text to print: hello"}) {
+        EXPECT_TRUE(HasLine(szLine)) << szLine << '\n' << Log();
+    }
+}
+
+TEST_F(Workstation, StepsThatAreNotTakenMakeTheStatus) {
+    EXPECT_EQ(Run({"--view", "apt", "--quit", "--guide"}), 1);
+    EXPECT_TRUE(HasLine("steps that were not taken: 1")) << Log();
+}
+
+TEST_F(Workstation, NoFileIsReplacedUnlessItIsSaid) {
+    StartHost();
+    for (const char* szWhat : {"--export", "--screenshot", "--picture"}) {
+        m_directory.Write("there", "mine");
+        Strings arguments{"--view",  "doubler", "--capture",
+                          "guide@0", szWhat,    m_directory.File("there"),
+                          "--quit"};
+        EXPECT_EQ(Run(arguments), 1) << szWhat;
+        EXPECT_EQ(m_directory.Read("there"), "mine");
+        EXPECT_TRUE(HasLine("is there already; --force replaces it")) << Log();
+        arguments.push_back("--force");
+        EXPECT_EQ(Run(arguments), 0) << szWhat << Log();
+        EXPECT_NE(m_directory.Read("there"), "mine");
+    }
+    m_directory.Write("there", "mine");
+    EXPECT_EQ(Run({"--gallery", "--screenshot", m_directory.File("there"), "--quit"}), 1);
+    EXPECT_EQ(m_directory.Read("there"), "mine");
 }
 
 TEST_F(Workstation, WithoutADisplayThereIsOneSentence) {
@@ -182,6 +302,10 @@ TEST_F(Workstation, WithoutADisplayThereIsOneSentence) {
     EXPECT_EQ(Run({"--quit"}), 2);
     EXPECT_EQ(m_directory.Read("run.err"),
               "tavarin-workstation: there is no display: DISPLAY is not set\n");
+    const CScopedEnvironment unreachable("DISPLAY", ":4711");
+    EXPECT_EQ(Run({"--quit"}), 2);
+    EXPECT_EQ(m_directory.Read("run.err"),
+              "tavarin-workstation: there is no display: Unable to connect to X Server `:4711'\n");
 }
 
 TEST_F(Workstation, MissingTakesAndBundlesAreNamed) {
@@ -209,7 +333,87 @@ TEST_F(Workstation, GalleryIsPhotographedAndHasNoPlugIn) {
     EXPECT_EQ(Run({"--gallery", "--screenshot", strPicture, "--quit"}), 0);
     EXPECT_EQ(m_directory.Read("gallery.png").substr(1, 3), "PNG");
     EXPECT_EQ(Run({"--gallery", "--render", "--quit"}), 1);
-    EXPECT_NE(m_directory.Read("run.err").find("no plug-in"), std::string::npos);
+    EXPECT_TRUE(HasLine("the step failed: a gallery has no plug-in")) << Log();
+}
+
+class WorkstationScheme : public Workstation, public testing::WithParamInterface<const char*> {
+protected:
+    std::string Write(std::string const& strColour) const {
+        return m_directory.Write("mine.json",
+                                 R"({"format": "TavarinColourScheme", "colours": [
+            {"component": "ccWindowBackground", "name": "Window", "colour": ")" +
+                                     strColour + R"("}]})");
+    }
+
+    std::string PictureOf(std::string const& strScheme) {
+        EXPECT_EQ(Run({GetParam(), "--scheme", strScheme, "--wait", "0.5", "--picture",
+                       m_directory.File("new.png"), "--quit"}),
+                  0)
+            << m_directory.Read("run.err");
+        const std::string strPicture = m_directory.Read("new.png");
+        std::filesystem::remove(m_directory.File("new.png"));
+        return strPicture;
+    }
+};
+
+// The picture that is taken when a scheme has changed is that of the new scheme from the start.
+TEST_P(WorkstationScheme, IsShownAndFollowsItsFile) {
+    const std::string strFile = Write("#304050");
+    const std::string strBefore = PictureOf(strFile);
+    EXPECT_NE(strBefore, PictureOf("designer"));
+    auto workstation = Start("run", {GetParam(), "--scheme", strFile, "--wait", "0.5", "--picture",
+                                     m_directory.File("first.png"), "--wait", "4", "--picture",
+                                     m_directory.File("last.png"), "--quit"});
+    for (int nTry = 0; nTry < 1000 && !m_directory.Has("first.png"); ++nTry) usleep(10'000);
+    Write("#5030401");
+    for (int nTry = 0; nTry < 300 && !HasLine("stays as it was: "); ++nTry) usleep(10'000);
+    Write("#503040");
+    EXPECT_EQ(workstation->Wait(), 0);
+    EXPECT_TRUE(HasLine("the scheme stays as it was: colour 1 in")) << Log();
+    EXPECT_TRUE(HasLine("the scheme was read again: " + strFile)) << Log();
+    EXPECT_EQ(m_directory.Read("first.png"), strBefore);
+    const std::string strAfter = m_directory.Read("last.png");
+    EXPECT_NE(strAfter, strBefore);
+    EXPECT_EQ(strAfter, PictureOf(strFile));
+}
+
+INSTANTIATE_TEST_SUITE_P(, WorkstationScheme, testing::Values("--gallery", "--view=apt"),
+                         [](auto const& info) {
+                             return std::string(info.param).substr(2, 4) == "view" ? "View"
+                                                                                   : "Gallery";
+                         });
+
+TEST_F(Workstation, SchemeThatCannotBeReadIsNamed) {
+    EXPECT_EQ(Run({"--scheme", "nothing", "--quit"}), 2);
+    EXPECT_NE(m_directory.Read("run.err").find("\"nothing\" is no palette and no file"),
+              std::string::npos)
+        << m_directory.Read("run.err");
+}
+
+// What is written of the window is as large as the window is then.
+TEST_F(Workstation, WindowIsResizedAndClicksAndKeysReachTheTrackList) {
+    if (std::system("command -v xdotool >/dev/null") != 0) GTEST_SKIP() << "no xdotool";
+    std::string strTracks = "Lead";
+    for (int nTrack = 2; nTrack <= 200; ++nTrack) strTracks += ",Track " + std::to_string(nTrack);
+    StartHost(strTracks);
+    auto workstation =
+        Start("run", {"--view", "link", "--wait", "0.5", "--picture", m_directory.File("ready.png"),
+                      "--wait", "5", "--screenshot", m_directory.File("window.png"), "--capture",
+                      "guide@0", "--quit"});
+    for (int nTry = 0; nTry < 1000 && !m_directory.Has("ready.png"); ++nTry) usleep(10'000);
+    EXPECT_EQ(std::system("window=$(xdotool search --name 'Tavarin workstation' | tail -1) && "
+                          "xdotool windowsize $window 700 800 && sleep 0.5 && "
+                          "xdotool mousemove --window $window 200 97 click 1 && sleep 0.5 && "
+                          "xdotool key t r a c k space 1 5 9 Return"),
+              0);
+    EXPECT_EQ(workstation->Wait(), 0) << Log();
+    EXPECT_EQ(PictureSize("window.png"), (std::pair{700, 800}));
+    CTANClientInterProcess client;
+    std::string strScript =
+        "if SelectScriptDocument() then print(GetRegionCount(GetTrackID(158))) end\n";
+    std::string strReply;
+    EXPECT_EQ(client.SendTANMessage(1, strScript, strReply, 5000), 0);
+    EXPECT_EQ(strReply, "1\n") << client.m_strLastError;
 }
 
 TEST_F(Workstation, BadArgumentsAreExplained) {

@@ -32,7 +32,8 @@ constexpr COption kOptions[] = {
     {"--wait", StepKind::Wait, "SECONDS", "let some time go by"},
     {"--screenshot", StepKind::Screenshot, "FILE.png", "write a picture of the window"},
     {"--picture", StepKind::Picture, "FILE.png", "write a picture of the plug-in's view"},
-    {"--quit", StepKind::Quit, nullptr, "end, with status 1 if a step has failed or a take waits"},
+    {"--quit", StepKind::Quit, nullptr,
+     "end, with status 1 if a step was not done or a take waits"},
 };
 
 double ToNumber(std::string const& strText, std::string const& strOption) {
@@ -107,9 +108,18 @@ std::optional<CArguments> ReadArguments(int argc, char** argv, int* pnStatus) {
                  "show every control in every state instead of a plug-in");
     app.add_option("--bundle", arguments.strBundle, "path of TavarinProLink.bundle")
         ->check(CLI::ExistingDirectory);
+    app.add_option("--scheme", arguments.strScheme,
+                   "show these colours, as they are at any time: designer, engineer, a scheme file "
+                   "or a JSON file")
+        ->type_name("FILE");
+    app.add_option("--over", arguments.strSchemeBase, "lay the scheme over this one")
+        ->type_name("FILE")
+        ->capture_default_str();
     app.add_option("--captures", arguments.strCaptures,
                    "keep captured files in this directory (default: a new one among those of the "
                    "plug-ins)");
+    app.add_flag("--force", arguments.fForce,
+                 "let --export, --screenshot and --picture replace a file");
     std::map<CLI::Option const*, COption const*> known;
     for (COption const& option : kOptions) {
         CLI::Option* pOption = nullptr;

@@ -13,7 +13,7 @@ enum class StepKind {
     AutoSwitch,   ///< turn the APT view's automatic switch "on" or "off"
     Track,        ///< choose the track at a position in the Link view
     Render,       ///< have the host render its selected region
-    Export,       ///< fetch the host's selected region into a file
+    Export,       ///< fetch the host's selected region into a file; empty: leave it where it is
     Print,        ///< have the host print a text
     UpdateCount,  ///< ask for the host's update count
     Wait,         ///< let so many seconds go by
@@ -33,8 +33,11 @@ struct CArguments {
     bool fGallery = false;        ///< show all controls instead of a plug-in
     std::string strBundle;        ///< path of the bundle
     std::string strGallery;       ///< path of the bundle with the gallery
-    std::string strCaptures;      ///< directory for captured files; empty: a new one
-    std::vector<CStep> steps;     ///< in the order of the command line
+    std::string strScheme;        ///< the colours to show: a palette or a file; empty: Designer
+    std::string strSchemeBase = "designer";  ///< what they are laid over
+    std::string strCaptures;                 ///< directory for captured files; empty: a new one
+    bool fForce = false;                     ///< what is written may replace a file
+    std::vector<CStep> steps;                ///< in the order of the command line
 };
 
 /// Reads a command line. Nothing comes back when the program has to end at once, with the status

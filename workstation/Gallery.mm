@@ -3,10 +3,12 @@
 #import <AppKit/AppKit.h>
 
 #include <iterator>
+#include <string>
 
 #include "colours/ComponentCodes.h"
 #include "colours/ComponentColour.h"
 #include "colours/DefaultColours.h"
+#include "colours/SchemeFile.h"
 #import "controls/GraphicUtils.h"
 #import "controls/QXButtonCell.h"
 #import "controls/QXPopUpButtonCell.h"
@@ -29,19 +31,49 @@ constexpr std::int32_t kTopToBottom = 1;
 
 using Palette = void (*)(CComponentsColors*);
 
+/// What the Engineer palette gives way to, once there is one.
+struct CShownScheme {
+    std::string strName;
+    std::string strImage;
+};
+
+CShownScheme& ShownScheme() {
+    static CShownScheme scheme;
+    return scheme;
+}
+
+void FillWithScheme(CComponentsColors* colours) {
+    ReplaceScheme(*colours, ShownScheme().strImage);
+}
+
 /// One panel.
 struct CLook {
-    NSString* title;
-    Palette palette;
+    NSString* palette;  ///< nil: the scheme that is shown
+    NSString* style;
+    Palette fill;
     std::int32_t nStyle;
 };
 
-const CLook kLooks[] = {
-    {@"Designer, flat", AppCreateDefaultColoursDesigner, 1},
-    {@"Engineer, flat", AppCreateDefaultColoursEngineer, 1},
-    {@"Designer, shaded", AppCreateDefaultColoursDesigner, 0},
-    {@"Engineer, shaded", AppCreateDefaultColoursEngineer, 0},
+const CLook kPaletteLooks[] = {
+    {@"Designer", @"flat", AppCreateDefaultColoursDesigner, 1},
+    {@"Engineer", @"flat", AppCreateDefaultColoursEngineer, 1},
+    {@"Designer", @"shaded", AppCreateDefaultColoursDesigner, 0},
+    {@"Engineer", @"shaded", AppCreateDefaultColoursEngineer, 0},
 };
+
+const CLook kSchemeLooks[] = {
+    {nil, @"flat", FillWithScheme, 1},
+    {@"Designer", @"flat", AppCreateDefaultColoursDesigner, 1},
+    {nil, @"shaded", FillWithScheme, 0},
+    {@"Designer", @"shaded", AppCreateDefaultColoursDesigner, 0},
+};
+static_assert(std::size(kPaletteLooks) == std::size(kSchemeLooks));
+
+NSString* TitleOf(CLook const& look) {
+    NSString* name =
+        look.palette ? look.palette : [NSString stringWithUTF8String:ShownScheme().strName.c_str()];
+    return [NSString stringWithFormat:@"%@, %@", name, look.style];
+}
 
 /// One row of samples, as high as suits the size.
 struct CSize {
@@ -85,11 +117,13 @@ constexpr CGFloat kPanelWidth =
 constexpr CGFloat kPanelHeight =
     kHeaderHeight + 2 * (kCaptionHeight + std::size(kSizes) * kRowHeight) + kMargin;
 
+/// What fills the colours now; null when they have to be filled again.
+Palette gCurrent = nullptr;
+
 /// Sets what the controls read while they are drawn.
 void Use(CLook const& look) {
-    static Palette current = nullptr;
-    if (look.palette != current) look.palette(&gAppColours);
-    current = look.palette;
+    if (look.fill != gCurrent) look.fill(&gAppColours);
+    gCurrent = look.fill;
     gnAppStyle = look.nStyle;
 }
 
@@ -174,12 +208,21 @@ NSButtonCell* MakePopUp(CState const& state) {
     CLook const* m_look;
 }
 - (void)AddSamples;
+- (void)Show:(CLook const*)look;
 @end
 
 @implementation TavarinGallery_Panel
 
 - (BOOL)isFlipped {
     return YES;
+}
+
+- (void)Show:(CLook const*)look {
+    m_look = look;
+    for (NSUInteger nSample = 0; nSample < [[self subviews] count]; ++nSample) {
+        TavarinGallery_Sample* sample = [[self subviews] objectAtIndex:nSample];
+        sample->m_look = look;
+    }
 }
 
 - (void)AddSamples {
@@ -209,7 +252,7 @@ NSButtonCell* MakePopUp(CState const& state) {
     Use(*m_look);
     const NSRect bounds = [self bounds];
     Fill(bounds, ccWindowBackground);
-    Write(m_look->title, kMargin, 10, kTitleSize);
+    Write(TitleOf(*m_look), kMargin, 10, kTitleSize);
     CGFloat y = kHeaderHeight;
     for (CState const* states : {kButtonStates, kPopUpStates}) {
         Write(states == kButtonStates ? @"Buttons" : @"Pop-ups", kMargin, y + 5, kCaptionSize);
@@ -228,6 +271,10 @@ NSButtonCell* MakePopUp(CState const& state) {
 
 /// The whole gallery, in the size that it needs.
 @interface TavarinGallery_View : NSView
+
+/// Shows a scheme, given as its image, in place of one of the palettes.
+- (void)UseScheme:(NSData*)image named:(NSString*)name;
+
 @end
 
 @implementation TavarinGallery_View
@@ -236,17 +283,27 @@ NSButtonCell* MakePopUp(CState const& state) {
     self = [super
         initWithFrame:NSMakeRect(0, 0, 3 * kGap + 2 * kPanelWidth, 3 * kGap + 2 * kPanelHeight)];
     if (self == nil) return nil;
-    for (std::size_t nLook = 0; nLook < std::size(kLooks); ++nLook) {
+    for (std::size_t nLook = 0; nLook < std::size(kPaletteLooks); ++nLook) {
         const NSRect frame =
             NSMakeRect(kGap + (nLook % 2) * (kPanelWidth + kGap),
                        kGap + (nLook / 2) * (kPanelHeight + kGap), kPanelWidth, kPanelHeight);
         TavarinGallery_Panel* panel =
             [[[TavarinGallery_Panel alloc] initWithFrame:frame] autorelease];
-        panel->m_look = &kLooks[nLook];
+        panel->m_look = &kPaletteLooks[nLook];
         [panel AddSamples];
         [self addSubview:panel];
     }
     return self;
+}
+
+- (void)UseScheme:(NSData*)image named:(NSString*)name {
+    ShownScheme() = {[name UTF8String],
+                     std::string(static_cast<const char*>([image bytes]), [image length])};
+    gCurrent = nullptr;
+    for (NSUInteger nLook = 0; nLook < [[self subviews] count]; ++nLook) {
+        [[[self subviews] objectAtIndex:nLook] Show:&kSchemeLooks[nLook]];
+    }
+    [self setNeedsDisplay:YES];
 }
 
 - (BOOL)isFlipped {

@@ -3,8 +3,6 @@
 #include <cstdio>
 #include <stdexcept>
 
-#import "workstation/Screenshot.h"
-
 namespace {
 
 NSView* LoadGallery(std::string const& strPath) {
@@ -16,10 +14,15 @@ NSView* LoadGallery(std::string const& strPath) {
 
 }  // namespace
 
+/// What the gallery's own view has besides; its class is in the bundle.
+@protocol TavarinWorkstation_SchemeGallery
+- (void)UseScheme:(NSData*)image named:(NSString*)name;
+@end
+
 @implementation TavarinWorkstation_GalleryWindow
 
 - (id)initWithArguments:(CArguments const&)arguments {
-    self = [super initWithSteps:arguments.steps];
+    self = [super initWithArguments:arguments];
     if (self == nil) return nil;
     NSView* gallery = LoadGallery(arguments.strGallery);
     const NSRect frame = [gallery frame];
@@ -32,7 +35,18 @@ NSView* LoadGallery(std::string const& strPath) {
     [m_window setReleasedWhenClosed:NO];
     [m_window setTitle:@"Tavarin controls"];
     [m_window setContentView:gallery];
+    [self UseScheme];
     return self;
+}
+
+- (void)ShowScheme:(NSData*)image named:(NSString*)name {
+    id gallery = [m_window contentView];
+    [(id<TavarinWorkstation_SchemeGallery>)gallery UseScheme:image named:name];
+}
+
+- (void)Tell:(std::string const&)strLine {
+    std::printf("%s\n", strLine.c_str());
+    std::fflush(stdout);
 }
 
 - (void)dealloc {
@@ -52,10 +66,8 @@ NSView* LoadGallery(std::string const& strPath) {
 
 - (BOOL)Take:(CStep const&)step {
     const bool fPicture = step.kind == StepKind::Screenshot || step.kind == StepKind::Picture;
-    if (fPicture && WriteScreenshot([m_window contentView], step.strText)) return YES;
-    std::fprintf(stderr, "failed: %s\n",
-                 fPicture ? ("cannot write " + step.strText).c_str()
-                          : "a gallery has no plug-in to take this step");
+    if (fPicture) return [self WritePictureOf:[m_window contentView] to:step.strText];
+    [self Tell:"the step failed: a gallery has no plug-in to take it"];
     return NO;
 }
 

@@ -35,17 +35,18 @@ private:
 
 /// What became of a take.
 enum class TakeOutcome {
-    HandedOver,  ///< the host has it
-    Duplicate,   ///< the host had the same audio already, and the file is gone
-    Waits,       ///< there is no host, or none with a session
-    Refused      ///< the host did not take it
+    HandedOver,     ///< the host has it
+    ProcessFailed,  ///< the host has it, but not what the view made of it there
+    Duplicate,      ///< the host had the same audio already, and the file is gone
+    Waits,          ///< there is no host, or none with a session
+    Refused         ///< the host did not take it
 };
 
 /// One plug-in in the workstation: its view, and the notifications that it sends there. Each
-/// notification is logged with its record before and after.
+/// notification is recorded, with its record before and after.
 class CPlugIn {
 public:
-    CPlugIn(CPlugInBundle const& bundle, std::string strKind, LogFunction log);
+    CPlugIn(CPlugInBundle const& bundle, std::string strKind, LogFunction record);
     ~CPlugIn();
     CPlugIn(CPlugIn const&) = delete;
     CPlugIn& operator=(CPlugIn const&) = delete;
@@ -58,28 +59,43 @@ public:
     TakeOutcome Capture(std::string const& strFile, double dPosition, double dEnd);
     /// Whether the APT view takes the next take as a guide.
     bool TakesGuide() const;
-    /// What the view shows as an error; empty when it shows none.
-    std::string ErrorText() const;
+    /// Why the view or the host did not do what was asked last: what the view shows or what the
+    /// client says of the host, and where neither says anything, `szOtherwise`.
+    std::string WhyNot(const char* szOtherwise);
     /// The path of the exported file; nothing when nothing was exported.
     std::optional<std::string> Export(int nSampleRate);
-    /// Whether the host rendered.
-    bool Render(int nSampleRate);
-    void Print(std::string const& strText);
-    void AskUpdateCount();
+    /// Where the region is that the host rendered; nothing when it rendered none.
+    struct CSpan {
+        std::int64_t lStart;
+        std::int64_t lEnd;
+    };
+    std::optional<CSpan> Render(int nSampleRate);
 
-    /// \name What the user does in the view. False when this view has nothing of the kind.
+    /// \name What the view does not answer
+    /// Throws `std::runtime_error` when there is no host with a session.
     /// @{
-    bool ChooseTake(bool fGuide);
-    bool SetAutoSwitch(bool fOn);
-    bool ChooseTrack(int nTrack);
+    void Print(std::string const& strText);
+    std::int64_t AskUpdateCount();
+    /// @}
+
+    /// \name What the user does in the view
+    /// Throws `std::runtime_error`, which says why, when it cannot be done.
+    /// @{
+    void ChooseTake(bool fGuide);
+    void SetAutoSwitch(bool fOn);
+    /// Answers the track's name.
+    std::string ChooseTrack(int nTrack);
     /// @}
 
 private:
     int Track() const;
+    std::string ErrorText() const;
+    void RequireHost();
+    void RequireAPT() const;
     void Notify(std::int32_t nType, void* pRecord, std::uint32_t nSize);
 
     std::string m_strKind;
-    LogFunction m_log;
+    LogFunction m_record;
     CPlugInController* m_controller;
     CTANClientInterProcess m_client;
 };

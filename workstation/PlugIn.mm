@@ -53,9 +53,9 @@ CPlugInController* CPlugInBundle::MakeController(std::string const& strKind) con
     return controller;
 }
 
-CPlugIn::CPlugIn(CPlugInBundle const& bundle, std::string strKind, LogFunction log)
+CPlugIn::CPlugIn(CPlugInBundle const& bundle, std::string strKind, LogFunction record)
     : m_strKind(std::move(strKind)),
-      m_log(std::move(log)),
+      m_record(std::move(record)),
       m_controller(bundle.MakeController(m_strKind)) {}
 
 CPlugIn::~CPlugIn() {
@@ -78,7 +78,9 @@ TakeOutcome CPlugIn::Capture(std::string const& strFile, double dPosition, doubl
     CFileName file(&strFile);
     const bool fHasIt =
         m_client.CheckDuplicateRegion(m_strKind != "link", nTrack, &file, dPosition, 0, dEnd);
-    if (fHasIt) return TakeOutcome::HandedOver;
+    // The Link view makes nothing of a take, and shows nothing of what its client says.
+    const bool fFailed = m_strKind != "link" && !ErrorText().empty();
+    if (fHasIt) return fFailed ? TakeOutcome::ProcessFailed : TakeOutcome::HandedOver;
     return m_client.GetCurrentTANHost() < 1 ? TakeOutcome::Waits : TakeOutcome::Refused;
 }
 
@@ -99,6 +101,21 @@ std::string CPlugIn::ErrorText() const {
     return text == nil ? "" : [text UTF8String];
 }
 
+std::string CPlugIn::WhyNot(const char* szOtherwise) {
+    const std::string strShown = m_strKind == "link" ? "" : ErrorText();
+    if (!strShown.empty()) return strShown;
+    if (m_client.GetCurrentTANHost() < 1) return m_client.m_strLastError;
+    return szOtherwise;
+}
+
+void CPlugIn::RequireHost() {
+    if (m_client.GetCurrentTANHost() < 1) throw std::runtime_error(m_client.m_strLastError);
+}
+
+void CPlugIn::RequireAPT() const {
+    if (m_strKind != "apt") throw std::runtime_error("only the APT view has this; name it first");
+}
+
 std::optional<std::string> CPlugIn::Export(int nSampleRate) {
     paramExportSelectedRegion record{};
     record.nSampleRate = nSampleRate;
@@ -107,56 +124,65 @@ std::optional<std::string> CPlugIn::Export(int nSampleRate) {
     return std::string(record.szFilePath, strnlen(record.szFilePath, sizeof(record.szFilePath)));
 }
 
-bool CPlugIn::Render(int nSampleRate) {
+std::optional<CPlugIn::CSpan> CPlugIn::Render(int nSampleRate) {
     paramRenderSelectedRegion record{};
     record.nSampleRate = nSampleRate;
     Notify(notifyRenderSelectedRegion, &record, sizeof(record));
-    return record.fResult;
+    if (!record.fResult) return std::nullopt;
+    return CSpan{record.lStart, record.lEnd};
 }
 
 void CPlugIn::Print(std::string const& strText) {
+    RequireHost();
     std::string strRecord = strText;
     Notify(notifyPrint, strRecord.data(), static_cast<std::uint32_t>(strRecord.size() + 1));
 }
 
-void CPlugIn::AskUpdateCount() {
+std::int64_t CPlugIn::AskUpdateCount() {
+    RequireHost();
     paramUpdateCount record{};
     Notify(notifyUpdateCount, &record, sizeof(record));
+    return record.lUpdateCount;
 }
 
-bool CPlugIn::ChooseTake(bool fGuide) {
-    if (m_strKind != "apt") return false;
+void CPlugIn::ChooseTake(bool fGuide) {
+    RequireAPT();
     [Field(m_controller, fGuide ? @"m_btnGuide" : @"m_btnDub") performClick:nil];
-    return [Field(m_controller, @"m_fGuideSelected") boolValue] == fGuide;
+    if (TakesGuide() != fGuide) throw std::runtime_error("the view's button did nothing");
 }
 
-bool CPlugIn::SetAutoSwitch(bool fOn) {
-    if (m_strKind != "apt") return false;
-    const bool fBefore = [Field(m_controller, @"m_fAutoSwitch") boolValue];
-    if (fBefore != fOn) [Field(m_controller, @"m_btnAutoTrackSwitch") performClick:nil];
-    return [Field(m_controller, @"m_fAutoSwitch") boolValue] == fOn;
+void CPlugIn::SetAutoSwitch(bool fOn) {
+    RequireAPT();
+    const auto isOn = [this] { return [Field(m_controller, @"m_fAutoSwitch") boolValue] != NO; };
+    if (isOn() != fOn) [Field(m_controller, @"m_btnAutoTrackSwitch") performClick:nil];
+    if (isOn() != fOn) throw std::runtime_error("the view's button did nothing");
 }
 
-bool CPlugIn::ChooseTrack(int nTrack) {
-    if (m_strKind != "link") return false;
+std::string CPlugIn::ChooseTrack(int nTrack) {
+    if (m_strKind != "link") throw std::runtime_error("only the Link view has tracks to choose");
+    RequireHost();
     [(TavarinProLink_ViewController*)m_controller FillTrackList:nil];
     NSArray* tracks = Field(m_controller, @"m_Tracks");
     const auto nTracks = static_cast<int>([tracks count]);
-    if (nTrack < 0 || nTrack >= nTracks) return false;
+    if (nTrack < 0 || nTrack >= nTracks) {
+        throw std::runtime_error("there is no track " + std::to_string(nTrack) + "; the host has " +
+                                 std::to_string(nTracks) + ", from 0");
+    }
     NSArrayController* list = Field(m_controller, @"m_TracksArray");
     [list setSelectionIndex:nTrack];
-    return true;
+    NSString* name = [[tracks objectAtIndex:nTrack] valueForKey:@"Name"];
+    return name == nil ? "" : [name UTF8String];
 }
 
 void CPlugIn::Notify(std::int32_t nType, void* pRecord, std::uint32_t nSize) {
     const std::string strName = NotificationName(nType);
     const std::string strBefore = RecordText(nType, pRecord);
-    m_log(m_strKind + "  " + strName + "  before  " + strBefore);
+    m_record(m_strKind + "  " + strName + "  before  " + strBefore);
     const std::int32_t nResult = [m_controller NotificationReceived:nType
                                                                Data:pRecord
                                                            DataSize:nSize];
     const std::string strAfter = RecordText(nType, pRecord);
-    m_log(m_strKind + "  " + strName + "  after   " +
-          (strAfter == strBefore ? "(unchanged)" : strAfter) + "  returned " +
-          std::to_string(nResult));
+    m_record(m_strKind + "  " + strName + "  after   " +
+             (strAfter == strBefore ? "(unchanged)" : strAfter) + "  returned " +
+             std::to_string(nResult));
 }

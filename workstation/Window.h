@@ -5,18 +5,19 @@
 #include <memory>
 
 #include "workstation/Arguments.h"
+#import "workstation/Log.h"
 #import "workstation/StepTaker.h"
 #import "workstation/Widgets.h"
 #import "workstation/WorkSession.h"
 
 /// The workstation's one window: the plug-ins' views, a transport, the last take and the last
-/// result, and the log of every notification.
+/// result, and a log of what happened.
 @interface TavarinWorkstation_Window : TavarinWorkstation_StepTaker {
     std::unique_ptr<CWorkSession> m_session;
     NSWindow* m_window;
     NSMutableArray* m_chooseButtons;
     NSTextField* m_textPosition;
-    NSTextView* m_textLog;
+    TavarinWorkstation_Log* m_log;
     TavarinWorkstation_Waveform* m_take;
     TavarinWorkstation_Waveform* m_result;
     NSTimer* m_timerHosts;

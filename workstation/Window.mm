@@ -5,16 +5,14 @@
 #include <cstdlib>
 
 #import "Source/PanelDrawing.h"
+#import "Source/SchemeExchange.h"
 #include "colours/ComponentCodes.h"
-#import "workstation/Screenshot.h"
+#include "colours/ComponentColour.h"
+#include "colours/SchemeFile.h"
+#import "workstation/Desk.h"
 
 namespace {
 
-// Every panel is as large as a plug-in's view; together they fill a grid, with the log below.
-constexpr CGFloat kPanelWidth = 420;
-constexpr CGFloat kPanelHeight = 232;
-constexpr CGFloat kGap = 12;
-constexpr CGFloat kLogHeight = 190;
 constexpr CGFloat kMargin = 20;
 constexpr CGFloat kControlHeight = 20;
 constexpr CGFloat kPositionRow = 142;
@@ -22,7 +20,9 @@ constexpr CGFloat kCaptureRow = 84;
 constexpr CGFloat kHostRow = 26;
 constexpr CGFloat kCaptionHeight = 16;
 constexpr CGFloat kCaptionSize = 11;
-constexpr CGFloat kLogSize = 11;
+constexpr CGFloat kTitleBarHeight = 30;
+constexpr CGFloat kLeft = 40;
+constexpr CGFloat kBottom = 60;
 constexpr NSTimeInterval kCheckHostsEvery = 0.5;
 
 struct CKindName {
@@ -39,13 +39,9 @@ NSString* TitleOf(std::string const& strKind) {
     return found == std::end(kKindNames) ? @"" : found->title;
 }
 
-// The frame of a panel in a grid that is filled row by row from the top.
-NSRect PanelFrame(std::size_t nPanel, std::size_t nColumns, std::size_t nRows) {
-    const std::size_t nRow = nPanel / nColumns;
-    const std::size_t nColumn = nPanel % nColumns;
-    return NSMakeRect(kGap + nColumn * (kPanelWidth + kGap),
-                      kGap + kLogHeight + kGap + (nRows - 1 - nRow) * (kPanelHeight + kGap),
-                      kPanelWidth, kPanelHeight);
+void PrintLine(std::string const& strLine) {
+    std::printf("%s\n", strLine.c_str());
+    std::fflush(stdout);
 }
 
 double ToPosition(NSTextField* field) {
@@ -54,54 +50,52 @@ double ToPosition(NSTextField* field) {
 
 }  // namespace
 
-/// What lies between the panels.
-@interface TavarinWorkstation_Desk : NSView
-@end
-
-@implementation TavarinWorkstation_Desk
-- (void)drawRect:(NSRect)dirty {
-    [PanelColour(ccTrackBackground) set];
-    NSRectFill(dirty);
-}
-- (BOOL)isOpaque {
-    return YES;
-}
-@end
-
 @interface TavarinWorkstation_Window (Private)
 - (void)MakeWindow;
 - (NSView*)MakeTransport;
 - (TavarinWorkstation_Waveform*)AddWaveform:(NSString*)title to:(NSMutableArray*)panels;
-- (NSView*)MakeLog:(NSRect)frame;
-- (void)Log:(std::string const&)strLine;
 - (void)ShowChosen;
 @end
 
 @implementation TavarinWorkstation_Window
 
 - (id)initWithArguments:(CArguments const&)arguments {
-    self = [super initWithSteps:arguments.steps];
+    self = [super initWithArguments:arguments];
     if (self == nil) return nil;
     TavarinWorkstation_Window* window = self;
     CWorkSession::CDisplay display;
-    display.log = [window](std::string const& strLine) { [window Log:strLine]; };
+    display.log = [window](std::string const& strLine) { [window Tell:strLine]; };
+    display.record = PrintLine;
     display.showTake = [window](CAudioClip const& clip) { [window->m_take Show:clip]; };
     display.showResult = [window](CAudioClip const& clip) { [window->m_result Show:clip]; };
     display.showChosen = [window](CPlugIn const&) { [window ShowChosen]; };
     m_session = std::make_unique<CWorkSession>(arguments, display);
     [self MakeWindow];
     [self ShowChosen];
+    [self UseScheme];
     return self;
+}
+
+- (void)ShowScheme:(NSData*)image named:(NSString*)name {
+    ReplaceScheme(gAppColours,
+                  std::string(static_cast<const char*>([image bytes]), [image length]));
+    [(id)NSClassFromString(@"TavarinProLink_SchemeExchange") UseImage:image];
+    ColourField(m_textPosition);
+    [m_log Colour];
+    [self ShowChosen];
+    [[m_window contentView] setNeedsDisplay:YES];
 }
 
 - (void)dealloc {
     [m_window release];
+    [m_log release];
     [m_chooseButtons release];
     [super dealloc];
 }
 
 - (void)Start {
     [m_window makeKeyAndOrderFront:nil];
+    m_session->CheckHosts();
     m_timerHosts = [NSTimer scheduledTimerWithTimeInterval:kCheckHostsEvery
                                                     target:self
                                                   selector:@selector(CheckHosts:)
@@ -129,9 +123,7 @@ double ToPosition(NSTextField* field) {
     if (!fWindow && step.kind != StepKind::Picture) return m_session->Take(step);
     m_session->CheckHosts();
     NSView* view = fWindow ? [m_window contentView] : m_session->Chosen().View();
-    if (WriteScreenshot(view, step.strText)) return YES;
-    [self Log:"failed: cannot write " + step.strText];
-    return NO;
+    return [self WritePictureOf:view to:step.strText];
 }
 
 - (void)TakeStep:(StepKind)kind text:(std::string const&)strText {
@@ -174,38 +166,38 @@ double ToPosition(NSTextField* field) {
 }
 
 - (void)MakeWindow {
-    const std::size_t nPlugIns = m_session->PlugIns().size();
-    const std::size_t nColumns = nPlugIns > 1 ? 3 : 2;
-    const std::size_t nRows = 2;
-    const CGFloat width = kGap + nColumns * (kPanelWidth + kGap);
-    const CGFloat height = kGap + kLogHeight + kGap + nRows * (kPanelHeight + kGap);
-    m_window =
-        [[NSWindow alloc] initWithContentRect:NSMakeRect(40, 60, width, height)
-                                    styleMask:NSWindowStyleMaskTitled | NSWindowStyleMaskClosable |
-                                              NSWindowStyleMaskMiniaturizable
-                                      backing:NSBackingStoreBuffered
-                                        defer:NO];
-    [m_window setReleasedWhenClosed:NO];
-    [m_window setTitle:@"Tavarin workstation"];
-    NSView* desk = [[[TavarinWorkstation_Desk alloc] initWithFrame:NSZeroRect] autorelease];
-    [m_window setContentView:desk];
-
     NSMutableArray* panels = [NSMutableArray array];
     for (auto const& plugIn : m_session->PlugIns()) [panels addObject:plugIn->View()];
     [panels addObject:[self MakeTransport]];
     m_take = [self AddWaveform:@"Take" to:panels];
     m_result = [self AddWaveform:@"From the host" to:panels];
     [m_result SetBright:YES];
-    for (NSUInteger nPanel = 0; nPanel < [panels count]; ++nPanel) {
-        NSView* panel = [panels objectAtIndex:nPanel];
-        [panel setFrame:PanelFrame(nPanel, nColumns, nRows)];
-        [desk addSubview:panel];
-    }
-    [desk addSubview:[self MakeLog:NSMakeRect(kGap, kGap, width - 2 * kGap, kLogHeight)]];
+    m_log = [[TavarinWorkstation_Log alloc] init];
+
+    const NSUInteger nColumns = m_session->PlugIns().size() > 1 ? 3 : 2;
+    NSSize size = [TavarinWorkstation_Desk SizeForPanels:[panels count] columns:nColumns];
+    const NSSize screen = [[NSScreen mainScreen] visibleFrame].size;
+    size.width = std::min(size.width, screen.width);
+    size.height = std::min(size.height, screen.height - kTitleBarHeight);
+    const NSPoint place =
+        NSMakePoint(std::min(kLeft, screen.width - size.width),
+                    std::min(kBottom, screen.height - kTitleBarHeight - size.height));
+    m_window = [[NSWindow alloc]
+        initWithContentRect:NSMakeRect(place.x, place.y, size.width, size.height)
+                  styleMask:NSWindowStyleMaskTitled | NSWindowStyleMaskClosable |
+                            NSWindowStyleMaskMiniaturizable | NSWindowStyleMaskResizable
+                    backing:NSBackingStoreBuffered
+                      defer:NO];
+    [m_window setReleasedWhenClosed:NO];
+    [m_window setTitle:@"Tavarin workstation"];
+    [m_window setContentMinSize:[TavarinWorkstation_Desk LeastSize]];
+    [m_window setContentView:[[[TavarinWorkstation_Desk alloc] initWithPanels:panels
+                                                                          log:[m_log View]
+                                                                         size:size] autorelease]];
 }
 
 - (TavarinWorkstation_Waveform*)AddWaveform:(NSString*)title to:(NSMutableArray*)panels {
-    NSView* panel = MakePanel(title, NSMakeSize(kPanelWidth, kPanelHeight));
+    NSView* panel = MakePanel(title, PanelSize());
     TavarinWorkstation_Waveform* waveform =
         [[[TavarinWorkstation_Waveform alloc] initWithFrame:PanelContent(panel)] autorelease];
     [panel addSubview:waveform];
@@ -214,20 +206,21 @@ double ToPosition(NSTextField* field) {
 }
 
 - (NSView*)MakeTransport {
-    NSView* panel = MakePanel(@"Workstation", NSMakeSize(kPanelWidth, kPanelHeight));
-    const CGFloat third = (kPanelWidth - 2 * kMargin - 2 * 8) / 3;
+    NSView* panel = MakePanel(@"Workstation", PanelSize());
+    const CGFloat panelWidth = PanelSize().width;
+    const CGFloat third = (panelWidth - 2 * kMargin - 2 * 8) / 3;
     const auto place = [third](int nColumn, CGFloat y, CGFloat height) {
         return NSMakeRect(kMargin + nColumn * (third + 8), y, third, height);
     };
     m_chooseButtons = [[NSMutableArray alloc] init];
     if (m_session->PlugIns().size() > 1) {
-        CGFloat x = kPanelWidth - kMargin;
+        CGFloat x = panelWidth - kMargin;
         for (std::size_t nPlugIn = m_session->PlugIns().size(); nPlugIn-- > 0;) {
             const CGFloat width = 68;
             x -= width;
             NSButton* button =
                 MakeButton(TitleOf(m_session->PlugIns()[nPlugIn]->Kind()),
-                           NSMakeRect(x, kPanelHeight - 30, width, kControlHeight), self,
+                           NSMakeRect(x, PanelSize().height - 30, width, kControlHeight), self,
                            @selector(OnChoose:), @"What follows goes to this plug-in");
             x -= 6;
             [m_chooseButtons insertObject:button atIndex:0];
@@ -265,48 +258,18 @@ double ToPosition(NSTextField* field) {
                                  {@"Ask the host", kHostRow}};
     for (CCaption const& caption : captions) {
         const NSRect frame = NSMakeRect(kMargin, caption.y + kControlHeight + 4,
-                                        kPanelWidth - 2 * kMargin, kCaptionHeight);
-        [panel addSubview:MakeLabel(caption.title, frame, kCaptionSize)];
+                                        panelWidth - 2 * kMargin, kCaptionHeight);
+        [panel
+            addSubview:MakeText(@"TavarinProLink_CaptionText", caption.title, frame, kCaptionSize)];
     }
     m_textPosition = MakeField(@"48000", place(0, kPositionRow, kControlHeight));
     [panel addSubview:m_textPosition];
     return panel;
 }
 
-- (NSView*)MakeLog:(NSRect)frame {
-    NSScrollView* scroll = [[[NSScrollView alloc] initWithFrame:frame] autorelease];
-    // A scroller would be the one bright thing here; the wheel works without.
-    [scroll setHasVerticalScroller:NO];
-    [scroll setHasHorizontalScroller:NO];
-    [scroll setBorderType:NSNoBorder];
-    const NSSize size = [scroll contentSize];
-    m_textLog =
-        [[[NSTextView alloc] initWithFrame:NSMakeRect(0, 0, size.width, size.height)] autorelease];
-    [m_textLog setEditable:NO];
-    [m_textLog setFont:[NSFont userFixedPitchFontOfSize:kLogSize]];
-    [m_textLog setTextColor:PanelColour(ccControlText)];
-    [m_textLog setBackgroundColor:PanelColour(ccTextEditorBackground)];
-    [m_textLog setVerticallyResizable:YES];
-    [m_textLog setHorizontallyResizable:NO];
-    [m_textLog setMaxSize:NSMakeSize(1e6, 1e6)];
-    [[m_textLog textContainer] setWidthTracksTextView:YES];
-    [m_textLog setTextContainerInset:NSMakeSize(8, 8)];
-    [scroll setDocumentView:m_textLog];
-    return scroll;
-}
-
-- (void)Log:(std::string const&)strLine {
-    std::printf("%s\n", strLine.c_str());
-    std::fflush(stdout);
-    NSDictionary* attributes =
-        [NSDictionary dictionaryWithObjectsAndKeys:[NSFont userFixedPitchFontOfSize:kLogSize],
-                                                   NSFontAttributeName, PanelColour(ccControlText),
-                                                   NSForegroundColorAttributeName, nil];
-    NSAttributedString* line =
-        [[[NSAttributedString alloc] initWithString:[Text(strLine) stringByAppendingString:@"\n"]
-                                         attributes:attributes] autorelease];
-    [[m_textLog textStorage] appendAttributedString:line];
-    [m_textLog scrollRangeToVisible:NSMakeRange([[m_textLog string] length], 0)];
+- (void)Tell:(std::string const&)strLine {
+    PrintLine(strLine);
+    [m_log Add:strLine];
 }
 
 - (void)ShowChosen {

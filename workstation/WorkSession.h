@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/DeadHostWatch.h"
 #include "workstation/Arguments.h"
 #include "workstation/AudioClip.h"
 #import "workstation/PlugIn.h"
@@ -17,7 +18,8 @@ class CWorkSession {
 public:
     /// How a session shows itself.
     struct CDisplay {
-        LogFunction log;
+        LogFunction log;     ///< what happened, in words
+        LogFunction record;  ///< a notification's record before or after
         std::function<void(CAudioClip const&)> showTake;
         std::function<void(CAudioClip const&)> showResult;
         std::function<void(CPlugIn const&)> showChosen;
@@ -32,11 +34,12 @@ public:
     /// Lets every view look which host is current, and hands over what has waited for one.
     void CheckHosts();
 
-    /// Says which takes still wait for a host. True when none does.
+    /// Says which takes still wait for a host. True when none does, and none that has waited went
+    /// wrong.
     bool TellWaiting() const;
 
-    /// Takes one step other than waiting, a picture and the end. False, with a line in the log,
-    /// when it failed.
+    /// Takes one step other than waiting, a picture and the end. False, with a line in the log that
+    /// says why, when it was not done.
     bool Take(CStep const& step);
 
     /// The path of what came back last; empty when nothing did.
@@ -51,13 +54,22 @@ private:
         double dFrames;
     };
 
+    void TellHost();
+    void Tell(std::string const& strLine) const;
     TakeOutcome HandOver(CWaitingTake const& take);
-    bool Choose(std::string const& strKind);
+    void Choose(std::string const& strKind);
     bool Capture(std::string const& strTake, double dPosition);
-    bool Export(std::string const& strFile);
+    void Render();
+    void Export(std::string const& strFile);
     bool Carry(CStep const& step);
 
     CDisplay m_display;
+    bool m_fForce;
+    CTANClientInterProcess m_client;
+    int m_nSeenHost;
+    CDeadHostWatch m_deadHosts;
+    int m_nDeadHosts = 0;  ///< of which the log has been told
+    bool m_fTakeLost = false;
     CPlugInBundle m_bundle;
     CTakes m_takes;
     std::vector<std::unique_ptr<CPlugIn>> m_plugIns;

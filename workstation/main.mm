@@ -7,6 +7,8 @@
 #include "colours/ComponentColour.h"
 #include "colours/DefaultColours.h"
 #include "platform/Application.h"
+#include "platform/ExceptionGuard.h"
+#include "tools/ToolFailure.h"
 #include "workstation/Arguments.h"
 #import "workstation/GalleryWindow.h"
 #import "workstation/Window.h"
@@ -73,7 +75,9 @@ int Run(int argc, char** argv) {
 
     NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
     PrepareApplication();
-    [NSApplication sharedApplication];
+    const std::optional<std::string> unreachable =
+        ExceptionIn([] { [NSApplication sharedApplication]; });
+    if (unreachable) throw std::runtime_error("there is no display: " + *unreachable);
     StopOnExceptions();
     AppCreateDefaultColoursDesigner(&gAppColours);
     TavarinWorkstation_Delegate* delegate = [[TavarinWorkstation_Delegate alloc] init];
@@ -89,6 +93,9 @@ int Run(int argc, char** argv) {
 int main(int argc, char** argv) {
     try {
         return Run(argc, argv);
+    } catch (CToolFailure const& failure) {
+        failure.Report("tavarin-workstation");
+        return kExitTrouble;
     } catch (std::exception const& failure) {
         std::fprintf(stderr, "tavarin-workstation: %s\n", failure.what());
         return kExitTrouble;

@@ -3,8 +3,8 @@
 //   show-view BUNDLE TAKE SAMPLES [SECONDS]
 //
 // Shows the Doubler view and hands over TAKE, a sound file of SAMPLES samples, at the start of the
-// timeline. Ends with the window, or after SECONDS. The view deletes a take that the host has
-// already: give it a file that is yours to lose.
+// timeline, in place of what the host's first track holds. Ends with the window, or after SECONDS.
+// The view deletes a take that the host has already: give it a file that is yours to lose.
 
 #import <AppKit/AppKit.h>
 
@@ -48,7 +48,9 @@ NSWindow* Show(NSViewController* view) {
 
 void Capture(TavarinProDoublerLink_ViewController* view, const char* szPath, double dSamples) {
     paramPostAnalyze record{};
-    std::strncpy(record.szFilePath, szPath, sizeof(record.szFilePath) - 1);
+    // The host opens the file, from wherever it was started.
+    const std::string strPath = std::filesystem::absolute(szPath).string();
+    std::strncpy(record.szFilePath, strPath.c_str(), sizeof(record.szFilePath) - 1);
     record.dRegionEnd = dSamples;
     [view NotificationReceived:notifyPostAnalyze Data:&record DataSize:sizeof(record)];
     // Asked for by name: the class is not linked, and its fields are not either.

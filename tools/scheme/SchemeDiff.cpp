@@ -11,11 +11,6 @@ bool IsGradientColour(CComponentColour const& colour) {
     return dynamic_cast<CGradientFill const*>(&colour) != nullptr;
 }
 
-// Not CComponentColour's own comparison, which takes a gradient and a plain colour for equal.
-bool LooksAlike(CComponentColour const& a, CComponentColour const& b) {
-    return IsGradientColour(a) == IsGradientColour(b) && CColourRamp(a).IsLike(CColourRamp(b));
-}
-
 std::string DescribeChange(CComponentColour const& a, CComponentColour const& b) {
     std::string change;
     const auto add = [&change](std::string const& text) {
@@ -34,6 +29,11 @@ std::string DescribeSole(char sign, CComponentColour const& colour) {
 }
 
 }  // namespace
+
+// Not CComponentColour's own comparison, which takes a gradient and a plain colour for equal.
+bool LooksAlike(CComponentColour const& a, CComponentColour const& b) {
+    return IsGradientColour(a) == IsGradientColour(b) && CColourRamp(a).IsLike(CColourRamp(b));
+}
 
 std::vector<std::string> DiffSchemes(CComponentsColors const& first,
                                      CComponentsColors const& second) {

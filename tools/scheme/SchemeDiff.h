@@ -9,3 +9,6 @@
 /// empty when nothing does. Channels up to 1/256 apart count as equal.
 std::vector<std::string> DiffSchemes(CComponentsColors const& first,
                                      CComponentsColors const& second);
+
+/// Whether two colours, plain or gradients, look alike.
+bool LooksAlike(CComponentColour const& a, CComponentColour const& b);

@@ -12,6 +12,7 @@
 #include "colours/DeviceRGB.h"
 #include "colours/SchemeFile.h"
 #include "tools/ToolFailure.h"
+#include "tools/scheme/SchemeText.h"
 
 namespace {
 
@@ -51,23 +52,30 @@ std::string ExactHex(CComponentColour const& colour) {
     return fOpaque ? hex.substr(0, 7) : hex;
 }
 
-json ChannelsToJson(CComponentColour const& holder, CComponentColour const& colour) {
+json ChannelsToJson(CComponentColour const& holder, CComponentColour const& colour, Channels how) {
+    if (how == Channels::Rounded) {
+        Rgba rgba;
+        for (std::size_t index = 0; index < rgba.size(); ++index) {
+            rgba[index] = RequireNumber(colour.m_rgba[index], holder);
+        }
+        return ExactHexText(rgba);
+    }
     if (const std::string hex = ExactHex(colour); !hex.empty()) return hex;
     json channels = json::array();
     for (double channel : colour.m_rgba) channels.push_back(RequireNumber(channel, holder));
     return channels;
 }
 
-json StopsToJson(CGradientFill const& gradient) {
+json StopsToJson(CGradientFill const& gradient, Channels how) {
     json stops = json::array();
     for (CGradComponent const* stop : gradient.m_components) {
         stops.push_back({{szPosition, RequireNumber(stop->m_fPosition, gradient)},
-                         {szColour, ChannelsToJson(gradient, *stop)}});
+                         {szColour, ChannelsToJson(gradient, *stop, how)}});
     }
     return stops;
 }
 
-json ColourToJson(CComponentColour const& colour) {
+json ColourToJson(CComponentColour const& colour, Channels how) {
     json row = json::object();
     const std::string component(ComponentCodeName(colour.m_code));
     if (!component.empty()) row[szComponent] = component;
@@ -75,9 +83,9 @@ json ColourToJson(CComponentColour const& colour) {
     row[szName] = colour.m_name;
     row[szClass] = colour.m_nClass;
     if (auto const* gradient = dynamic_cast<CGradientFill const*>(&colour)) {
-        row[szStops] = StopsToJson(*gradient);
+        row[szStops] = StopsToJson(*gradient, how);
     } else {
-        row[szColour] = ChannelsToJson(colour, colour);
+        row[szColour] = ChannelsToJson(colour, colour, how);
     }
     return row;
 }
@@ -231,15 +239,15 @@ json ParseScheme(std::string const& text) {
 
 }  // namespace
 
-std::string SchemeToJson(CComponentsColors const& scheme) {
+std::string SchemeToJson(CComponentsColors const& scheme, Channels channels) {
     // A line for each colour, to be found, compared and copied as one.
     std::string text = "{\"" + std::string(szFormat) + "\": " + json(szSchemeIdentifier).dump() +
                        ",\n \"" + szColours + "\": [";
     const char* szBetween = "\n  ";
     for (auto const& entry : scheme.Entries()) {
         // Names are bytes: what is not UTF-8 in them must not keep the rest from being written.
-        text += szBetween +
-                ColourToJson(*entry.pColour).dump(-1, ' ', false, json::error_handler_t::replace);
+        text += szBetween + ColourToJson(*entry.pColour, channels)
+                                .dump(-1, ' ', false, json::error_handler_t::replace);
         szBetween = ",\n  ";
     }
     return text + "\n ]}\n";

@@ -6,16 +6,18 @@
 
 #include "colours/ColourRamp.h"
 #include "colours/ComponentCodes.h"
+#include "tools/scheme/SchemeDiff.h"
 #include "tools/scheme/SchemeText.h"
 
 namespace {
 
 constexpr int kColumns = 4;
 constexpr int kColumnWidth = 385;
-constexpr int kRowHeight = 34;
+constexpr int kRowHeight = 48;
 constexpr int kMargin = 24;
 constexpr int kSwatchWidth = 62;
-constexpr int kSwatchHeight = 26;
+constexpr int kSwatchHeight = 40;
+constexpr std::size_t kMostStopsTold = 3;
 constexpr int kTitleHeight = 64;
 constexpr int kHeadingHeight = 44;
 constexpr int kWidth = 2 * kMargin + kColumns * kColumnWidth;
@@ -56,10 +58,20 @@ std::string StopColour(Rgba const& rgba, const char* property) {
     return text;
 }
 
+// As ColourText, or only as much of a gradient as there is room for.
+std::string ShortText(CComponentColour const& colour) {
+    const CColourRamp ramp(colour);
+    auto const& stops = ramp.Stops();
+    if (stops.size() <= kMostStopsTold) return ColourText(colour);
+    return HexText(stops.front().rgba) + " to " + HexText(stops.back().rgba) + ", " +
+           std::to_string(stops.size()) + " stops";
+}
+
 class CSchemePicture {
 public:
-    CSchemePicture(CComponentsColors const& scheme, std::string const& title)
-        : m_groups(GroupByClass(scheme)), m_strTitle(title) {
+    CSchemePicture(CComponentsColors const& scheme, std::string const& title,
+                   CComponentsColors const* pBase)
+        : m_groups(GroupByClass(scheme)), m_pBase(pBase), m_strTitle(title) {
         m_strPaper = FirstColour(scheme, ccWindowBackground, "#808080");
         m_strInk = FirstColour(scheme, ccLabelText, "#000000");
     }
@@ -68,6 +80,7 @@ public:
         int y = kTitleHeight;
         std::string body;
         for (auto const& [cls, colours] : m_groups) body += DrawGroup(cls, colours, y);
+        if (m_pBase) m_strTitle += " (" + std::to_string(m_nChanged) + " changed)";
         return Opening(y + kMargin) + "<defs>\n" + Chequers() + m_strGradients + "</defs>\n" +
                Background() + Text(kMargin, 40, 22, m_strTitle, 1.0) + body + "</svg>\n";
     }
@@ -121,14 +134,34 @@ private:
 
     std::string DrawColour(CComponentColour const& colour, int x, int y) {
         const int textX = x + kSwatchWidth + 10;
-        return Swatch(x, y, "url(#chequers)") + Swatch(x, y, Fill(colour)) +
-               Text(textX, y + 11, 11, colour.m_name, 1.0) +
-               Text(textX, y + 24, 10, CodeText(colour.m_code), 0.75);
+        std::string tags = Swatch(x, y, kSwatchWidth, "url(#chequers)");
+        std::string strValue = ShortText(colour);
+        CComponentColour const* before = m_pBase ? m_pBase->Find(colour.m_code) : nullptr;
+        const bool fChanged = m_pBase && (!before || !LooksAlike(*before, colour));
+        if (fChanged) {
+            ++m_nChanged;
+            strValue = (before ? ShortText(*before) : "new") + " -> " + strValue;
+            tags += Mark(x, y);
+        }
+        // What it was on the left, what it is on the right.
+        const int width = fChanged && before ? kSwatchWidth / 2 : kSwatchWidth;
+        if (width < kSwatchWidth) tags += Swatch(x, y, width, Fill(*before));
+        tags += Swatch(x + kSwatchWidth - width, y, width, Fill(colour));
+        return tags + Text(textX, y + 11, 11, colour.m_name, 1.0) +
+               Text(textX, y + 24, 10, CodeText(colour.m_code), 0.75) +
+               Text(textX, y + 37, 10, strValue, fChanged ? 1.0 : 0.75);
     }
 
-    std::string Swatch(int x, int y, std::string const& fill) const {
+    std::string Mark(int x, int y) const {
+        return "<rect class=\"changed\" x=\"" + std::to_string(x - 5) + "\" y=\"" +
+               std::to_string(y - 3) + "\" width=\"" + std::to_string(kColumnWidth - 8) +
+               "\" height=\"" + std::to_string(kSwatchHeight + 6) +
+               "\" rx=\"4\" fill=\"none\" stroke=\"" + m_strInk + "\"/>\n";
+    }
+
+    std::string Swatch(int x, int y, int width, std::string const& fill) const {
         return "<rect x=\"" + std::to_string(x) + "\" y=\"" + std::to_string(y) + "\" width=\"" +
-               std::to_string(kSwatchWidth) + "\" height=\"" + std::to_string(kSwatchHeight) +
+               std::to_string(width) + "\" height=\"" + std::to_string(kSwatchHeight) +
                "\" rx=\"3\" fill=\"" + fill + "\" stroke=\"" + m_strInk +
                "\" stroke-opacity=\"0.4\"/>\n";
     }
@@ -147,6 +180,8 @@ private:
     }
 
     std::map<ColourClass, Colours> m_groups;
+    CComponentsColors const* m_pBase;
+    int m_nChanged = 0;
     std::string m_strTitle;
     std::string m_strPaper;
     std::string m_strInk;
@@ -156,6 +191,7 @@ private:
 
 }  // namespace
 
-std::string DrawScheme(CComponentsColors const& scheme, std::string const& strTitle) {
-    return CSchemePicture(scheme, strTitle).Draw();
+std::string DrawScheme(CComponentsColors const& scheme, std::string const& strTitle,
+                       CComponentsColors const* pBase) {
+    return CSchemePicture(scheme, strTitle, pBase).Draw();
 }

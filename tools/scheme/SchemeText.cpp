@@ -34,15 +34,20 @@ std::string NumberText(double value) {
 }
 
 std::string HexText(Rgba const& rgba) {
+    return ExactHexText({rgba[0], rgba[1], rgba[2], 1.0});
+}
+
+std::string ExactHexText(Rgba const& rgba) {
     constexpr const char* digits = "0123456789abcdef";
-    const Rgba opaque = PaintOver({rgba[0], rgba[1], rgba[2], 1.0}, {});
+    Rgba cut = PaintOver({rgba[0], rgba[1], rgba[2], 1.0}, {});
+    cut[3] = PaintOver({rgba[3], 0.0, 0.0, 1.0}, {})[0];
     std::string text = "#";
-    for (std::size_t channel = 0; channel < 3; ++channel) {
-        const int byte = static_cast<int>(std::lround(opaque[channel] * 255.0));
+    for (const double channel : cut) {
+        const int byte = static_cast<int>(std::lround(channel * 255.0));
         text += digits[byte / 16];
         text += digits[byte % 16];
     }
-    return text;
+    return text.ends_with("ff") ? text.substr(0, 7) : text;
 }
 
 std::string CodeText(CComponentCode code) {

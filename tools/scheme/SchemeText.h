@@ -13,6 +13,9 @@ std::string NumberText(double value);
 /// "#rrggbb", without alpha; channels are cut to 0 to 1.
 std::string HexText(Rgba const& rgba);
 
+/// "#rrggbb", or "#rrggbbaa" where it is not opaque: as a scheme's JSON has it.
+std::string ExactHexText(Rgba const& rgba);
+
 /// "ccButtonFace", or "(3, 20)" for a code that has no name.
 std::string CodeText(CComponentCode code);
 

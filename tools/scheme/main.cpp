@@ -2,6 +2,7 @@
 #include <iostream>
 #include <memory>
 
+#include "colours/SchemeProposal.h"
 #include "colours/SchemeRules.h"
 #include "tools/InputOutput.h"
 #include "tools/ToolFailure.h"
@@ -10,6 +11,7 @@
 #include "tools/scheme/SchemeJson.h"
 #include "tools/scheme/SchemePicture.h"
 #include "tools/scheme/SchemeSource.h"
+#include "tools/scheme/SchemeText.h"
 
 namespace {
 
@@ -36,6 +38,7 @@ struct CArguments {
     std::string strSecond;
     std::string strOutput = "-";
     bool fAll = false;
+    bool fHex = false;
     bool fForce = false;
 
     Replace MayReplace() const { return fForce ? Replace::Yes : Replace::No; }
@@ -59,9 +62,13 @@ void AddShow(CLI::App& app) {
     arguments->source.AddTo(*command);
     AddOutput(*command, arguments);
     command->callback([arguments] {
+        CComponentsColors base;
         CComponentsColors scheme;
-        arguments->source.Read(scheme);
-        WriteOutput(arguments->strOutput, DrawScheme(scheme, arguments->source.strName),
+        CSource const& source = arguments->source;
+        source.Read(scheme);
+        if (!source.strBase.empty()) ReadScheme(source.strBase, base);
+        WriteOutput(arguments->strOutput,
+                    DrawScheme(scheme, source.strName, source.strBase.empty() ? nullptr : &base),
                     arguments->MayReplace());
     });
 }
@@ -70,11 +77,14 @@ void AddExport(CLI::App& app) {
     auto arguments = std::make_shared<CArguments>();
     CLI::App* command = app.add_subcommand("export", "write a scheme as JSON");
     arguments->source.AddTo(*command);
+    command->add_flag("--hex", arguments->fHex,
+                      "write every colour as #rrggbb, to the nearest 255th");
     AddOutput(*command, arguments);
     command->callback([arguments] {
         CComponentsColors scheme;
         arguments->source.Read(scheme);
-        WriteOutput(arguments->strOutput, SchemeToJson(scheme), arguments->MayReplace());
+        const Channels channels = arguments->fHex ? Channels::Rounded : Channels::Exact;
+        WriteOutput(arguments->strOutput, SchemeToJson(scheme, channels), arguments->MayReplace());
     });
 }
 
@@ -123,12 +133,24 @@ const char* VerdictText(Verdict verdict) {
     return "";
 }
 
+// What would mend it, as far as one colour can.
+std::string Advice(CJudgement const& judgement, CComponentsColors const& scheme) {
+    if (judgement.verdict == Verdict::given) return "; the palette is prescribed so";
+    if (judgement.verdict != Verdict::broken) return "";
+    const auto proposal = ProposeColour(judgement.rule, scheme);
+    if (!proposal) return "; no one colour keeps this";
+    return "; try " + CodeText(proposal->code) + ' ' + ExactHexText(proposal->rgba) +
+           (proposal->fPlain ? "" : " instead of its gradient") +
+           (proposal->fAlone ? ", which breaks another rule" : "");
+}
+
 void AddCheck(CLI::App& app) {
     auto arguments = std::make_shared<CArguments>();
     CLI::App* command = app.add_subcommand(
         "check", "judge whether text is readable, edges are visible and states differ");
     arguments->source.AddTo(*command);
-    command->add_flag("--all", arguments->fAll, "list every rule, not only the broken ones");
+    command->add_flag("--all", arguments->fAll,
+                      "list every rule, not only those that are not kept");
     command->callback([arguments] {
         CComponentsColors scheme;
         arguments->source.Read(scheme);
@@ -137,8 +159,11 @@ void AddCheck(CLI::App& app) {
         for (CJudgement const& judgement : JudgeScheme(scheme)) {
             nJudged += judgement.verdict != Verdict::absent;
             nBroken += judgement.verdict == Verdict::broken;
-            if (arguments->fAll || judgement.verdict == Verdict::broken) {
-                std::cout << VerdictText(judgement.verdict) << ' ' << Describe(judgement) << '\n';
+            const bool fFault =
+                judgement.verdict == Verdict::broken || judgement.verdict == Verdict::given;
+            if (arguments->fAll || fFault) {
+                std::cout << VerdictText(judgement.verdict) << ' ' << Describe(judgement)
+                          << Advice(judgement, scheme) << '\n';
             }
         }
         std::cout << nJudged << " rules judged, " << nBroken << " broken\n";
