@@ -455,4 +455,58 @@ TEST_F(TimecodeTool, TellsWhatIsNoPosition) {
     EXPECT_EQ(2, Run("timecode 0 --rate fast").status);
 }
 
+// What people mean stands beside what the link's functions make of it, and why on standard error.
+TEST_F(TimecodeTool, WarnsWhereTheLinksOwnRulesDiffer) {
+    const CResult frame = Run("timecode 29f --fps 29.97");
+    EXPECT_EQ(0, frame.status);
+    EXPECT_NE(frame.output.find("timecode  00:00:00:28  (people count 00:00:00:29)\n"),
+              std::string::npos)
+        << frame.output;
+    EXPECT_NE(frame.errors.find("rules of their own"), std::string::npos) << frame.errors;
+
+    const CResult before = Run("timecode -- -5");
+    EXPECT_NE(before.output.find("(people count -00:00:00:01)"), std::string::npos)
+        << before.output;
+    EXPECT_NE(before.errors.find("no time code before zero"), std::string::npos) << before.errors;
+
+    const CResult drop = Run("timecode 00:01:00:00 --drop");
+    EXPECT_NE(drop.output.find("  (people count 2880000)\n"), std::string::npos) << drop.output;
+    EXPECT_NE(drop.errors.find("there is none at 25\n"), std::string::npos) << drop.errors;
+
+    const CResult missing = Run("timecode '00:01:00;01' --drop --fps 29.97");
+    EXPECT_NE(missing.errors.find("no clock shows \"00:01:00;01\""), std::string::npos)
+        << missing.errors;
+    EXPECT_NE(Run("timecode 00:00:60:00").errors.find("no clock shows"), std::string::npos);
+    EXPECT_NE(Run("timecode 00:00:00:25").errors.find("no clock shows"), std::string::npos);
+}
+
+TEST_F(TimecodeTool, SaysNothingWhereBothMeanTheSame) {
+    for (const char* szPosition :
+         {"0", "1920", "96000.5", "01:02:03:04", "23:59:59:24", "2159999f", "24:00:00:00"}) {
+        const CResult result = Run(std::string("timecode ") + szPosition);
+        EXPECT_EQ("", result.errors) << szPosition;
+        EXPECT_EQ(std::string::npos, result.output.find("people")) << result.output;
+    }
+    EXPECT_EQ("", Run("timecode '00:10:00;00' --drop --fps 30000/1001").errors);
+}
+
+TEST_F(TimecodeTool, PrintsJson) {
+    const CResult result = Run("timecode 29f --fps 29.97 --json");
+    EXPECT_EQ("", result.errors);
+    for (const char* szPart : {"\"frames\": 29,", "\"timecode\": \"00:00:00:28\"",
+                               "\"timecode\": \"00:00:00:29\"", "\"warnings\": [\n"})
+        EXPECT_NE(std::string::npos, result.output.find(szPart)) << szPart << result.output;
+    EXPECT_NE(std::string::npos, Run("timecode 50f --json").output.find("\"warnings\": []"));
+    EXPECT_NE(std::string::npos, Run("timecode soon --json").errors.find("\"code\":\"usage\""));
+}
+
+TEST_F(TimecodeTool, RefusesWhatNoSoundReaches) {
+    for (const char* szPosition :
+         {"1e308", "9223372036854775807f", "1f --rate 1e300", "1f --fps 1e-300"}) {
+        const CResult result = Run(std::string("timecode ") + szPosition);
+        EXPECT_EQ(2, result.status) << szPosition << result.output;
+        EXPECT_NE(std::string::npos, result.errors.find("farther out")) << result.errors;
+    }
+}
+
 }  // namespace
