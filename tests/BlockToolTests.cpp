@@ -356,11 +356,18 @@ TEST_F(BlockTool, RefusesJsonThatIsNoBlock) {
     };
     for (std::string const& entry : entries) {
         m_directory.Write("bad.json", R"({"format":"bare","parameters":[)" + entry + "]}");
-        EXPECT_EQ(2, Run("block pack bad.json -o out.block").status) << entry;
+        const CResult result = Run("block pack bad.json -o out.block");
+        EXPECT_EQ(2, result.status) << entry;
+        EXPECT_EQ(std::string::npos, result.errors.find("json.exception")) << result.errors;
         EXPECT_FALSE(m_directory.Has("out.block")) << entry;
     }
-    m_directory.Write("bad.json", "{");
-    EXPECT_EQ(2, Run("block pack bad.json -o out.block").status);
+    for (const char* szText : {"{", "[]", "5", "{}", R"({"format":1})", R"({"format":"bare"})",
+                               R"({"format":"session","id":5,"name":"","parameters":[]})"}) {
+        m_directory.Write("bad.json", szText);
+        const CResult result = Run("block pack bad.json -o out.block");
+        EXPECT_EQ(2, result.status) << szText;
+        EXPECT_EQ(std::string::npos, result.errors.find("exception")) << result.errors;
+    }
 }
 
 TEST_F(BlockTool, ShowsNoDifferenceBetweenEqualFiles) {
@@ -412,6 +419,82 @@ TEST_F(BlockTool, CopesWithBlocksThatNestVeryDeep) {
     EXPECT_EQ(0, Run("block pack deep.json -o again").status);
     EXPECT_EQ(m_directory.Read("deep"), m_directory.Read("again"));
     EXPECT_EQ(0, Run("block diff --bare deep again").status);
+}
+
+TEST_F(BlockTool, GetsOneValue) {
+    CParameterBlock block = Sample();
+    block.AddParameter("a/b", "slash");
+    Save(block, "a.session");
+    const std::pair<const char*, const char*> values[] = {
+        {"Text", "Gap \"between\" \xE2\x82\xAC\n\n"},
+        {"/Code/Mod", "1\n"},
+        {"'Code[1]/Mod'", "1\n"},
+        {"'/\"Code\"[1]/\"Mod\"'", "1\n"},
+        {"Code", "  int \"Mod\" = 1\n"},
+        {"Max", "18446744073709551615\n"},
+        {"Tenth", "0.1\n"},
+        {"'\"a/b\"'", "slash\n"},
+        {"'\"\\xFF name\"'", "1\n"},
+        {"--json Code",
+         "{\"type\": \"block\", \"name\": \"Code\", \"parameters\": [\n"
+         "  {\"type\": \"int\", \"name\": \"Mod\", \"value\": 1}\n]}\n"},
+        {"--json Bool", "{\"type\": \"bool\", \"name\": \"Bool\", \"value\": true}\n"}};
+    for (auto const& [szPath, szValue] : values) {
+        const CResult result = Run(std::string("block get a.session ") + szPath);
+        EXPECT_EQ(0, result.status) << szPath << result.errors;
+        EXPECT_EQ(szValue, result.output) << szPath;
+    }
+    for (const char* szNone : {"Nobody", "'Code[2]'", "Text/Mod", "Code/Mod/More"}) {
+        const CResult result = Run(std::string("block get a.session ") + szNone);
+        EXPECT_EQ(1, result.status) << szNone;
+        EXPECT_NE(std::string::npos, result.errors.find("has no entry")) << result.errors;
+    }
+    for (const char* szNoPath : {"''", "/", "Code/", "'Code['", "'Code[x]'", "'\"Code'", "'a\"b'"})
+        EXPECT_EQ(2, Run(std::string("block get a.session ") + szNoPath).status) << szNoPath;
+}
+
+TEST_F(BlockTool, SetsOneValueAndNothingElse) {
+    CParameterBlock block = Sample();
+    Save(block, "a.session");
+    EXPECT_EQ(0, Run("block set a.session 'Code[1]/Mod' 7 -o b.session").status);
+    EXPECT_EQ("~ /\"Code\"[1]/\"Mod\" int 1 -> 7\n", Run("block diff a.session b.session").output);
+    EXPECT_EQ(0, Run("block set b.session 'Code[1]/Mod' 1 --force").status);
+    EXPECT_EQ(m_directory.Read("a.session"), m_directory.Read("b.session"));
+
+    EXPECT_EQ(0, Run("block set a.session Text 'new  text' -o c.session").status);
+    EXPECT_EQ("new  text\n", Run("block get c.session Text").output);
+    EXPECT_EQ(0, Run("block set a.session Infinite nan -o d.session").status);
+    EXPECT_EQ("nan\n", Run("block get d.session Infinite").output);
+    EXPECT_EQ(0, Run("block set a.session Code/New 1e3 --type double -o e.session").status);
+    EXPECT_EQ("+ /\"Code\"/\"New\" double 1000\n", Run("block diff a.session e.session").output);
+
+    Write("bare", Bytes("01000000 02000000 01000000 41 05000000"));
+    EXPECT_EQ(0, Run("block set --bare bare A 6 -o - > again").status);
+    EXPECT_EQ(
+        "6\n",
+        Run("block set --bare bare A 6 -o - | '" TAVARIN_PROGRAM "' block get --bare - A").output);
+}
+
+TEST_F(BlockTool, SetRefusesWhatCannotBeAndReplacesNothingUnlessItIsTold) {
+    CParameterBlock block = Sample();
+    Save(block, "a.session");
+    const std::string before = m_directory.Read("a.session");
+    const CResult unasked = Run("block set a.session Int 7");
+    EXPECT_EQ(2, unasked.status);
+    EXPECT_NE(std::string::npos, unasked.errors.find("is there already")) << unasked.errors;
+    for (const char* szWrong :
+         {"Int 2147483648", "Int x", "Int 1.5", "Int ''", "Bool 1", "Max -- -1", "Code 5",
+          "Small x", "Int 5 --type float", "Nobody 5", "Nobody/A 5 --type int",
+          "'New[3]' 5 --type int", "New 5 --type colour", "New x --type int"}) {
+        const CResult result = Run(std::string("block set a.session --force ") + szWrong);
+        EXPECT_EQ(2, result.status) << szWrong;
+        EXPECT_EQ(std::string::npos, result.errors.find("json")) << result.errors;
+    }
+    EXPECT_EQ(before, m_directory.Read("a.session"));
+    Write("unknown", Bytes("02000000 02000000 01000000 41 05000000 0B000000"));
+    const CResult unknown = Run("block set --bare unknown A 6 --force");
+    EXPECT_EQ(2, unknown.status);
+    EXPECT_NE(std::string::npos, unknown.errors.find("would be lost")) << unknown.errors;
 }
 
 TEST_F(TimecodeTool, ShowsATimeCode) {
