@@ -6,15 +6,14 @@
 #include <cmath>
 #include <cstdio>
 #include <iostream>
-#include <locale>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
-#include <sstream>
 #include <string_view>
 #include <vector>
 
 #include "tools/InputOutput.h"
+#include "tools/TimelinePosition.h"
 #include "tools/ToolFailure.h"
 #include "tools/UsualTimecode.h"
 #include "utils/SMPTE.h"
@@ -37,64 +36,6 @@ struct CRates {
     bool fDropFrame;
 };
 
-template <typename Integer>
-bool ReadNumber(std::string_view text, Integer& number) {
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    return error == std::errc() && end == text.data() + text.size();
-}
-
-// Not every C++ library has std::from_chars for these.
-bool ReadNumber(std::string_view text, double& number) {
-    if (text.empty() || text.find_first_not_of("0123456789.eE+-") != std::string_view::npos) {
-        return false;
-    }
-    std::istringstream stream{std::string(text)};
-    stream.imbue(std::locale::classic());
-    return text.front() != '+' && stream >> number && stream.eof();
-}
-
-// A number or a fraction such as 30000/1001.
-double ReadRate(const char* what, std::string const& text) {
-    const std::size_t slash = text.find('/');
-    const std::string_view whole = text;
-    double numerator = 0, denominator = 1;
-    const bool read =
-        ReadNumber(whole.substr(0, slash), numerator) &&
-        (slash == std::string::npos || ReadNumber(whole.substr(slash + 1), denominator));
-    const double rate = numerator / denominator;
-    if (!read || !std::isfinite(rate) || rate <= 0)
-        throw CToolFailure(exitTrouble,
-                           std::string("the ") + what + " " + Quoted(text) +
-                               " is no positive number; write it as 29.97 or 30000/1001",
-                           "", "usage");
-    return rate;
-}
-
-SMPTETimeCode ReadTimeCode(std::string const& text) {
-    constexpr std::array<std::int16_t, 4> largest{24, 60, 60, 32767};
-    std::array<std::int16_t, 4> fields{};
-    std::string_view rest = text;
-    std::size_t count = 0;
-    for (; count < fields.size(); ++count) {
-        const std::size_t end = rest.find_first_of(":;");
-        std::int16_t& field = fields[count];
-        if (!ReadNumber(rest.substr(0, end), field) || field < 0 || field > largest[count])
-            throw CToolFailure(exitTrouble,
-                               "the time code " + Quoted(text) +
-                                   " is out of range; at most 24 hours, 60 minutes, 60 seconds, as "
-                                   "in 01:02:03:04",
-                               "", "usage");
-        if (end == std::string_view::npos) break;
-        rest.remove_prefix(end + 1);
-    }
-    if (count != fields.size() - 1)
-        throw CToolFailure(exitTrouble,
-                           "the time code " + Quoted(text) +
-                               " does not have four fields; write hours:minutes:seconds:frames",
-                           "", "usage");
-    return {fields[0], fields[1], fields[2], fields[3], 0};
-}
-
 // What the user wrote.
 struct CPosition {
     double dSamples = 0;  ///< as the link's functions have it
@@ -105,7 +46,10 @@ struct CPosition {
 // A time code has colons, frames end in "f".
 CPosition ReadPosition(std::string const& text, CRates const& rates) {
     if (text.find_first_of(":;") != std::string::npos) {
-        const SMPTETimeCode code = ReadTimeCode(text);
+        const CTimeLabel label = ReadTimeLabel(text);
+        const SMPTETimeCode code{
+            static_cast<std::int16_t>(label.nHours), static_cast<std::int16_t>(label.nMinutes),
+            static_cast<std::int16_t>(label.nSeconds), static_cast<std::int16_t>(label.nFrames), 0};
         return {SMPTEToSamples(rates.dSampleRate, rates.dFrameRate, rates.fDropFrame, 0, &code),
                 std::nullopt, CTimeLabel{code.nHours, code.nMinutes, code.nSeconds, code.nFrames}};
     }
