@@ -180,7 +180,11 @@ json Parse(std::string const& strText) {
         if (nDepth > kMaxDepth) Malformed("it is nested too deeply");
         return true;
     };
-    return json::parse(strText, shallow);
+    try {
+        return json::parse(strText, shallow);
+    } catch (json::parse_error const& error) {
+        Malformed("it is no JSON from byte " + std::to_string(error.byte) + " on");
+    }
 }
 
 std::string ToHex(std::string const& strBytes) {
@@ -268,6 +272,9 @@ json Written(CSessionData const& data) {
 CSession LoadSession(std::string const& strPath) {
     try {
         return CSession(ReadSession(Parse(ReadFile(strPath))));
+    } catch (json::exception const&) {
+        throw CSessionFileError("cannot load the session \"" + strPath +
+                                "\": it is not laid out as a session file is");
     } catch (std::exception const& error) {
         throw CSessionFileError("cannot load the session \"" + strPath + "\": " + error.what());
     }

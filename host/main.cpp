@@ -13,12 +13,12 @@
 #include "host/SessionKeeper.h"
 #include "host/SessionSummary.h"
 #include "host/Timeline.h"
+#include "tools/AboveZero.h"
+#include "tools/HelpFormatter.h"
+#include "tools/ToolFailure.h"
 
 namespace {
 
-constexpr int kExitDone = 0;
-constexpr int kExitNegative = 1;
-constexpr int kExitTrouble = 2;
 constexpr std::chrono::milliseconds kSavePeriod{200};
 
 constexpr char szStuck[] =
@@ -48,9 +48,7 @@ struct Arguments {
 
 void Declare(CLI::App& app, Arguments& arguments) {
     app.set_version_flag("--version", TAVARIN_VERSION);
-    app.add_option("--id", arguments.nId, "host id")
-        ->check(CLI::PositiveNumber)
-        ->capture_default_str();
+    app.add_option("--id", arguments.nId, "host id")->check(AboveZero())->capture_default_str();
     app.add_option("--tracks", arguments.tracks, "names of the tracks of both documents")
         ->delimiter(',')
         ->capture_default_str();
@@ -196,9 +194,9 @@ int RunHost(Arguments const& arguments) {
     if (!fClosed) std::fputs(szStuck, stderr);
     rates.KeepUp(host);
     const bool fAllKept = keeper.End(host);
-    if (!fClosed) host.Abandon(kExitNegative);
+    if (!fClosed) host.Abandon(exitNegative);
     if (!arguments.fQuiet) std::fputs(DescribeSession(host.Snapshot()).c_str(), stdout);
-    return fAllKept ? kExitDone : kExitNegative;
+    return fAllKept ? exitDone : exitNegative;
 }
 
 }  // namespace
@@ -209,6 +207,7 @@ int main(int argc, char** argv) {
         "development, demonstrations and tests. It stands in for the host application and is not "
         "it. It runs until it is interrupted, and then says what it holds."};
     app.name("tavarin-host");
+    app.formatter(std::make_shared<CHelpFormatter>());
     Arguments arguments;
     Declare(app, arguments);
     try {
@@ -217,12 +216,12 @@ int main(int argc, char** argv) {
             if (app.count(szOption) > 0) arguments.ownOptions.emplace_back(szOption);
         return RunHost(arguments);
     } catch (CLI::ParseError const& usage) {
-        return app.exit(usage) == 0 ? kExitDone : kExitTrouble;
+        return app.exit(usage) == 0 ? exitDone : exitTrouble;
     } catch (CHostSegmentError const& refusal) {
         Tell(refusal.what());
-        return kExitNegative;
+        return exitNegative;
     } catch (std::exception const& failure) {
         Tell(failure.what());
-        return kExitTrouble;
+        return exitTrouble;
     }
 }

@@ -102,7 +102,7 @@ protected:
         const std::vector<RuleReport> reports = CheckHost(QuickOptions());
         EXPECT_EQ(Named(reports, Verdict::Fail), failures) << Seen(reports);
         EXPECT_EQ(FindingOf("offset", reports).strSeen,
-                  "0.000000, \"this host does not know that script\"");
+                  "0, \"this host does not know that script\"");
         EXPECT_EQ(FindingOf("clients", reports).strSeen, "100 of 100 from 4 clients");
         EXPECT_EQ(FindingOf("list-script", reports).verdict, Verdict::Pass);
         EXPECT_EQ(FindingOf("capture", reports).strSeen, "needs not-duplicate");
@@ -221,7 +221,7 @@ TEST_F(HostCheck, FailureIsExplainedAndReportedAsXml) {
     EXPECT_EQ(run({"--force"}), 1) << m_directory.Read("err");
     EXPECT_NE(m_directory.Read("out").find(
                   "  FAIL       offset: the SMPTE offset is told\n"
-                  "             (0.000000, \"this host does not know that script\")\n"
+                  "             (0, \"this host does not know that script\")\n"
                   "             likely: GetLinkSMPTEOffset is missing or prints no number\n"
                   "             see docs/link-protocol.md#the-commands\n"),
               std::string::npos)
@@ -231,7 +231,7 @@ TEST_F(HostCheck, FailureIsExplainedAndReportedAsXml) {
               std::string::npos)
         << strXml;
     EXPECT_NE(strXml.find("<testcase classname=\"Commands\" name=\"offset\"><failure "
-                          "message=\"0.000000, &quot;this host does not know"),
+                          "message=\"0, &quot;this host does not know"),
               std::string::npos)
         << strXml;
 }

@@ -286,6 +286,50 @@ TEST_F(HostProgram, SessionAndItsPictureAreKept) {
     EXPECT_TRUE(fs::exists(OutputAsJson()["file"].get<std::string>()));
 }
 
+TEST_F(HostProgram, SessionFilesThatAreNoneAreToldInOwnWords) {
+    for (const char* szText : {"", "{", "[]", "{}", R"({"format": 5})",
+                               R"({"format": "tavarin-host session", "version": "x"})"}) {
+        CChildProcess host({TAVARIN_HOST_PROGRAM, "--session", m_directory.Write("s.json", szText)},
+                           m_directory.File("1.out"), m_directory.File("1.err"));
+        EXPECT_EQ(host.Wait(), 2);
+        const std::string strError = m_directory.Read("1.err");
+        EXPECT_NE(strError.find("cannot load the session"), std::string::npos) << strError;
+        EXPECT_EQ(strError.find("exception"), std::string::npos) << strError;
+    }
+}
+
+TEST_F(HostProgram, FailuresAreToldInWordsOfTheUser) {
+    const std::string strText = m_directory.Write("text.wav", "no sound");
+    const std::vector<std::vector<std::string>> failures{
+        {"link", "capture", strText, "--track", "0", "--position", "0"},
+        {"link", "capture", m_directory.File("none.wav"), "--track", "0", "--position", "0"},
+        {"link", "--timeout", "0", "status"},
+        {"link", "rescue", "--id", "-1"},
+        {"link", "export", "-o", m_directory.File("none/x.wav")},
+        {"link", "run", m_directory.Path()},
+        {"link", "status"},
+        {"check-host", "--timeout", "1e308"},
+        {"timecode", "1e308"},
+        {"block", "pack", strText, "-o", "-"},
+        {"block", "dump", strText}};
+    for (auto const& arguments : failures) {
+        EXPECT_NE(Tool(arguments), 0);
+        const std::string strSaid = Errors();
+        std::size_t nDigits = 0, nMost = 0;
+        for (const char c : strSaid) {
+            nDigits = c >= '0' && c <= '9' ? nDigits + 1 : 0;
+            nMost = std::max(nMost, nDigits);
+        }
+        EXPECT_LT(nMost, 20u) << strSaid;
+        for (const char* szBad : {"..", ". .", "exception", "System error"})
+            EXPECT_EQ(strSaid.find(szBad), std::string::npos) << strSaid;
+    }
+    CChildProcess host({TAVARIN_HOST_PROGRAM, "--id", "0"}, m_directory.File("1.out"),
+                       m_directory.File("1.err"));
+    EXPECT_EQ(host.Wait(), 2);
+    EXPECT_LT(m_directory.Read("1.err").size(), 200u) << m_directory.Read("1.err");
+}
+
 TEST_F(HostProgram, OneScriptCannotStopTheNext) {
     StartHost();
     const std::string strLoop = m_directory.Write("error.lua", "print('first') error('oops')");

@@ -7,6 +7,7 @@
 #include <set>
 
 #include "FileIO/FileName.h"
+#include "tools/AboveZero.h"
 #include "tools/AudioCopy.h"
 #include "tools/AudioProbe.h"
 #include "tools/InputOutput.h"
@@ -496,7 +497,7 @@ void AddRescue(CLI::App& link, OptionsPointer options) {
         link.add_subcommand("rescue", "send away whoever waits for a host that is proven dead");
     const auto pId = std::make_shared<int>(1);
     pCommand->add_option("--id", *pId, "the dead host's id")
-        ->check(CLI::PositiveNumber)
+        ->check(AboveZero())
         ->capture_default_str();
     pCommand->callback([options, pId] {
         const CRescue rescue = RescueFromDeadHost(*pId);
@@ -531,7 +532,7 @@ void AddLinkCommands(CLI::App& app) {
         ->add_option("--timeout", pOptions->m_dTimeout,
                      "seconds to wait for the host (default: 5 for commands that only ask, none "
                      "for those that work)")
-        ->check(CLI::PositiveNumber);
+        ->check(AboveZero());
     pLink
         ->add_option("--fps", pOptions->m_strFrameRate,
                      "frames per second of time code, as 29.97 or 30000/1001")

@@ -1,4 +1,5 @@
 #include <array>
+#include <cstdio>
 #include <filesystem>
 #include <vector>
 
@@ -50,10 +51,17 @@ Finding TracksAreEmpty(CCheckedHost& host) {
                   std::to_string(host.Track(kDub)) + " and " + std::to_string(host.Track(kOutput)));
 }
 
+// As few digits as it takes to tell the number.
+std::string Shortest(double dNumber) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.15g", dNumber);
+    return text;
+}
+
 Finding TellsOffset(CCheckedHost& host) {
     const double dOffset = host.Client().GetLinkSMPTEOffset(kAudioSuite);
     return PassedIf(host.Client().m_strLastError.empty(),
-                    std::to_string(dOffset) + ", " + Texts(host.Client()));
+                    Shortest(dOffset) + ", " + Texts(host.Client()));
 }
 
 Finding Prints(CCheckedHost& host) {
