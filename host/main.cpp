@@ -41,6 +41,7 @@ struct Arguments {
     std::string strTimelineFile;
     std::string strAudioDirectory;
     double dScriptSeconds = 10;
+    bool fForce = false;
     bool fVerbose = false;
     bool fQuiet = false;
     std::vector<std::string> ownOptions;  ///< those given of which a session file has its own
@@ -64,6 +65,7 @@ void Declare(CLI::App& app, Arguments& arguments) {
                    "session file, or a private one that is removed at the end)");
     app.add_option("--timeline", arguments.strTimelineFile,
                    "keep a picture of the session in this SVG file");
+    app.add_flag("--force", arguments.fForce, "replace the picture if it is there");
     app.add_option("--script-time", arguments.dScriptSeconds,
                    "how many seconds a script may run, work of the host not counted")
         ->check(CLI::Range(0.001, 86400.0))
@@ -152,6 +154,15 @@ void Announce(Arguments const& arguments, CReferenceHost const& host) {
     std::fflush(stdout);
 }
 
+// A file that somebody else has made would be lost with the first picture.
+void RequireRoomForPicture(Arguments const& arguments) {
+    std::error_code none;
+    const bool fThere = std::filesystem::is_regular_file(arguments.strTimelineFile, none);
+    if (!fThere || arguments.fForce) return;
+    throw CSessionFileError("\"" + arguments.strTimelineFile +
+                            "\" is there already; say --force to replace it");
+}
+
 CSessionKeeper MakeKeeper(Arguments const& arguments) {
     CSessionKeeper keeper;
     if (!arguments.strSessionFile.empty()) keeper.Add(arguments.strSessionFile, SaveSession);
@@ -176,6 +187,7 @@ void PrepareSignals() {
 
 int RunHost(Arguments const& arguments) {
     PrepareSignals();
+    RequireRoomForPicture(arguments);
     // Held from before the session is loaded until it is saved for the last time, so that no two
     // hosts have the same one.
     const auto pLock = std::make_shared<CHostLock>();

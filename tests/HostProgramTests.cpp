@@ -271,8 +271,8 @@ TEST_F(HostProgram, WithoutASessionCommandsSayWhatToDo) {
 
 TEST_F(HostProgram, SessionAndItsPictureAreKept) {
     const std::string strSession = m_directory.File("session.json");
-    const std::vector<std::string> arguments{"--session", strSession, "--timeline",
-                                             m_directory.File("timeline.svg")};
+    std::vector<std::string> arguments{"--session", strSession, "--timeline",
+                                       m_directory.File("timeline.svg")};
     StartHost(arguments);
     ASSERT_EQ(
         Tool({"link", "--audiosuite", "capture", Guide(), "--track", "0", "--position", "8000"}),
@@ -281,9 +281,23 @@ TEST_F(HostProgram, SessionAndItsPictureAreKept) {
     ASSERT_EQ(StopHost(), 0);
     EXPECT_NE(m_directory.Read("timeline.svg").find("guide.wav"), std::string::npos);
 
+    arguments.emplace_back("--force");
     StartHost(arguments);
     ASSERT_EQ(Tool({"link", "--audiosuite", "--json", "export"}), 0);
     EXPECT_TRUE(fs::exists(OutputAsJson()["file"].get<std::string>()));
+}
+
+TEST_F(HostProgram, PictureOfSomebodyElseIsNotReplacedUnlessItIsTold) {
+    const std::string strPicture = m_directory.Write("timeline.svg", "mine");
+    CChildProcess refused({TAVARIN_HOST_PROGRAM, "--timeline", strPicture},
+                          m_directory.File("1.out"), m_directory.File("1.err"));
+    EXPECT_EQ(refused.Wait(), 2);
+    EXPECT_EQ(m_directory.Read("1.err"),
+              "tavarin-host: \"" + strPicture + "\" is there already; say --force to replace it\n");
+    EXPECT_EQ(m_directory.Read("timeline.svg"), "mine");
+    StartHost({"--timeline", strPicture, "--force"});
+    AwaitReady();
+    EXPECT_NE(m_directory.Read("timeline.svg").find("<svg"), std::string::npos);
 }
 
 TEST_F(HostProgram, SessionFilesThatAreNoneAreToldInOwnWords) {
