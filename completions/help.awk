@@ -30,7 +30,7 @@ function remember(kind, name, value, text) {
 # What does not fit beside a name stands below it.
 /^               / {
     sub(/^ +/, "")
-    for (n = last + 1; n <= count; ++n) texts[n] = $0
+    for (n = last + 1; n <= count; ++n) texts[n] = texts[n] == "" ? $0 : texts[n] " " $0
     next
 }
 

@@ -235,12 +235,32 @@ CHostValue CheckForDuplicateRegion(CHostContext& context, CHostArguments const& 
     return std::int64_t{0};
 }
 
+/// "Dub (script document)".
+std::string TrackText(CHostContext const& context, CRegion const& region) {
+    CDocument const& document = Document(context);
+    std::size_t const nTrack = document.m_RegionPlaces.at(region.m_idRegion).m_nTrack;
+    return document.m_Tracks[nTrack].m_strName + (Current(context) == DocumentKind::AudioSuite
+                                                      ? " (AudioSuite document)"
+                                                      : " (script document)");
+}
+
+/// The same with where the region lies.
+std::string PlaceText(CHostContext const& context, CSessionId idRegion) {
+    CRegion const& region = context.m_Session.Region(Current(context), idRegion);
+    return TrackText(context, region) + ", " + std::to_string(region.Start()) + " to " +
+           std::to_string(region.End());
+}
+
 CHostValue AddAudioRegion(CHostContext& context, CHostArguments const& arguments) {
     CSessionId const idTrack = TrackArgument(context, arguments, 0).m_idTrack;
     CAudioFileInfo info;
     CRegion region = DescribedRegion(context, arguments, 1, 4, info);
     if (arguments.Count() > 8) region.m_Channels = ListedChannels(arguments.Table(8), info);
-    return context.m_Session.AddRegion(Current(context), idTrack, std::move(region));
+    std::string const strName = std::filesystem::path(region.m_strFile).filename().string();
+    CSessionId const idRegion =
+        context.m_Session.AddRegion(Current(context), idTrack, std::move(region));
+    context.m_Journal.Note("captured " + strName + " onto " + PlaceText(context, idRegion));
+    return idRegion;
 }
 
 CHostValue MoveDisplayToPosition(CHostContext& context, CHostArguments const& arguments) {
@@ -281,11 +301,18 @@ std::string WriteRegion(CHostContext& context, CRegion const& region, char const
 }
 
 CHostValue ExportRegion(CHostContext& context, CHostArguments const& arguments) {
-    return WriteRegion(context, RegionArgument(context, arguments), "Export", context.m_Exports);
+    CRegion const& region = RegionArgument(context, arguments);
+    std::string strFile = WriteRegion(context, region, "Export", context.m_Exports);
+    context.m_Journal.Note("exported " + PlaceText(context, region.m_idRegion) + " into " +
+                           strFile);
+    return strFile;
 }
 
 CHostValue RegionRender(CHostContext& context, CHostArguments const& arguments) {
-    return WriteRegion(context, RegionArgument(context, arguments), "Render", context.m_Renders);
+    CRegion const& region = RegionArgument(context, arguments);
+    std::string strFile = WriteRegion(context, region, "Render", context.m_Renders);
+    context.m_Journal.Note("rendered " + PlaceText(context, region.m_idRegion));
+    return strFile;
 }
 
 CHostValue GetSampleRate(CHostContext& context, CHostArguments const&) {
@@ -341,7 +368,11 @@ CHostValue CreateProcess(CHostContext& context, CHostArguments const& arguments)
     }
     process.m_idOutputTrack = arguments.Field(arguments.Element(outputs, 0), "Track");
     Current(context);
-    return CarryOutProcess(context, std::move(process));
+    CSessionId const idProcess = CarryOutProcess(context, std::move(process));
+    CProcess const& done = context.m_Session.Process(Current(context), idProcess);
+    context.m_Journal.Note(std::string(ProcessKindName(shape.kind)) + " process done, result on " +
+                           PlaceText(context, done.m_idRegion));
+    return idProcess;
 }
 
 CHostValue GetMarkerTrackID(CHostContext& context, CHostArguments const& arguments) {
@@ -384,7 +415,9 @@ bool FileInUse(CSession const& session, std::string const& strFile) {
 CHostValue DeleteRegion(CHostContext& context, CHostArguments const& arguments) {
     CSessionId const idRegion = arguments.Integer(0);
     std::string strFile = RegionArgument(context, arguments).m_strFile;
+    std::string const strTrack = TrackText(context, RegionArgument(context, arguments));
     context.m_Session.DeleteRegion(Current(context), idRegion);
+    context.m_Journal.NoteOnce("removed regions from " + strTrack);
     if (auto const render = context.m_Renders.extract(idRegion))
         std::remove(render.mapped().c_str());
     context.m_Exports.erase(idRegion);
@@ -406,6 +439,14 @@ CHostValue GetUpdateCount(CHostContext& context, CHostArguments const&) {
 
 CHostValue GetProcessID(CHostContext&, CHostArguments const&) {
     return static_cast<std::int64_t>(getpid());
+}
+
+CHostValue GetEventCount(CHostContext& context, CHostArguments const&) {
+    return Count(context.m_Journal.Count());
+}
+
+CHostValue GetEvent(CHostContext& context, CHostArguments const& arguments) {
+    return context.m_Journal.At(static_cast<std::size_t>(arguments.Integer(0)));
 }
 
 constexpr CHostFunction kFunctions[] = {
@@ -438,6 +479,8 @@ constexpr CHostFunction kFunctions[] = {
     {"GetLinkSMPTEOffset", GetLinkSMPTEOffset},
     {"GetUpdateCount", GetUpdateCount},
     {"GetProcessID", GetProcessID},
+    {"GetEventCount", GetEventCount},
+    {"GetEvent", GetEvent},
 };
 
 }  // namespace

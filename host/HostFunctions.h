@@ -11,6 +11,7 @@
 #include "host/AudioDirectory.h"
 #include "host/AudioFile.h"
 #include "host/HostValue.h"
+#include "host/Journal.h"
 #include "host/Session.h"
 #include "host/WorkNotice.h"
 
@@ -36,6 +37,9 @@ struct CHostContext {
     /// render or export of a region replaces its file.
     std::map<CSessionId, std::string> m_Renders{};
     std::map<CSessionId, std::string> m_Exports{};
+
+    /// What scripts have done to the session.
+    CJournal m_Journal{};
 
     /// Files made by processes; one goes when no region uses it any more.
     std::set<std::string> m_Results{};
@@ -78,6 +82,7 @@ struct CHostFunction {
 /// Every host function, in the order of the documentation.
 ///
 /// All work on the document that the script selected first, and fail without one, except the two
-/// that select, `GetSampleRate`, `GetUpdateCount`, `GetProcessID` and the two `IsNull…` tests. They
-/// throw `CHostFunctionError`, `CSessionError`, `CAudioFileError` or `std::system_error`.
+/// that select, `GetSampleRate`, `GetUpdateCount`, `GetProcessID`, the two of the journal and the
+/// two `IsNull…` tests. They throw `CHostFunctionError`, `CSessionError`, `CAudioFileError` or
+/// `std::system_error`.
 std::span<CHostFunction const> HostFunctions();

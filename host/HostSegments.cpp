@@ -1,12 +1,10 @@
 #include "host/HostSegments.h"
 
-#include <unistd.h>
-
 #include <boost/interprocess/exceptions.hpp>
-#include <cstring>
 #include <system_error>
 #include <utility>
 
+#include "host/DirectoryMark.h"
 #include "host/ForeignHost.h"
 #include "link/MappedSegment.h"
 #include "platform/SharedMemory.h"
@@ -45,26 +43,6 @@ mapped_region MapObject(shared_memory_object& object, std::string const& name,
     return mapped_region(object, read_write);
 } catch (interprocess_exception const& failure) {
     RefuseToCreate(name, failure.what());
-}
-
-/// A directory segment as this host makes it. The mark tells the next host that its maker had the
-/// lock, and has died if the lock is to be had.
-struct MarkedDirectory {
-    DirectoryRecord record;
-    char szMark[8];
-    std::int32_t nProcess;
-};
-
-constexpr char szDirectoryMark[] = "tvrnlck";
-static_assert(sizeof(szDirectoryMark) == sizeof(MarkedDirectory::szMark));
-
-// Null for a directory of another maker's.
-const MarkedDirectory* FindMark(CMappedSegment const& directory) {
-    if (directory.Size() < sizeof(MarkedDirectory)) return nullptr;
-    const auto* const pMarked = reinterpret_cast<const MarkedDirectory*>(directory.Bytes());
-    const bool fMarked =
-        std::memcmp(pMarked->szMark, szDirectoryMark, sizeof(szDirectoryMark)) == 0;
-    return fMarked ? pMarked : nullptr;
 }
 
 [[noreturn]] void RefuseToLook(interprocess_exception const& failure) {
@@ -129,9 +107,7 @@ CHostLock::CHostLock() try : m_lock(szDirectorySegment) {
 }
 
 CHostDirectory::CHostDirectory() : m_segment(ClaimDirectory(), sizeof(MarkedDirectory)) {
-    auto* const pMarked = reinterpret_cast<MarkedDirectory*>(m_segment.Bytes());
-    pMarked->nProcess = getpid();
-    std::memcpy(pMarked->szMark, szDirectoryMark, sizeof(szDirectoryMark));
+    MarkDirectory(*reinterpret_cast<MarkedDirectory*>(m_segment.Bytes()));
 }
 
 CHostMessageSegment::CHostMessageSegment(int nId, SegmentName name)

@@ -196,6 +196,15 @@ void RequireShallow(std::string const& strText) {
     }
 }
 
+json Parse(std::string const& strText) {
+    RequireShallow(strText);
+    try {
+        return json::parse(strText);
+    } catch (json::parse_error const& error) {
+        Malformed("it is no JSON from byte " + std::to_string(error.byte) + " on");
+    }
+}
+
 std::string ToHex(std::string const& strBytes) {
     static constexpr char kDigits[] = "0123456789abcdef";
     std::string strHex;
@@ -280,9 +289,10 @@ json Written(CSessionData const& data) {
 
 CSession LoadSession(std::string const& strPath) {
     try {
-        std::string const strText = ReadFile(strPath);
-        RequireShallow(strText);
-        return CSession(ReadSession(json::parse(strText)));
+        return CSession(ReadSession(Parse(ReadFile(strPath))));
+    } catch (json::exception const&) {
+        throw CSessionFileError("cannot load the session \"" + strPath +
+                                "\": it is not laid out as a session file is");
     } catch (std::exception const& error) {
         throw CSessionFileError("cannot load the session \"" + strPath + "\": " + error.what());
     }

@@ -13,12 +13,12 @@
 #include "host/SessionKeeper.h"
 #include "host/SessionSummary.h"
 #include "host/Timeline.h"
+#include "tools/AboveZero.h"
+#include "tools/HelpFormatter.h"
+#include "tools/ToolFailure.h"
 
 namespace {
 
-constexpr int kExitDone = 0;
-constexpr int kExitNegative = 1;
-constexpr int kExitTrouble = 2;
 constexpr std::chrono::milliseconds kSavePeriod{200};
 
 constexpr char szStuck[] =
@@ -41,6 +41,7 @@ struct Arguments {
     std::string strTimelineFile;
     std::string strAudioDirectory;
     double dScriptSeconds = 10;
+    bool fForce = false;
     bool fVerbose = false;
     bool fQuiet = false;
     std::vector<std::string> ownOptions;  ///< those given of which a session file has its own
@@ -48,9 +49,7 @@ struct Arguments {
 
 void Declare(CLI::App& app, Arguments& arguments) {
     app.set_version_flag("--version", TAVARIN_VERSION);
-    app.add_option("--id", arguments.nId, "host id")
-        ->check(CLI::PositiveNumber)
-        ->capture_default_str();
+    app.add_option("--id", arguments.nId, "host id")->check(AboveZero())->capture_default_str();
     app.add_option("--tracks", arguments.tracks, "names of the tracks of both documents")
         ->delimiter(',')
         ->capture_default_str();
@@ -66,6 +65,7 @@ void Declare(CLI::App& app, Arguments& arguments) {
                    "session file, or a private one that is removed at the end)");
     app.add_option("--timeline", arguments.strTimelineFile,
                    "keep a picture of the session in this SVG file");
+    app.add_flag("--force", arguments.fForce, "replace the picture if it is there");
     app.add_option("--script-time", arguments.dScriptSeconds,
                    "how many seconds a script may run, work of the host not counted")
         ->check(CLI::Range(0.001, 86400.0))
@@ -154,6 +154,15 @@ void Announce(Arguments const& arguments, CReferenceHost const& host) {
     std::fflush(stdout);
 }
 
+// A file that somebody else has made would be lost with the first picture.
+void RequireRoomForPicture(Arguments const& arguments) {
+    std::error_code none;
+    const bool fThere = std::filesystem::is_regular_file(arguments.strTimelineFile, none);
+    if (!fThere || arguments.fForce) return;
+    throw CSessionFileError("\"" + arguments.strTimelineFile +
+                            "\" is there already; say --force to replace it");
+}
+
 CSessionKeeper MakeKeeper(Arguments const& arguments) {
     CSessionKeeper keeper;
     if (!arguments.strSessionFile.empty()) keeper.Add(arguments.strSessionFile, SaveSession);
@@ -178,6 +187,7 @@ void PrepareSignals() {
 
 int RunHost(Arguments const& arguments) {
     PrepareSignals();
+    RequireRoomForPicture(arguments);
     // Held from before the session is loaded until it is saved for the last time, so that no two
     // hosts have the same one.
     const auto pLock = std::make_shared<CHostLock>();
@@ -196,9 +206,9 @@ int RunHost(Arguments const& arguments) {
     if (!fClosed) std::fputs(szStuck, stderr);
     rates.KeepUp(host);
     const bool fAllKept = keeper.End(host);
-    if (!fClosed) host.Abandon(kExitNegative);
+    if (!fClosed) host.Abandon(exitNegative);
     if (!arguments.fQuiet) std::fputs(DescribeSession(host.Snapshot()).c_str(), stdout);
-    return fAllKept ? kExitDone : kExitNegative;
+    return fAllKept ? exitDone : exitNegative;
 }
 
 }  // namespace
@@ -209,6 +219,7 @@ int main(int argc, char** argv) {
         "development, demonstrations and tests. It stands in for the host application and is not "
         "it. It runs until it is interrupted, and then says what it holds."};
     app.name("tavarin-host");
+    app.formatter(std::make_shared<CHelpFormatter>());
     Arguments arguments;
     Declare(app, arguments);
     try {
@@ -217,12 +228,12 @@ int main(int argc, char** argv) {
             if (app.count(szOption) > 0) arguments.ownOptions.emplace_back(szOption);
         return RunHost(arguments);
     } catch (CLI::ParseError const& usage) {
-        return app.exit(usage) == 0 ? kExitDone : kExitTrouble;
+        return app.exit(usage) == 0 ? exitDone : exitTrouble;
     } catch (CHostSegmentError const& refusal) {
         Tell(refusal.what());
-        return kExitNegative;
+        return exitNegative;
     } catch (std::exception const& failure) {
         Tell(failure.what());
-        return kExitTrouble;
+        return exitTrouble;
     }
 }

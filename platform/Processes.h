@@ -2,8 +2,8 @@
 
 #include <sys/types.h>
 
-/// Where processes run and how long, as far as the platform lets a program say so. For programs
-/// that measure.
+/// What one process can know of others and say of itself, as far as the platform lets it. For
+/// programs that measure and judge.
 
 /// Keeps the calling thread, and what it starts, on one processor core (counted from 0, beyond the
 /// last one from the start again) or, for -1, lets it run on every one. Without effect where the
@@ -16,3 +16,7 @@ void EndWithParent() noexcept;
 
 /// The processor time in seconds that a process has used; 0 where that cannot be told.
 double ProcessorSecondsOf(pid_t nProcess) noexcept;
+
+/// Whether a process of this id runs. One that has ended runs no more, also while nobody has asked
+/// for its exit status, where the platform tells.
+bool ProcessRuns(pid_t nProcess) noexcept;

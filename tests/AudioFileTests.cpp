@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cmath>
@@ -172,4 +173,23 @@ TEST_F(CAudioFileTest, AFileIsReplacedAsOneStep) {
     fs::create_directory(Path("dir"));
     EXPECT_THROW(WriteFileAtomically(Path("dir"), "x"), std::system_error);
     EXPECT_EQ(std::distance(fs::directory_iterator(m_Directory.Path()), {}), 2);
+}
+
+TEST_F(CAudioFileTest, AFileIsMadeUnderTheUmaskAndThroughLinks) {
+    mode_t const nBefore = umask(0027);
+    WriteFileAtomically(Path("made"), "new");
+    umask(nBefore);
+    using fs::perms;
+    EXPECT_EQ(fs::status(Path("made")).permissions(),
+              perms::owner_read | perms::owner_write | perms::group_read);
+    fs::permissions(Path("made"), perms::owner_read | perms::owner_write);
+    WriteFileAtomically(Path("made"), "newer");
+    EXPECT_EQ(fs::status(Path("made")).permissions(), perms::owner_read | perms::owner_write)
+        << "what is replaced keeps its own";
+
+    fs::create_directory(Path("real"));
+    fs::create_symlink("real/file", Path("link"));
+    WriteFileAtomically(Path("link"), "new");
+    EXPECT_TRUE(fs::is_symlink(Path("link")));
+    EXPECT_EQ(fs::file_size(Path("real/file")), 3u);
 }

@@ -356,11 +356,18 @@ TEST_F(BlockTool, RefusesJsonThatIsNoBlock) {
     };
     for (std::string const& entry : entries) {
         m_directory.Write("bad.json", R"({"format":"bare","parameters":[)" + entry + "]}");
-        EXPECT_EQ(2, Run("block pack bad.json -o out.block").status) << entry;
+        const CResult result = Run("block pack bad.json -o out.block");
+        EXPECT_EQ(2, result.status) << entry;
+        EXPECT_EQ(std::string::npos, result.errors.find("json.exception")) << result.errors;
         EXPECT_FALSE(m_directory.Has("out.block")) << entry;
     }
-    m_directory.Write("bad.json", "{");
-    EXPECT_EQ(2, Run("block pack bad.json -o out.block").status);
+    for (const char* szText : {"{", "[]", "5", "{}", R"({"format":1})", R"({"format":"bare"})",
+                               R"({"format":"session","id":5,"name":"","parameters":[]})"}) {
+        m_directory.Write("bad.json", szText);
+        const CResult result = Run("block pack bad.json -o out.block");
+        EXPECT_EQ(2, result.status) << szText;
+        EXPECT_EQ(std::string::npos, result.errors.find("exception")) << result.errors;
+    }
 }
 
 TEST_F(BlockTool, ShowsNoDifferenceBetweenEqualFiles) {
@@ -414,6 +421,82 @@ TEST_F(BlockTool, CopesWithBlocksThatNestVeryDeep) {
     EXPECT_EQ(0, Run("block diff --bare deep again").status);
 }
 
+TEST_F(BlockTool, GetsOneValue) {
+    CParameterBlock block = Sample();
+    block.AddParameter("a/b", "slash");
+    Save(block, "a.session");
+    const std::pair<const char*, const char*> values[] = {
+        {"Text", "Gap \"between\" \xE2\x82\xAC\n\n"},
+        {"/Code/Mod", "1\n"},
+        {"'Code[1]/Mod'", "1\n"},
+        {"'/\"Code\"[1]/\"Mod\"'", "1\n"},
+        {"Code", "  int \"Mod\" = 1\n"},
+        {"Max", "18446744073709551615\n"},
+        {"Tenth", "0.1\n"},
+        {"'\"a/b\"'", "slash\n"},
+        {"'\"\\xFF name\"'", "1\n"},
+        {"--json Code",
+         "{\"type\": \"block\", \"name\": \"Code\", \"parameters\": [\n"
+         "  {\"type\": \"int\", \"name\": \"Mod\", \"value\": 1}\n]}\n"},
+        {"--json Bool", "{\"type\": \"bool\", \"name\": \"Bool\", \"value\": true}\n"}};
+    for (auto const& [szPath, szValue] : values) {
+        const CResult result = Run(std::string("block get a.session ") + szPath);
+        EXPECT_EQ(0, result.status) << szPath << result.errors;
+        EXPECT_EQ(szValue, result.output) << szPath;
+    }
+    for (const char* szNone : {"Nobody", "'Code[2]'", "Text/Mod", "Code/Mod/More"}) {
+        const CResult result = Run(std::string("block get a.session ") + szNone);
+        EXPECT_EQ(1, result.status) << szNone;
+        EXPECT_NE(std::string::npos, result.errors.find("has no entry")) << result.errors;
+    }
+    for (const char* szNoPath : {"''", "/", "Code/", "'Code['", "'Code[x]'", "'\"Code'", "'a\"b'"})
+        EXPECT_EQ(2, Run(std::string("block get a.session ") + szNoPath).status) << szNoPath;
+}
+
+TEST_F(BlockTool, SetsOneValueAndNothingElse) {
+    CParameterBlock block = Sample();
+    Save(block, "a.session");
+    EXPECT_EQ(0, Run("block set a.session 'Code[1]/Mod' 7 -o b.session").status);
+    EXPECT_EQ("~ /\"Code\"[1]/\"Mod\" int 1 -> 7\n", Run("block diff a.session b.session").output);
+    EXPECT_EQ(0, Run("block set b.session 'Code[1]/Mod' 1 --force").status);
+    EXPECT_EQ(m_directory.Read("a.session"), m_directory.Read("b.session"));
+
+    EXPECT_EQ(0, Run("block set a.session Text 'new  text' -o c.session").status);
+    EXPECT_EQ("new  text\n", Run("block get c.session Text").output);
+    EXPECT_EQ(0, Run("block set a.session Infinite nan -o d.session").status);
+    EXPECT_EQ("nan\n", Run("block get d.session Infinite").output);
+    EXPECT_EQ(0, Run("block set a.session Code/New 1e3 --type double -o e.session").status);
+    EXPECT_EQ("+ /\"Code\"/\"New\" double 1000\n", Run("block diff a.session e.session").output);
+
+    Write("bare", Bytes("01000000 02000000 01000000 41 05000000"));
+    EXPECT_EQ(0, Run("block set --bare bare A 6 -o - > again").status);
+    EXPECT_EQ(
+        "6\n",
+        Run("block set --bare bare A 6 -o - | '" TAVARIN_PROGRAM "' block get --bare - A").output);
+}
+
+TEST_F(BlockTool, SetRefusesWhatCannotBeAndReplacesNothingUnlessItIsTold) {
+    CParameterBlock block = Sample();
+    Save(block, "a.session");
+    const std::string before = m_directory.Read("a.session");
+    const CResult unasked = Run("block set a.session Int 7");
+    EXPECT_EQ(2, unasked.status);
+    EXPECT_NE(std::string::npos, unasked.errors.find("is there already")) << unasked.errors;
+    for (const char* szWrong :
+         {"Int 2147483648", "Int x", "Int 1.5", "Int ''", "Bool 1", "Max -- -1", "Code 5",
+          "Small x", "Int 5 --type float", "Nobody 5", "Nobody/A 5 --type int",
+          "'New[3]' 5 --type int", "New 5 --type colour", "New x --type int"}) {
+        const CResult result = Run(std::string("block set a.session --force ") + szWrong);
+        EXPECT_EQ(2, result.status) << szWrong;
+        EXPECT_EQ(std::string::npos, result.errors.find("json")) << result.errors;
+    }
+    EXPECT_EQ(before, m_directory.Read("a.session"));
+    Write("unknown", Bytes("02000000 02000000 01000000 41 05000000 0B000000"));
+    const CResult unknown = Run("block set --bare unknown A 6 --force");
+    EXPECT_EQ(2, unknown.status);
+    EXPECT_NE(std::string::npos, unknown.errors.find("would be lost")) << unknown.errors;
+}
+
 TEST_F(TimecodeTool, ShowsATimeCode) {
     EXPECT_EQ("samples   96000\nframes    50\ntimecode  00:00:02:00\n",
               Run("timecode 96000").output);
@@ -453,6 +536,60 @@ TEST_F(TimecodeTool, TellsWhatIsNoPosition) {
     EXPECT_EQ(2, Run("timecode 0 --fps 0").status);
     EXPECT_EQ(2, Run("timecode 0 --fps 25/0").status);
     EXPECT_EQ(2, Run("timecode 0 --rate fast").status);
+}
+
+// What people mean stands beside what the link's functions make of it, and why on standard error.
+TEST_F(TimecodeTool, WarnsWhereTheLinksOwnRulesDiffer) {
+    const CResult frame = Run("timecode 29f --fps 29.97");
+    EXPECT_EQ(0, frame.status);
+    EXPECT_NE(frame.output.find("timecode  00:00:00:28  (people count 00:00:00:29)\n"),
+              std::string::npos)
+        << frame.output;
+    EXPECT_NE(frame.errors.find("rules of their own"), std::string::npos) << frame.errors;
+
+    const CResult before = Run("timecode -- -5");
+    EXPECT_NE(before.output.find("(people count -00:00:00:01)"), std::string::npos)
+        << before.output;
+    EXPECT_NE(before.errors.find("no time code before zero"), std::string::npos) << before.errors;
+
+    const CResult drop = Run("timecode 00:01:00:00 --drop");
+    EXPECT_NE(drop.output.find("  (people count 2880000)\n"), std::string::npos) << drop.output;
+    EXPECT_NE(drop.errors.find("there is none at 25\n"), std::string::npos) << drop.errors;
+
+    const CResult missing = Run("timecode '00:01:00;01' --drop --fps 29.97");
+    EXPECT_NE(missing.errors.find("no clock shows \"00:01:00;01\""), std::string::npos)
+        << missing.errors;
+    EXPECT_NE(Run("timecode 00:00:60:00").errors.find("no clock shows"), std::string::npos);
+    EXPECT_NE(Run("timecode 00:00:00:25").errors.find("no clock shows"), std::string::npos);
+}
+
+TEST_F(TimecodeTool, SaysNothingWhereBothMeanTheSame) {
+    for (const char* szPosition :
+         {"0", "1920", "96000.5", "01:02:03:04", "23:59:59:24", "2159999f", "24:00:00:00"}) {
+        const CResult result = Run(std::string("timecode ") + szPosition);
+        EXPECT_EQ("", result.errors) << szPosition;
+        EXPECT_EQ(std::string::npos, result.output.find("people")) << result.output;
+    }
+    EXPECT_EQ("", Run("timecode '00:10:00;00' --drop --fps 30000/1001").errors);
+}
+
+TEST_F(TimecodeTool, PrintsJson) {
+    const CResult result = Run("timecode 29f --fps 29.97 --json");
+    EXPECT_EQ("", result.errors);
+    for (const char* szPart : {"\"frames\": 29,", "\"timecode\": \"00:00:00:28\"",
+                               "\"timecode\": \"00:00:00:29\"", "\"warnings\": [\n"})
+        EXPECT_NE(std::string::npos, result.output.find(szPart)) << szPart << result.output;
+    EXPECT_NE(std::string::npos, Run("timecode 50f --json").output.find("\"warnings\": []"));
+    EXPECT_NE(std::string::npos, Run("timecode soon --json").errors.find("\"code\":\"usage\""));
+}
+
+TEST_F(TimecodeTool, RefusesWhatNoSoundReaches) {
+    for (const char* szPosition :
+         {"1e308", "9223372036854775807f", "1f --rate 1e300", "1f --fps 1e-300"}) {
+        const CResult result = Run(std::string("timecode ") + szPosition);
+        EXPECT_EQ(2, result.status) << szPosition << result.output;
+        EXPECT_NE(std::string::npos, result.errors.find("farther out")) << result.errors;
+    }
 }
 
 }  // namespace

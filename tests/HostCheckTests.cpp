@@ -3,18 +3,25 @@
 #include "tools/check/HostCheck.h"
 
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cctype>
 #include <chrono>
+#include <fstream>
 #include <future>
 #include <map>
 #include <optional>
+#include <set>
+#include <thread>
 
 #include "ChildProcess.h"
+#include "ForkedProcess.h"
 #include "PeerHost.h"
 #include "TemporaryDirectory.h"
 #include "link/LinkClock.h"
+#include "link/WordProtocol.h"
 
 namespace {
 
@@ -48,6 +55,31 @@ Finding FindingOf(std::string const& strName, std::vector<RuleReport> const& rep
     return report == reports.end() ? Failed("no such rule") : report->finding;
 }
 
+// As a link to a heading of a page is written.
+std::string Anchor(std::string const& strHeading) {
+    std::string strAnchor;
+    for (const char c : strHeading) {
+        if (c == ' ') strAnchor += '-';
+        if (std::isalnum(static_cast<unsigned char>(c)))
+            strAnchor += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
+    return strAnchor;
+}
+
+TEST(HostCheckReport, EveryRuleHasItsPlaceInThePageAndACause) {
+    std::set<std::string> headings;
+    std::ifstream page(TAVARIN_PROTOCOL_PAGE);
+    for (std::string strLine; std::getline(page, strLine);)
+        if (strLine.starts_with("## "))
+            headings.insert("docs/link-protocol.md#" + Anchor(strLine.substr(3)));
+    const std::vector<RuleReport> reports = CheckHost(QuickOptions());
+    EXPECT_EQ(reports.size(), 49u);
+    for (RuleReport const& report : reports) {
+        EXPECT_TRUE(headings.contains(report.strPlace)) << report.strName << report.strPlace;
+        EXPECT_FALSE(report.strCause.empty()) << report.strName;
+    }
+}
+
 // Programs that play the host.
 class HostCheck : public testing::Test {
 protected:
@@ -66,11 +98,11 @@ protected:
         FAIL() << "the host did not start: " << m_directory.Read("host.err");
     }
     // What the example hosts leave out, and nothing else.
-    void ExpectOnlyCommandsAreMissing() {
+    void ExpectOnlyCommandsAreMissing(Strings const& failures) {
         const std::vector<RuleReport> reports = CheckHost(QuickOptions());
-        EXPECT_EQ(Named(reports, Verdict::Fail), (Strings{"offset", "scratch"})) << Seen(reports);
+        EXPECT_EQ(Named(reports, Verdict::Fail), failures) << Seen(reports);
         EXPECT_EQ(FindingOf("offset", reports).strSeen,
-                  "0.000000, \"this host does not know that script\"");
+                  "0, \"this host does not know that script\"");
         EXPECT_EQ(FindingOf("clients", reports).strSeen, "100 of 100 from 4 clients");
         EXPECT_EQ(FindingOf("list-script", reports).verdict, Verdict::Pass);
         EXPECT_EQ(FindingOf("capture", reports).strSeen, "needs not-duplicate");
@@ -140,16 +172,80 @@ TEST_F(HostCheck, ChosenRulesBringThoseThatTheyNeed) {
     EXPECT_THROW(CheckHost(options), std::invalid_argument);
 }
 
-TEST_F(HostCheck, MinimalHostLacksOnlyCommands) {
-    Start({TAVARIN_MINIMAL_HOST});
-    ExpectOnlyCommandsAreMissing();
+// A host that answers everything with nothing, and dies of a script that is wrong.
+int RunHostThatCrashes() {
+    CPeerHost host(1);
+    host.AnswerWith([](std::string const& strScript) {
+        if (strScript.find("NoFunctionHasThisName") != std::string::npos) raise(SIGKILL);
+        const std::size_t nStart = strScript.find('"') + 1;
+        return CPeerHost::Answer{strScript.substr(nStart, strScript.find('"', nStart) - nStart),
+                                 ""};
+    });
+    for (;;) {
+        host.Directory().SetHeartbeat(LinkTimeNow());
+        usleep(20'000);
+    }
 }
 
-TEST_F(HostCheck, MinimalHostInPythonLacksOnlyCommands) {
+TEST_F(HostCheck, HostThatCrashesIsNamedWithTheRuleThatItDiedOf) {
+    CForkedProcess host(RunHostThatCrashes);
+    CTANClientInterProcess client;
+    while (client.GetCurrentIdFromMainDirectory() < 1) usleep(10'000);
+    HostCheckOptions options = QuickOptions();
+    options.skip = {"heartbeat-locked"};
+    const std::vector<RuleReport> reports = CheckHost(options);
+    const std::string strProcess = "process " + std::to_string(host.Id());
+    EXPECT_EQ(FindingOf("answer", reports).verdict, Verdict::Pass) << Seen(reports);
+    EXPECT_EQ(FindingOf("script-error", reports).verdict, Verdict::Fail);
+    EXPECT_EQ(FindingOf("script-error", reports).strSeen,
+              "the host crashed: its " + strProcess + " has ended");
+    EXPECT_EQ(FindingOf("sequence", reports).strSeen, "the host has crashed");
+    EXPECT_EQ(Conclusion(reports), Verdict::Fail);
+    for (const char* szLeft :
+         {"/TAN_Host_1", "/__KEL_TAN_INTERPROCESS_DIR6__", "/__KEL_TAN_INTERPROCESS_DIR6__.lock"})
+        shm_unlink(szLeft);
+}
+
+TEST_F(HostCheck, FailureIsExplainedAndReportedAsXml) {
+    Start({TAVARIN_MINIMAL_HOST});
+    const std::string strReport = m_directory.Write("report.xml", "mine");
+    const auto run = [&](Strings const& options) {
+        Strings arguments{
+            TAVARIN_TOOL_PROGRAM, "check-host", "--only", "offset", "--junit", strReport};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        return CChildProcess(arguments, m_directory.File("out"), m_directory.File("err")).Wait();
+    };
+    EXPECT_EQ(run({}), 2);
+    EXPECT_NE(m_directory.Read("err").find("is there already"), std::string::npos);
+    EXPECT_EQ(m_directory.Read("report.xml"), "mine");
+    EXPECT_EQ(run({"--force"}), 1) << m_directory.Read("err");
+    EXPECT_NE(m_directory.Read("out").find(
+                  "  FAIL       offset: the SMPTE offset is told\n"
+                  "             (0, \"this host does not know that script\")\n"
+                  "             likely: GetLinkSMPTEOffset is missing or prints no number\n"
+                  "             see docs/link-protocol.md#the-commands\n"),
+              std::string::npos)
+        << m_directory.Read("out");
+    const std::string strXml = m_directory.Read("report.xml");
+    EXPECT_NE(strXml.find("tests=\"9\" failures=\"1\" errors=\"0\" skipped=\"0\""),
+              std::string::npos)
+        << strXml;
+    EXPECT_NE(strXml.find("<testcase classname=\"Commands\" name=\"offset\"><failure "
+                          "message=\"0, &quot;this host does not know"),
+              std::string::npos)
+        << strXml;
+}
+
+TEST_F(HostCheck, MinimalHostLacksOnlyCommands) {
+    Start({TAVARIN_MINIMAL_HOST});
+    ExpectOnlyCommandsAreMissing({"offset", "scratch"});
+}
+
+TEST_F(HostCheck, MinimalHostInPythonLacksCommandsAndALock) {
     // What was found when this was configured may be another user's own.
     if (access(TAVARIN_PYTHON, X_OK) != 0) GTEST_SKIP() << "no Python 3";
     Start({TAVARIN_PYTHON, TAVARIN_MINIMAL_HOST_SCRIPT});
-    ExpectOnlyCommandsAreMissing();
+    ExpectOnlyCommandsAreMissing({"heartbeat-locked", "offset", "scratch"});
 }
 
 // A host of the test's own, wrong in one way.
@@ -185,9 +281,17 @@ protected:
     std::vector<RuleReport> Check(HostCheckOptions const& options = QuickOptions()) {
         auto check = std::async(std::launch::async, [&options] { return CheckHost(options); });
         do {
-            if (m_fAlive) m_host.Directory().SetHeartbeat(LinkTimeNow());
+            Refresh();
         } while (check.wait_for(std::chrono::milliseconds(20)) != std::future_status::ready);
         return check.get();
+    }
+    // As the protocol has it, unless a test keeps the lock.
+    void Refresh() {
+        if (!m_fAlive) return;
+        auto* const pLock = reinterpret_cast<std::uint32_t*>(m_host.Directory().Bytes());
+        std::uint32_t nOther = 0;
+        const CWordLock lock(m_fLocks ? pLock : &nOther, LinkTimeNow() + 100'000);
+        m_host.Directory().SetHeartbeat(LinkTimeNow());
     }
     Verdict Of(std::string const& strName, std::vector<RuleReport> const& reports) {
         return FindingOf(strName, reports).verdict;
@@ -196,13 +300,15 @@ protected:
     CPeerHost m_host{1};
     std::function<void(CPeerHost::Answer&)> m_spoil;
     bool m_fAlive = true;
+    bool m_fLocks = true;
 };
 
 TEST_F(WrongHost, UnspoiledOnePassesEveryExchangeRule) {
     const std::vector<RuleReport> reports = Check();
     for (const char* szName :
-         {"heartbeat", "host-waits", "answer", "line-ends", "order", "release", "script-error",
-          "error-print", "error-cleared", "sequence", "clients", "capacity", "cut", "long-reply"}) {
+         {"heartbeat", "heartbeat-locked", "host-waits", "request-lock", "answer", "line-ends",
+          "order", "release", "script-error", "error-print", "error-cleared", "sequence", "clients",
+          "capacity", "cut", "long-reply"}) {
         EXPECT_EQ(Of(szName, reports), Verdict::Pass) << szName << "\n" << Seen(reports);
     }
 }
@@ -216,6 +322,44 @@ TEST_F(WrongHost, StaleHeartbeatFails) {
 TEST_F(WrongHost, HeartbeatInTheFutureFails) {
     m_fAlive = false;
     EXPECT_EQ(FindingOf("heartbeat", Check()).strSeen, "it lies in the future: is it UTC?");
+}
+
+TEST_F(WrongHost, HeartbeatWrittenWithoutTheLockFails) {
+    m_fLocks = false;
+    const std::vector<RuleReport> reports = Check();
+    EXPECT_EQ(FindingOf("heartbeat-locked", reports).strSeen,
+              "the heartbeat changed while the lock was held elsewhere")
+        << Seen(reports);
+    EXPECT_EQ(Of("heartbeat", reports), Verdict::Pass);
+}
+
+TEST_F(WrongHost, RequestLockSetByTheHostFails) {
+    m_spoil = [this](auto&) { m_host.Segment().template Put<std::uint32_t>(4, 1); };
+    const std::vector<RuleReport> reports = Check();
+    EXPECT_EQ(FindingOf("request-lock", reports).strSeen, "it was set while a client held it")
+        << Seen(reports);
+    m_spoil = [this](auto&) { m_host.Segment().template Put<std::uint32_t>(4, 0); };
+    EXPECT_EQ(FindingOf("request-lock", Check()).strSeen, "it was freed while a client held it");
+}
+
+TEST_F(WrongHost, RequestLockTakenByTheHostFails) {
+    std::atomic<bool> fStop = false;
+    std::thread taker([&] {
+        auto* const pLock = reinterpret_cast<std::uint32_t*>(m_host.Segment().Bytes() + 4);
+        while (!fStop) {
+            AcquireWord(pLock, kNoDeadline);
+            usleep(60'000);
+            ReleaseWord(pLock);
+            usleep(20'000);
+        }
+    });
+    HostCheckOptions options = QuickOptions();
+    options.only = {"request-lock"};
+    const std::vector<RuleReport> reports = Check(options);
+    fStop = true;
+    taker.join();
+    EXPECT_EQ(FindingOf("request-lock", reports).strSeen, "it is held, and there is no client")
+        << Seen(reports);
 }
 
 TEST_F(WrongHost, HeldDirectoryLockFails) {

@@ -271,8 +271,8 @@ TEST_F(HostProgram, WithoutASessionCommandsSayWhatToDo) {
 
 TEST_F(HostProgram, SessionAndItsPictureAreKept) {
     const std::string strSession = m_directory.File("session.json");
-    const std::vector<std::string> arguments{"--session", strSession, "--timeline",
-                                             m_directory.File("timeline.svg")};
+    std::vector<std::string> arguments{"--session", strSession, "--timeline",
+                                       m_directory.File("timeline.svg")};
     StartHost(arguments);
     ASSERT_EQ(
         Tool({"link", "--audiosuite", "capture", Guide(), "--track", "0", "--position", "8000"}),
@@ -281,9 +281,67 @@ TEST_F(HostProgram, SessionAndItsPictureAreKept) {
     ASSERT_EQ(StopHost(), 0);
     EXPECT_NE(m_directory.Read("timeline.svg").find("guide.wav"), std::string::npos);
 
+    arguments.emplace_back("--force");
     StartHost(arguments);
     ASSERT_EQ(Tool({"link", "--audiosuite", "--json", "export"}), 0);
     EXPECT_TRUE(fs::exists(OutputAsJson()["file"].get<std::string>()));
+}
+
+TEST_F(HostProgram, PictureOfSomebodyElseIsNotReplacedUnlessItIsTold) {
+    const std::string strPicture = m_directory.Write("timeline.svg", "mine");
+    CChildProcess refused({TAVARIN_HOST_PROGRAM, "--timeline", strPicture},
+                          m_directory.File("1.out"), m_directory.File("1.err"));
+    EXPECT_EQ(refused.Wait(), 2);
+    EXPECT_EQ(m_directory.Read("1.err"),
+              "tavarin-host: \"" + strPicture + "\" is there already; say --force to replace it\n");
+    EXPECT_EQ(m_directory.Read("timeline.svg"), "mine");
+    StartHost({"--timeline", strPicture, "--force"});
+    AwaitReady();
+    EXPECT_NE(m_directory.Read("timeline.svg").find("<svg"), std::string::npos);
+}
+
+TEST_F(HostProgram, SessionFilesThatAreNoneAreToldInOwnWords) {
+    for (const char* szText : {"", "{", "[]", "{}", R"({"format": 5})",
+                               R"({"format": "tavarin-host session", "version": "x"})"}) {
+        CChildProcess host({TAVARIN_HOST_PROGRAM, "--session", m_directory.Write("s.json", szText)},
+                           m_directory.File("1.out"), m_directory.File("1.err"));
+        EXPECT_EQ(host.Wait(), 2);
+        const std::string strError = m_directory.Read("1.err");
+        EXPECT_NE(strError.find("cannot load the session"), std::string::npos) << strError;
+        EXPECT_EQ(strError.find("exception"), std::string::npos) << strError;
+    }
+}
+
+TEST_F(HostProgram, FailuresAreToldInWordsOfTheUser) {
+    const std::string strText = m_directory.Write("text.wav", "no sound");
+    const std::vector<std::vector<std::string>> failures{
+        {"link", "capture", strText, "--track", "0", "--position", "0"},
+        {"link", "capture", m_directory.File("none.wav"), "--track", "0", "--position", "0"},
+        {"link", "--timeout", "0", "status"},
+        {"link", "rescue", "--id", "-1"},
+        {"link", "export", "-o", m_directory.File("none/x.wav")},
+        {"link", "run", m_directory.Path()},
+        {"link", "status"},
+        {"check-host", "--timeout", "1e308"},
+        {"timecode", "1e308"},
+        {"block", "pack", strText, "-o", "-"},
+        {"block", "dump", strText}};
+    for (auto const& arguments : failures) {
+        EXPECT_NE(Tool(arguments), 0);
+        const std::string strSaid = Errors();
+        std::size_t nDigits = 0, nMost = 0;
+        for (const char c : strSaid) {
+            nDigits = c >= '0' && c <= '9' ? nDigits + 1 : 0;
+            nMost = std::max(nMost, nDigits);
+        }
+        EXPECT_LT(nMost, 20u) << strSaid;
+        for (const char* szBad : {"..", ". .", "exception", "System error"})
+            EXPECT_EQ(strSaid.find(szBad), std::string::npos) << strSaid;
+    }
+    CChildProcess host({TAVARIN_HOST_PROGRAM, "--id", "0"}, m_directory.File("1.out"),
+                       m_directory.File("1.err"));
+    EXPECT_EQ(host.Wait(), 2);
+    EXPECT_LT(m_directory.Read("1.err").size(), 200u) << m_directory.Read("1.err");
 }
 
 TEST_F(HostProgram, OneScriptCannotStopTheNext) {
@@ -377,6 +435,15 @@ TEST_F(HostProgram, ToolShowsStatusAndTracks) {
     EXPECT_EQ(Tool({"link", "status", "--json"}), 0);
     EXPECT_EQ(OutputAsJson()["host"], 1);
     EXPECT_EQ(OutputAsJson()["process"], m_host->Id());
+    EXPECT_EQ(OutputAsJson()["session"], (json{{"document", "script"},
+                                               {"sample_rate", kRate},
+                                               {"tracks", {"Guide", "Dub", "Out", "Double"}},
+                                               {"regions", 0}}));
+    EXPECT_EQ(Tool({"link", "status"}), 0);
+    EXPECT_NE(
+        Output().find(".\nThe session has 4 tracks, 0 regions and a sample rate of 8000 Hz.\n"),
+        std::string::npos)
+        << Output();
     EXPECT_EQ(Tool({"link", "tracks"}), 0);
     EXPECT_EQ(Output(), "0  Guide\n1  Dub\n2  Out\n3  Double\n");
     EXPECT_EQ(Tool({"link", "offset"}), 0);
@@ -509,6 +576,32 @@ TEST_F(HostProgram, TracksHaveNamesAndPlacesHaveSeconds) {
     EXPECT_EQ(Tool({"link", "capture", Guide(), "--track", "0", "--position", "2.5m"}), 2);
 }
 
+TEST_F(HostProgram, PlacesHaveTimeCode) {
+    StartHost();
+    const auto capture = [&](const char* szPosition, std::vector<std::string> options) {
+        options.insert(options.begin(),
+                       {"link", "capture", Guide(), "--track", "0", "--position", szPosition});
+        return Tool(options);
+    };
+    ASSERT_EQ(capture("00:00:10:05", {}), 0) << Errors();
+    ASSERT_EQ(capture("00:01:00;02", {"--fps", "29.97"}), 0) << Errors();
+    EXPECT_EQ(Tool({"link", "regions"}), 0);
+    // 10 seconds and 5 of 25 frames; 1800 frames of 1001/30000 seconds.
+    EXPECT_EQ(Output(),
+              "0  Guide  81600 to 105600 (3.00 s)\n0  Guide  480480 to 504480 (3.00 s)\n");
+    EXPECT_EQ(capture("00:01:00;00", {"--fps", "29.97"}), 2);
+    EXPECT_NE(Errors().find("is shown by no clock"), std::string::npos) << Errors();
+    EXPECT_EQ(capture("00:01:00;02", {}), 2);
+    EXPECT_NE(Errors().find("is drop-frame"), std::string::npos) << Errors();
+    EXPECT_EQ(capture("00:00:00:25", {}), 2);
+    EXPECT_EQ(capture("00:00:00", {}), 2);
+    EXPECT_EQ(Tool({"link", "doubler", "--start", "00:00:10:05", "--end", "00:00:11:05", "--output",
+                    "3"}),
+              0)
+        << Errors();
+    EXPECT_EQ(Output(), "Doubler: input on track 0 (81600 to 89600), output on track 3.\n");
+}
+
 TEST_F(HostProgram, FileOfTheSessionsRateNeedsNoWord) {
     StartHost();
     ASSERT_EQ(Tool({"link", "capture", Guide(), "--track", "0", "--position", "0"}), 0);
@@ -531,8 +624,34 @@ TEST_F(HostProgram, ToolWatchesTheLink) {
     EXPECT_TRUE(waitFor("Error - Tavarin Pro is not running."));
     StartHost();
     EXPECT_TRUE(waitFor("Guide"));
+    ASSERT_EQ(Tool({"link", "--audiosuite", "capture", Guide(), "--track", "0", "--position", "5"}),
+              0);
+    ASSERT_EQ(Tool({"link", "--audiosuite", "doubler", "--output", "2"}), 0);
+    ASSERT_EQ(Tool({"link", "--audiosuite", "export"}), 0);
+    ASSERT_EQ(Tool({"link", "--audiosuite", "clear", "0"}), 0);
+    for (const char* szEvent :
+         {" captured guide.wav onto Guide (AudioSuite document), 5 to 24005\n",
+          " Doubler process done, result on Out (AudioSuite document), 5 to ",
+          " exported Out (AudioSuite document), 5 to ",
+          " removed regions from Guide (AudioSuite document)\n"})
+        EXPECT_TRUE(waitFor(szEvent)) << szEvent << m_directory.Read("watch.out");
     watch.Signal(SIGINT);
     EXPECT_EQ(watch.Wait(), 0);
+}
+
+TEST_F(HostProgram, ToolWatchesTheEventsAsJson) {
+    StartHost();
+    ASSERT_EQ(Tool({"link", "capture", Guide(), "--track", "0", "--position", "5"}), 0);
+    CChildProcess watch({TAVARIN_TOOL_PROGRAM, "link", "watch", "--json"},
+                        m_directory.File("watch.out"), m_directory.File("watch.err"));
+    for (int nTry = 0; nTry < 1000 && !m_directory.Read("watch.out").ends_with('\n'); ++nTry)
+        usleep(10'000);
+    watch.Signal(SIGINT);
+    EXPECT_EQ(watch.Wait(), 0);
+    const json first = json::parse(m_directory.Read("watch.out"));
+    EXPECT_EQ(first["tracks"][0], "Guide");
+    EXPECT_EQ(first["events"].size(), 1u);
+    EXPECT_NE(first["events"][0].get<std::string>().find("captured guide.wav"), std::string::npos);
 }
 
 TEST_F(HostProgram, ToolWithoutAHostGivesErrorAndAdvice) {

@@ -18,6 +18,11 @@ if(programs AND TARGET tavarin AND TARGET tavarin-host)
     add_test(NAME ManualTests
         COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/manual-test" "${PROJECT_BINARY_DIR}/man"
                 "${PROJECT_SOURCE_DIR}/completions/help.awk" ${programs})
+    add_test(NAME ExitStatusTests
+        COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/exit-status-test" "${PROJECT_SOURCE_DIR}/man"
+                ${programs})
+    set_tests_properties(ExitStatusTests PROPERTIES
+        TIMEOUT 120 LABELS slow RESOURCE_LOCK tavarin_shared_memory)
     foreach(shell IN ITEMS bash zsh)
         add_test(NAME CompletionTests.${shell}
             COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/completion-test" ${shell}

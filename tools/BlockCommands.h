@@ -4,6 +4,6 @@ namespace CLI {
 class App;
 }
 
-/// Adds `block dump`, `block pack` and `block diff`: session files and bare images for people to
-/// read, edit and compare.
+/// Adds `block dump`, `pack`, `diff`, `get` and `set`: session files and bare images for people to
+/// read, compare and change.
 void AddBlockCommands(CLI::App& app);

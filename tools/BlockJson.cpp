@@ -50,13 +50,30 @@ std::string FromHex(std::string const& hex) {
     return bytes;
 }
 
+// What the JSON library says of a member that is missing or of another type is for programmers.
+json const& Member(json const& object, char const* name) {
+    if (!object.is_object()) throw std::runtime_error("an object is missing");
+    const auto found = object.find(name);
+    if (found == object.end()) throw std::runtime_error(Quoted(name) + " is missing");
+    return *found;
+}
+
+std::string Text(json const& value, char const* what) {
+    if (!value.is_string()) throw std::runtime_error(Quoted(what) + " is no text");
+    return value.get<std::string>();
+}
+
+std::string TextMember(json const& object, char const* name) {
+    return Text(Member(object, name), name);
+}
+
 ordered_json TextToJson(std::string const& text) {
     if (IsUtf8(text)) return text;
     return {{"hex", ToHex(text)}};
 }
 
-std::string TextFromJson(json const& value) {
-    return value.is_object() ? FromHex(value.at("hex")) : value.get<std::string>();
+std::string TextFromJson(json const& value, char const* what) {
+    return value.is_object() ? FromHex(TextMember(value, "hex")) : Text(value, what);
 }
 
 template <typename Number>
@@ -83,6 +100,7 @@ Number RealFromJson(json const& value) {
             throw std::runtime_error("a number out of range: " + value.dump());
         return static_cast<Number>(number);
     }
+    if (!value.is_string()) throw std::runtime_error("not a number");
     const auto text = value.get<std::string>();
     if (text == "inf") return std::numeric_limits<Number>::infinity();
     if (text == "-inf") return -std::numeric_limits<Number>::infinity();
@@ -135,13 +153,11 @@ ordered_json ValueToJson(CParameter const& parameter) {
     }
 }
 
-std::unique_ptr<CParameter> ValueFromJson(std::string const& type, json const& entry) {
-    if (type == "block") return std::make_unique<CParameterBlock>();
-    json const& value = entry.at("value");
+std::unique_ptr<CParameter> ValueFromJson(std::string const& type, json const& value) {
     const auto make = [](auto made) -> std::unique_ptr<CParameter> { return made; };
     if (type == "string") {
         auto text = std::make_unique<CStringParameter>();
-        text->value = TextFromJson(value);
+        text->value = TextFromJson(value, "value");
         return text;
     }
     if (type == "int")
@@ -151,12 +167,17 @@ std::unique_ptr<CParameter> ValueFromJson(std::string const& type, json const& e
     if (type == "uint64")
         return make(
             std::make_unique<CUInt64Parameter>("", IntegerFromJson<unsigned long long>(value)));
-    if (type == "bool") return make(std::make_unique<CBoolParameter>("", value.get<bool>()));
+    if (type == "bool") {
+        if (!value.is_boolean()) throw std::runtime_error("neither true nor false");
+        return make(std::make_unique<CBoolParameter>("", value.get<bool>()));
+    }
     if (type == "float")
         return make(std::make_unique<CFloatParameter>("", RealFromJson<float>(value)));
     if (type == "int64")
         return make(std::make_unique<CSInt64Parameter>("", IntegerFromJson<long long>(value)));
     if (type == "fileId") {
+        if (!value.is_array() || value.size() != 2)
+            throw std::runtime_error("not the two numbers of a file identity");
         const KEL::FileIdType id{IntegerFromJson<std::uint64_t>(value.at(0)),
                                  IntegerFromJson<std::uint64_t>(value.at(1))};
         return make(std::make_unique<CFileIdTypeParameter>("", id));
@@ -171,6 +192,22 @@ public:
 
     void WriteParameters(CParameterBlock const& top) {
         Open(top);
+        WriteOpen();
+    }
+
+    void WriteOne(CParameter const& parameter) {
+        WriteEntry(&parameter);
+        WriteOpen();
+        if (parameter.type == tagBlock) m_out << '}';
+    }
+
+private:
+    struct CList {
+        CParameterBlock const* block;
+        std::size_t next;
+    };
+
+    void WriteOpen() {
         while (!m_open.empty()) {
             CList& list = m_open.back();
             if (list.next == list.block->parameters.size()) {
@@ -183,12 +220,6 @@ public:
             WriteEntry(parameter);
         }
     }
-
-private:
-    struct CList {
-        CParameterBlock const* block;
-        std::size_t next;
-    };
 
     void NewLine() {
         m_out << '\n' << std::string(2 * std::min(m_open.size(), deepestIndent), ' ');
@@ -234,19 +265,21 @@ void ReadParameters(json const& list, CParameterBlock& top) {
     std::vector<CList> open{{&list, &top, 0}};
     while (!open.empty()) {
         CList& current = open.back();
-        if (!current.list->is_array()) throw std::runtime_error("\"parameters\" is not an array");
+        if (!current.list->is_array()) throw std::runtime_error("\"parameters\" is no array");
         if (current.next == current.list->size()) {
             open.pop_back();
             continue;
         }
         json const& entry = (*current.list)[current.next++];
-        const auto type = entry.at("type").get<std::string>();
+        const std::string type = TextMember(entry, "type");
         if (type == "unknown") continue;
-        std::unique_ptr<CParameter> made = ValueFromJson(type, entry);
-        made->name = TextFromJson(entry.at("name"));
+        std::unique_ptr<CParameter> made = type == "block"
+                                               ? std::make_unique<CParameterBlock>()
+                                               : ValueFromJson(type, Member(entry, "value"));
+        made->name = TextFromJson(Member(entry, "name"), "name");
         current.block->parameters.push_back(made.get());
         CParameterBlock* const block = AsBlock(made.release());
-        if (block != nullptr) open.push_back({&entry.at("parameters"), block, 0});
+        if (block != nullptr) open.push_back({&Member(entry, "parameters"), block, 0});
     }
 }
 
@@ -262,22 +295,33 @@ void WriteJson(std::ostream& out, CBlockDocument const& document) {
     out << "}\n";
 }
 
-std::string ReadJson(std::string const& text, CBlockDocument& document) {
-    try {
-        const json whole = json::parse(text);
-        const auto format = whole.at("format").get<std::string>();
-        if (format != "session" && format != "bare")
-            return "\"format\" is neither \"session\" nor \"bare\"";
-        document.fBare = format == "bare";
-        if (!document.fBare) {
-            document.strId = TextFromJson(whole.at("id"));
-            document.block.name = TextFromJson(whole.at("name"));
-            if (document.strId.find('\0') != std::string::npos)
-                return "\"id\" holds a zero byte, which ends an identifier";
-        }
-        ReadParameters(whole.at("parameters"), document.block);
-        return "";
-    } catch (std::exception const& error) {
-        return error.what();
+void WriteJsonEntry(std::ostream& out, CParameter const& parameter) {
+    CJsonWriter(out).WriteOne(parameter);
+    out << '\n';
+}
+
+std::string ReadJson(std::string const& text, CBlockDocument& document) try {
+    const json whole = json::parse(text);
+    const std::string format = TextMember(whole, "format");
+    if (format != "session" && format != "bare")
+        return "\"format\" is neither \"session\" nor \"bare\"";
+    document.fBare = format == "bare";
+    if (!document.fBare) {
+        document.strId = TextFromJson(Member(whole, "id"), "id");
+        document.block.name = TextFromJson(Member(whole, "name"), "name");
+        if (document.strId.find('\0') != std::string::npos)
+            return "\"id\" holds a zero byte, which ends an identifier";
     }
+    ReadParameters(Member(whole, "parameters"), document.block);
+    return "";
+} catch (json::parse_error const& error) {
+    return "it is no JSON from byte " + std::to_string(error.byte) + " on";
+} catch (std::runtime_error const& error) {
+    return error.what();
+}
+
+std::unique_ptr<CParameter> ParameterFromText(std::string const& type, std::string const& text) {
+    if (type == "string") return ValueFromJson(type, text);
+    json value = json::parse(text, nullptr, false);
+    return ValueFromJson(type, value.is_primitive() && !value.is_discarded() ? value : json(text));
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <iosfwd>
+#include <memory>
 #include <string>
 
 #include "tools/BlockDocument.h"
@@ -16,6 +17,14 @@
 
 void WriteJson(std::ostream& out, CBlockDocument const& document);
 
+/// One parameter of such a document, with what it holds, and a line end.
+void WriteJsonEntry(std::ostream& out, CParameter const& parameter);
+
 /// Reads what WriteJson writes. Entries of unknown type are left out: no image can hold them.
 /// Returns an empty text, or what is wrong and where.
 std::string ReadJson(std::string const& text, CBlockDocument& document);
+
+/// A parameter without a name from a type and a value as they stand in such a document, the text of
+/// a string without quotation marks. Throws std::runtime_error when the value is none of that type,
+/// or the type is none of a single value.
+std::unique_ptr<CParameter> ParameterFromText(std::string const& type, std::string const& text);

@@ -56,16 +56,20 @@ std::string ValueText(CParameter const& parameter) {
 }
 
 void WriteTree(std::ostream& out, CBlockDocument const& document) {
-    struct CList {
-        CParameterBlock const* block;
-        std::size_t next;
-    };
     if (document.fBare)
         out << "bare block\n";
     else
         out << "session " << Quoted(document.strId) << ", block " << Quoted(document.block.name)
             << '\n';
-    std::vector<CList> open{{&document.block, 0}};
+    WriteEntries(out, document.block);
+}
+
+void WriteEntries(std::ostream& out, CParameterBlock const& block) {
+    struct CList {
+        CParameterBlock const* block;
+        std::size_t next;
+    };
+    std::vector<CList> open{{&block, 0}};
     while (!open.empty()) {
         CList& list = open.back();
         if (list.next == list.block->parameters.size()) {

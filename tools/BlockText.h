@@ -14,3 +14,6 @@ std::string ValueText(CParameter const& parameter);
 
 /// Prints a block as a tree, one parameter a line: type, name, value.
 void WriteTree(std::ostream& out, CBlockDocument const& document);
+
+/// Prints what a block holds, as it stands in such a tree.
+void WriteEntries(std::ostream& out, CParameterBlock const& block);

@@ -2,8 +2,9 @@
 
 #include <boost/interprocess/exceptions.hpp>
 #include <cstdio>
-#include <cstring>
+#include <utility>
 
+#include "host/DirectoryMark.h"
 #include "link/MappedSegment.h"
 #include "link/SharedSegments.h"
 
@@ -11,41 +12,28 @@ namespace {
 
 constexpr std::chrono::milliseconds kBetweenLooks{100};
 
-// What tavarin-host writes behind its directory's record.
-struct CMarkedDirectory {
-    DirectoryRecord record;
-    char szMark[8];
-    std::int32_t nProcess;
-};
-constexpr char szDirectoryMark[] = "tvrnlck";
-
 template <typename Read>
-auto FromDirectory(std::size_t nSize, Read read) -> std::optional<decltype(read(nullptr))> {
+auto FromDirectory(Read read) -> decltype(read(std::declval<CMappedSegment const&>())) {
     try {
-        const CMappedSegment segment(szDirectorySegment);
-        if (segment.Size() < nSize) return std::nullopt;
-        return read(segment.Bytes());
+        return read(CMappedSegment(szDirectorySegment));
     } catch (boost::interprocess::interprocess_exception const&) {
-        return std::nullopt;
+        return {};
     }
 }
 
 // Without the lock: a torn number is another number, and that is all that matters.
 std::optional<std::int64_t> ReadHeartbeat() {
-    return FromDirectory(sizeof(DirectoryRecord), [](unsigned char const* pBytes) {
-        return reinterpret_cast<DirectoryRecord const*>(pBytes)->lHeartbeat;
+    return FromDirectory([](CMappedSegment const& directory) -> std::optional<std::int64_t> {
+        if (directory.Size() < sizeof(DirectoryRecord)) return std::nullopt;
+        return reinterpret_cast<DirectoryRecord const*>(directory.Bytes())->lHeartbeat;
     });
 }
 
 std::int32_t ReadProcess() {
-    const auto nProcess =
-        FromDirectory(sizeof(CMarkedDirectory), [](unsigned char const* pBytes) -> std::int32_t {
-            const auto* const pMarked = reinterpret_cast<CMarkedDirectory const*>(pBytes);
-            const bool fMarked =
-                std::memcmp(pMarked->szMark, szDirectoryMark, sizeof(szDirectoryMark)) == 0;
-            return fMarked ? pMarked->nProcess : 0;
-        });
-    return nProcess.value_or(0);
+    return FromDirectory([](CMappedSegment const& directory) -> std::int32_t {
+        MarkedDirectory const* const pMarked = FindMark(directory);
+        return pMarked ? pMarked->nProcess : 0;
+    });
 }
 
 std::string Seconds(CHostWatch::Clock::duration duration) {

@@ -7,6 +7,7 @@
 #include <set>
 
 #include "FileIO/FileName.h"
+#include "tools/AboveZero.h"
 #include "tools/AudioCopy.h"
 #include "tools/AudioProbe.h"
 #include "tools/InputOutput.h"
@@ -33,15 +34,16 @@ constexpr char szTrackHelp[] = "number from 0, or name";
 
 void AddExtent(CLI::App& command, std::string const& strPrefix, Extent& extent) {
     command.add_option("--" + strPrefix + "start", extent.strStart,
-                       "start, in samples or as 2.5s (default: the track's first region)");
+                       "start: samples, 2.5s or 01:00:00:00 (default: the track's first region)");
     command.add_option("--" + strPrefix + "end", extent.strEnd,
-                       "end, in samples or as 2.5s (default: the track's first region)");
+                       "end, likewise (default: the track's first region)");
 }
 
 std::optional<std::int64_t> PlaceIn(CLinkSession& session, std::string const& strOption,
                                     std::string const& strText) {
     if (strText.empty()) return std::nullopt;
-    const CTimelinePosition position = ReadTimelinePosition(strOption, strText);
+    const CTimelinePosition position =
+        ReadTimelinePosition(strOption, strText, session.FrameRate());
     return std::llround(position.Samples(position.fSeconds ? session.SampleRate() : 1));
 }
 
@@ -73,19 +75,41 @@ std::string DescribeExtent(Extent const& extent) {
     return std::to_string(*extent.lStart) + " to " + std::to_string(*extent.lEnd);
 }
 
+// An empty text, and null, where the host cannot tell.
+std::string DescribeSession(std::optional<CLinkContents> const& contents) {
+    if (!contents) return "";
+    return "\nThe session has " + std::to_string(contents->tracks.size()) + " tracks, " +
+           std::to_string(contents->regions.size()) + " regions and a sample rate of " +
+           std::to_string(contents->nSampleRate) + " Hz.";
+}
+
+json SessionAsJson(std::optional<CLinkContents> const& contents, bool fAudioSuite) {
+    if (!contents) return nullptr;
+    return {{"document", fAudioSuite ? "AudioSuite" : "script"},
+            {"sample_rate", contents->nSampleRate},
+            {"tracks", contents->tracks},
+            {"regions", contents->regions.size()}};
+}
+
+void ShowStatus(CLinkOptions const& options) {
+    CLinkSession session(options, Patience::Short);
+    const int id = session.RequireHost();
+    const std::int64_t lProcess = session.Do([&] { return session.Client().GetTANProcessID(); });
+    const std::int32_t nCount = session.Do([&] { return session.Client().GetUpdateCount(); });
+    const std::optional<CLinkContents> contents = session.Contents();
+    session.Print("Host " + std::to_string(id) + " is running (process " +
+                      std::to_string(lProcess) + ") with a session selected; update count " +
+                      std::to_string(nCount) + "." + DescribeSession(contents),
+                  json{{"host", id},
+                       {"process", lProcess},
+                       {"update_count", nCount},
+                       {"session", SessionAsJson(contents, session.IsAudioSuite())}});
+}
+
 void AddStatus(CLI::App& link, OptionsPointer options) {
-    CLI::App* const pCommand = link.add_subcommand("status", "say whether a host is running");
-    pCommand->callback([options] {
-        CLinkSession session(*options, Patience::Short);
-        const int id = session.RequireHost();
-        const std::int64_t lProcess =
-            session.Do([&] { return session.Client().GetTANProcessID(); });
-        const std::int32_t nCount = session.Do([&] { return session.Client().GetUpdateCount(); });
-        session.Print("Host " + std::to_string(id) + " is running (process " +
-                          std::to_string(lProcess) + ") with a session selected; update count " +
-                          std::to_string(nCount) + ".",
-                      json{{"host", id}, {"process", lProcess}, {"update_count", nCount}});
-    });
+    CLI::App* const pCommand =
+        link.add_subcommand("status", "say whether a host is running, and what its session holds");
+    pCommand->callback([options] { ShowStatus(*options); });
 }
 
 void AddTracks(CLI::App& link, OptionsPointer options) {
@@ -104,40 +128,25 @@ void AddTracks(CLI::App& link, OptionsPointer options) {
 
 void ListRegions(CLinkOptions const& options) {
     CLinkSession session(options, Patience::Short);
-    const std::vector<std::string> tracks = session.Tracks();
-    const int nRate = session.SampleRate();
-    std::string strReply = session.Run("if " + session.SelectDocument() +
-                                       " then\n"
-                                       "nRegions = 0\n"
-                                       "for nTrack = 0,GetTrackCount()-1 do\n"
-                                       "nRegions = nRegions + GetRegionCount(GetTrackID(nTrack))\n"
-                                       "end\n"
-                                       "print(3*nRegions)\n"
-                                       "for nTrack = 0,GetTrackCount()-1 do\n"
-                                       "idTrack = GetTrackID(nTrack)\n"
-                                       "for nRegion = 0,GetRegionCount(idTrack)-1 do\n"
-                                       "idRegion = GetRegionID(idTrack, nRegion)\n"
-                                       "print(nTrack)\n"
-                                       "print(GetRegionStartPosition(idRegion))\n"
-                                       "print(GetRegionEndPosition(idRegion))\n"
-                                       "end\nend\nend\n");
-    std::vector<std::string> values;
-    session.Client().SplitResult(strReply, &values);
+    const std::optional<CLinkContents> contents = session.Contents();
+    if (!contents) session.Fail("the host does not tell its regions");
     std::string strText;
     json regions = json::array();
-    for (std::size_t n = 0; n + 2 < values.size(); n += 3) {
-        const auto nTrack = static_cast<std::size_t>(std::stoll(values[n]));
-        const std::int64_t lStart = std::stoll(values[n + 1]), lEnd = std::stoll(values[n + 2]);
-        const std::string strName = nTrack < tracks.size() ? tracks[nTrack] : "";
+    for (CLinkRegion const& region : contents->regions) {
+        std::string const& strName = contents->tracks[region.nTrack];
         char seconds[64];
         std::snprintf(seconds, sizeof seconds, " (%.2f s)",
-                      static_cast<double>(lEnd - lStart) / nRate);
-        strText += (strText.empty() ? "" : "\n") + values[n] + "  " + strName + "  " +
-                   std::to_string(lStart) + " to " + std::to_string(lEnd) + seconds;
-        regions.push_back({{"track", nTrack}, {"name", strName}, {"start", lStart}, {"end", lEnd}});
+                      static_cast<double>(region.lEnd - region.lStart) / contents->nSampleRate);
+        strText += (strText.empty() ? "" : "\n") + std::to_string(region.nTrack) + "  " + strName +
+                   "  " + std::to_string(region.lStart) + " to " + std::to_string(region.lEnd) +
+                   seconds;
+        regions.push_back({{"track", region.nTrack},
+                           {"name", strName},
+                           {"start", region.lStart},
+                           {"end", region.lEnd}});
     }
     session.Print(strText.empty() ? "There are no regions." : strText,
-                  json{{"sample_rate", nRate}, {"regions", regions}});
+                  json{{"sample_rate", contents->nSampleRate}, {"regions", regions}});
 }
 
 void AddRegions(CLI::App& link, OptionsPointer options) {
@@ -209,7 +218,8 @@ void Capture(CLinkOptions const& options, CaptureArguments const& arguments) {
     const std::string strPath = std::filesystem::absolute(arguments.strFile).string();
     const CAudioLength length = RequireAudio(strPath);
     RequireSense(arguments, strPath, length);
-    const CTimelinePosition position = ReadTimelinePosition("--position", arguments.strPosition);
+    const CTimelinePosition position =
+        ReadTimelinePosition("--position", arguments.strPosition, options.m_strFrameRate);
     CLinkSession session(options, Patience::Long);
     session.RequireHost();
     const int nTrack = session.TrackNumber(arguments.strTrack);
@@ -253,8 +263,8 @@ void AddCapture(CLI::App& link, OptionsPointer options) {
     pCommand->add_option("--track", pArguments->strTrack, szTrackHelp)->required();
     pCommand
         ->add_option("--position", pArguments->strPosition,
-                     "where the file's first sample lies on the timeline, in samples of the "
-                     "session or as 2.5s")
+                     "where the file's first sample lies on the timeline: samples of the session, "
+                     "2.5s or 01:00:00:00")
         ->required();
     pCommand->add_option("--start", pArguments->dStart,
                          "first sample of the file used (default: 0)");
@@ -487,7 +497,7 @@ void AddRescue(CLI::App& link, OptionsPointer options) {
         link.add_subcommand("rescue", "send away whoever waits for a host that is proven dead");
     const auto pId = std::make_shared<int>(1);
     pCommand->add_option("--id", *pId, "the dead host's id")
-        ->check(CLI::PositiveNumber)
+        ->check(AboveZero())
         ->capture_default_str();
     pCommand->callback([options, pId] {
         const CRescue rescue = RescueFromDeadHost(*pId);
@@ -522,7 +532,11 @@ void AddLinkCommands(CLI::App& app) {
         ->add_option("--timeout", pOptions->m_dTimeout,
                      "seconds to wait for the host (default: 5 for commands that only ask, none "
                      "for those that work)")
-        ->check(CLI::PositiveNumber);
+        ->check(AboveZero());
+    pLink
+        ->add_option("--fps", pOptions->m_strFrameRate,
+                     "frames per second of time code, as 29.97 or 30000/1001")
+        ->capture_default_str();
     for (const auto add :
          {AddStatus, AddTracks, AddRegions, AddCapture, AddRender, AddExport, AddApt, AddDoubler,
           AddClear, AddOffset, AddPrint, AddRun, AddRescue, AddWatch}) {

@@ -1,8 +1,8 @@
 #include "tools/LinkMonitor.h"
 
 #include <boost/interprocess/exceptions.hpp>
-#include <chrono>
-#include <ctime>
+#include <cstdlib>
+#include <sstream>
 
 #include "link/LinkClock.h"
 #include "link/MappedSegment.h"
@@ -10,28 +10,35 @@
 
 namespace {
 
-constexpr int kTrackListTimeoutMs = 1000;
-constexpr std::size_t kKeptExchanges = 20;
+constexpr int kTimeoutMs = 1000;
+constexpr std::int64_t kKeptEvents = 20;
 
-std::string TimeOfDay() {
-    const std::time_t now = std::time(nullptr);
-    std::tm local{};
-    localtime_r(&now, &local);
-    char text[16];
-    std::strftime(text, sizeof text, "%H:%M:%S", &local);
-    return text;
+// Hosts that keep no journal print the first two lines, whatever they make of the rest.
+std::string QuestionScript(std::int64_t lSeen) {
+    return "print(GetUpdateCount())\nprint(GetProcessID())\n"
+           "if GetEventCount then\n"
+           "nCount = GetEventCount()\nprint(nCount)\n"
+           "nFirst = math.max(nCount < " +
+           std::to_string(lSeen) + " and 0 or " + std::to_string(lSeen) + ", nCount-" +
+           std::to_string(kKeptEvents) +
+           ")\n"
+           "for nEvent = nFirst,nCount-1 do print(GetEvent(nEvent)) end\n"
+           "end\n";
+}
+
+std::vector<std::string> Lines(std::string const& strText) {
+    std::vector<std::string> lines;
+    std::istringstream text(strText);
+    for (std::string strLine; std::getline(text, strLine);) lines.push_back(strLine);
+    return lines;
 }
 
 }  // namespace
 
-template <typename Command>
-void CLinkMonitor::Time(std::string const& strWhat, Command command) {
-    const auto start = std::chrono::steady_clock::now();
-    std::string strResult = command();
-    const std::chrono::duration<double, std::milli> taken =
-        std::chrono::steady_clock::now() - start;
-    m_exchanges.push_front({TimeOfDay(), strWhat, std::move(strResult), taken.count()});
-    if (m_exchanges.size() > kKeptExchanges) m_exchanges.pop_back();
+void CLinkMonitor::ForgetHost() {
+    m_lProcess = 0;
+    m_lSeen = 0;
+    m_events.clear();
 }
 
 bool CLinkMonitor::Look() {
@@ -41,38 +48,34 @@ bool CLinkMonitor::Look() {
 
     LinkView view;
     view.nHost = m_client.GetCurrentTANHost();
-    if (view.nHost > 0) {
-        Time("track list", [&] {
-            m_client.ListTracksWithTimeout(m_fAudioSuite, &view.tracks, kTrackListTimeoutMs);
-            return std::to_string(view.tracks.size()) + " tracks";
-        });
-    }
+    if (view.nHost > 0) m_client.ListTracksWithTimeout(m_fAudioSuite, &view.tracks, kTimeoutMs);
     view.strError = m_client.m_strLastError;
     view.strAdvice = m_client.m_strAdvice;
     const bool fNew = !m_fLooked || !(view == m_view);
-    if (view.nHost != m_view.nHost) m_lProcess = 0;
+    if (view.nHost != m_view.nHost) ForgetHost();
     m_view = std::move(view);
     m_fLooked = true;
     return fNew;
 }
 
-void CLinkMonitor::Ask() {
-    if (m_view.nHost < 1) return;
-    Time("update count", [this] {
-        std::string script = "print(GetUpdateCount())\n";
-        std::string strReply;
-        const int nStatus =
-            m_client.SendTANMessage(m_view.nHost, script, strReply, kTrackListTimeoutMs);
-        if (nStatus != 0) return "status " + std::to_string(nStatus);
-        m_nUpdateCount = std::atoi(strReply.c_str());
-        return std::to_string(m_nUpdateCount);
-    });
-    if (m_lProcess != 0) return;
-    std::string script = "print(GetProcessID())\n";
-    std::string strReply;
-    if (m_client.SendTANMessage(m_view.nHost, script, strReply, kTrackListTimeoutMs) == 0) {
-        m_lProcess = std::atoll(strReply.c_str());
-    }
+bool CLinkMonitor::Ask() {
+    m_nNewEvents = 0;
+    if (m_view.nHost < 1) return false;
+    std::string strScript = QuestionScript(m_lSeen), strReply;
+    if (m_client.SendTANMessage(m_view.nHost, strScript, strReply, kTimeoutMs) != 0) return false;
+    const std::vector<std::string> lines = Lines(strReply);
+    if (lines.empty()) return false;
+    m_nUpdateCount = std::atoi(lines[0].c_str());
+    if (lines.size() < 2) return false;
+    const std::int64_t lProcess = std::atoll(lines[1].c_str());
+    if (m_lProcess != 0 && lProcess != m_lProcess) ForgetHost();
+    m_lProcess = lProcess;
+    if (lines.size() < 3) return false;
+    m_lSeen = std::atoll(lines[2].c_str());
+    m_events.insert(m_events.end(), lines.begin() + 3, lines.end());
+    while (m_events.size() > kKeptEvents) m_events.pop_front();
+    m_nNewEvents = lines.size() - 3;
+    return m_nNewEvents > 0;
 }
 
 double CLinkMonitor::HeartbeatAge() const {

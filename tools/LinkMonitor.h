@@ -7,14 +7,6 @@
 
 #include "link/TANClientInterProcess.h"
 
-/// One exchange of the monitor's own.
-struct MonitoredExchange {
-    std::string strTime;  ///< local time of day, hh:mm:ss
-    std::string strWhat;
-    std::string strResult;
-    double dMilliseconds;
-};
-
 /// What is known of the host at one moment.
 struct LinkView {
     int nHost = -1;
@@ -34,20 +26,23 @@ public:
     /// the last time. True when the view differs from what it was.
     bool Look();
 
-    /// Asks the host for its update count, so that there is an exchange to be timed.
-    void Ask();
+    /// Asks the host for its update count and for what has happened to its session. True when
+    /// there is something new.
+    bool Ask();
 
     LinkView const& View() const { return m_view; }
     /// Age of the host's heartbeat in seconds; negative when there is no directory.
     double HeartbeatAge() const;
     std::int64_t Process() const { return m_lProcess; }
     std::int32_t UpdateCount() const { return m_nUpdateCount; }
-    /// The last exchanges, the newest first.
-    std::deque<MonitoredExchange> const& Exchanges() const { return m_exchanges; }
+    /// The last events of the session, the oldest first, each with its time of day. A host that
+    /// keeps no journal has none.
+    std::deque<std::string> const& Events() const { return m_events; }
+    /// How many of them came with the last `Ask`.
+    std::size_t NewEvents() const { return m_nNewEvents; }
 
 private:
-    template <typename Command>
-    void Time(std::string const& strWhat, Command command);
+    void ForgetHost();
 
     bool m_fAudioSuite;
     bool m_fLooked = false;
@@ -55,5 +50,7 @@ private:
     LinkView m_view;
     std::int64_t m_lProcess = 0;
     std::int32_t m_nUpdateCount = 0;
-    std::deque<MonitoredExchange> m_exchanges;
+    std::int64_t m_lSeen = 0;  // how many events the host had
+    std::size_t m_nNewEvents = 0;
+    std::deque<std::string> m_events;
 };

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr std::size_t kShownExchanges = 6;
+constexpr std::size_t kShownEvents = 6;
 constexpr std::size_t kRowsBesidesTracks = 8;
 
 // Cuts a line, never inside a character.
@@ -61,17 +61,12 @@ void AddTracks(std::vector<std::string>& lines, std::vector<std::string> const& 
     }
 }
 
-void AddExchanges(std::vector<std::string>& lines, CLinkMonitor const& monitor) {
-    if (monitor.Exchanges().empty()) return;
-    lines.emplace_back("Last exchanges of this watch");
-    std::size_t nShown = 0;
-    for (MonitoredExchange const& exchange : monitor.Exchanges()) {
-        if (nShown++ == kShownExchanges) break;
-        char text[128];
-        std::snprintf(text, sizeof text, "  %s  %-14s %-14s %9.2f ms", exchange.strTime.c_str(),
-                      exchange.strWhat.c_str(), exchange.strResult.c_str(), exchange.dMilliseconds);
-        lines.emplace_back(text);
-    }
+void AddEvents(std::vector<std::string>& lines, CLinkMonitor const& monitor) {
+    if (monitor.Events().empty()) return;
+    lines.emplace_back("Last events of the session");
+    const std::size_t nShown = std::min(kShownEvents, monitor.Events().size());
+    for (std::size_t n = 0; n < nShown; ++n)
+        lines.push_back("  " + Safe(monitor.Events()[monitor.Events().size() - 1 - n]));
 }
 
 }  // namespace
@@ -88,11 +83,11 @@ std::vector<std::string> DrawLinkScreen(CLinkMonitor const& monitor, std::size_t
     if (!view.strAdvice.empty()) lines.push_back(Safe(view.strAdvice));
     lines.emplace_back();
     if (view.nHost > 0) {
-        const std::size_t nOthers = kRowsBesidesTracks + kShownExchanges;
+        const std::size_t nOthers = kRowsBesidesTracks + kShownEvents;
         AddTracks(lines, view.tracks, nRows > nOthers ? nRows - nOthers : 0);
         lines.emplace_back();
     }
-    AddExchanges(lines, monitor);
+    AddEvents(lines, monitor);
     if (lines.size() > nRows) lines.resize(nRows);
     for (std::string& strLine : lines) strLine = Fit(std::move(strLine), nColumns);
     return lines;

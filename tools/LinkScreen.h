@@ -5,7 +5,8 @@
 
 #include "tools/LinkMonitor.h"
 
-/// Draws what a monitor knows as lines for a terminal: host, heartbeat, tracks, last exchanges.
+/// Draws what a monitor knows as lines for a terminal: host, heartbeat, tracks, the last
+/// events of the session, the newest first.
 ///
 /// No line is longer than `nColumns` characters and there are at most `nRows` of them; what does
 /// not fit is counted. Names are safe for a terminal.

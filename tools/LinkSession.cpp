@@ -86,6 +86,18 @@ std::string CLinkSession::Run(std::string script) {
     return strReply;
 }
 
+std::optional<CLinkContents> CLinkSession::Contents() {
+    const int id = RequireHost();
+    std::string strScript = ContentsScript(SelectDocument()), strReply;
+    const int nStatus =
+        Do([&] { return m_client.SendTANMessage(id, strScript, strReply, kWaitForEver); });
+    if (nStatus != 0) Fail(DescribeStatus(nStatus));
+    if (!m_client.m_strLastError.empty()) return std::nullopt;
+    std::vector<std::string> lines;
+    m_client.SplitResult(strReply, &lines);
+    return ReadContents(lines);
+}
+
 void CLinkSession::Fail(std::string const& strWhat) {
     if (m_client.m_strLastError.empty()) throw CToolFailure(exitNegative, strWhat, "", "refused");
     std::string strAdvice = m_client.m_strAdvice;

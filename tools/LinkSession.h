@@ -9,13 +9,15 @@
 
 #include "link/TANClientInterProcess.h"
 #include "tools/HostWatch.h"
+#include "tools/LinkContents.h"
 #include "tools/WaitNotice.h"
 
 /// What every `tavarin link` command is given on its command line.
 struct CLinkOptions {
     bool m_fJson = false;
     bool m_fAudioSuite = false;
-    std::optional<double> m_dTimeout;  ///< seconds
+    std::optional<double> m_dTimeout;   ///< seconds
+    std::string m_strFrameRate = "25";  ///< of time code, as the user writes it
 };
 
 /// How long a command waits unless the user says it.
@@ -32,6 +34,7 @@ public:
 
     CTANClientInterProcess& Client() { return m_client; }
     bool IsAudioSuite() const { return m_options.m_fAudioSuite; }
+    std::string const& FrameRate() const { return m_options.m_strFrameRate; }
 
     /// Ends the command unless a host with a selected session runs. Returns the host's id.
     int RequireHost();
@@ -52,6 +55,9 @@ public:
     /// Runs a script and returns what it printed; ends the command when the exchange or the script
     /// failed.
     std::string Run(std::string script);
+
+    /// What the chosen document holds; no value when the host cannot tell.
+    std::optional<CLinkContents> Contents();
 
     /// Carries out a command of the client, on a thread of its own, and answers what it answers.
     /// Where it makes no sense to wait for the host any longer, the program ends here and now: the

@@ -24,20 +24,31 @@ void Interrupt(int) {
     g_fInterrupted = 1;
 }
 
-void ShowText(LinkView const& view) {
-    if (view.nHost > 0) std::printf("Host %d, session selected\n", view.nHost);
-    if (!view.strError.empty()) std::printf("%s\n", view.strError.c_str());
-    if (!view.strAdvice.empty()) std::printf("%s\n", view.strAdvice.c_str());
-    for (std::size_t nTrack = 0; nTrack < view.tracks.size(); ++nTrack) {
-        std::printf("  %2zu  %s\n", nTrack, view.tracks[nTrack].c_str());
+// What is new to who reads along.
+struct CNews {
+    LinkView const* pView = nullptr;  // none: as it was
+    std::vector<std::string> events;
+};
+
+void ShowText(CNews const& news) {
+    if (news.pView) {
+        LinkView const& view = *news.pView;
+        if (view.nHost > 0) std::printf("Host %d, session selected\n", view.nHost);
+        if (!view.strError.empty()) std::printf("%s\n", view.strError.c_str());
+        if (!view.strAdvice.empty()) std::printf("%s\n", view.strAdvice.c_str());
+        for (std::size_t nTrack = 0; nTrack < view.tracks.size(); ++nTrack)
+            std::printf("  %2zu  %s\n", nTrack, view.tracks[nTrack].c_str());
     }
+    for (std::string const& strEvent : news.events) std::printf("%s\n", strEvent.c_str());
 }
 
-void ShowJson(LinkView const& view) {
-    const nlohmann::json json{{"host", view.nHost},
-                              {"error", view.strError},
-                              {"advice", view.strAdvice},
-                              {"tracks", view.tracks}};
+void ShowJson(CNews const& news) {
+    nlohmann::json json{{"events", news.events}};
+    if (news.pView)
+        json.update({{"host", news.pView->nHost},
+                     {"error", news.pView->strError},
+                     {"advice", news.pView->strAdvice},
+                     {"tracks", news.pView->tracks}});
     std::printf("%s\n",
                 json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
 }
@@ -77,10 +88,16 @@ void WatchLive(CLinkMonitor& monitor) {
     }
 }
 
-void WatchPlainly(CLinkMonitor& monitor, void (*show)(LinkView const&)) {
-    while (!g_fInterrupted) {
-        if (monitor.Look()) {
-            show(monitor.View());
+void WatchPlainly(CLinkMonitor& monitor, void (*show)(CNews const&)) {
+    for (int nLook = 0; !g_fInterrupted; ++nLook) {
+        CNews news;
+        if (monitor.Look()) news.pView = &monitor.View();
+        if (nLook % kLooksPerQuestion == 0 && monitor.Ask())
+            news.events.assign(
+                monitor.Events().end() - static_cast<std::ptrdiff_t>(monitor.NewEvents()),
+                monitor.Events().end());
+        if (news.pView || !news.events.empty()) {
+            show(news);
             std::fflush(stdout);
         }
         std::this_thread::sleep_for(kPeriod);

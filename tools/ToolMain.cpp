@@ -7,6 +7,7 @@
 #include <iostream>
 #include <sstream>
 
+#include "tools/HelpFormatter.h"
 #include "tools/InputOutput.h"
 #include "tools/MistypedCommand.h"
 #include "tools/ToolFailure.h"
@@ -49,6 +50,7 @@ int RunTool(std::string const& strProgram, int argc, char** argv,
     CLI::App app{"", strProgram};
     int nStatus = exitDone;
     try {
+        app.formatter(std::make_shared<CHelpFormatter>());
         app.set_version_flag("--version", TAVARIN_VERSION);
         app.require_subcommand(1);
         addCommands(app);

@@ -3,8 +3,10 @@
 #include <CLI/CLI.hpp>
 #include <filesystem>
 #include <map>
+#include <memory>
 
 #include "platform/FileSystem.h"
+#include "tools/HelpFormatter.h"
 
 namespace {
 
@@ -97,6 +99,7 @@ std::optional<CArguments> ReadArguments(int argc, char** argv, int* pnStatus) {
         "what a workstation sends. Steps are taken in the order given; without --quit the window "
         "stays."};
     app.name("tavarin-workstation");
+    app.formatter(std::make_shared<CHelpFormatter>());
     CArguments arguments;
     arguments.strBundle = OwnBundle(argv[0], "TavarinProLink.bundle");
     arguments.strGallery = OwnBundle(argv[0], "TavarinGallery.bundle");

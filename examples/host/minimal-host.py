@@ -5,7 +5,8 @@ It runs until SIGINT or SIGTERM. Python cannot compare and swap a shared word, s
 writes words while every client holds still: from the moment a request is notified until the enter
 lock of the request condition is freed, no client can begin an exchange, and the one that waits for
 its reply touches nothing before its time-out. A client that times out just then may meet a wrong
-word; a host for daily work needs atomic operations.
+word; a host for daily work needs atomic operations. For want of them it also writes the heartbeat
+without the directory's lock, which `tavarin check-host` names.
 """
 
 import mmap

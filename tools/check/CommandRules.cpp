@@ -1,4 +1,5 @@
 #include <array>
+#include <cstdio>
 #include <filesystem>
 #include <vector>
 
@@ -50,10 +51,17 @@ Finding TracksAreEmpty(CCheckedHost& host) {
                   std::to_string(host.Track(kDub)) + " and " + std::to_string(host.Track(kOutput)));
 }
 
+// As few digits as it takes to tell the number.
+std::string Shortest(double dNumber) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.15g", dNumber);
+    return text;
+}
+
 Finding TellsOffset(CCheckedHost& host) {
     const double dOffset = host.Client().GetLinkSMPTEOffset(kAudioSuite);
     return PassedIf(host.Client().m_strLastError.empty(),
-                    std::to_string(dOffset) + ", " + Texts(host.Client()));
+                    Shortest(dOffset) + ", " + Texts(host.Client()));
 }
 
 Finding Prints(CCheckedHost& host) {
@@ -190,25 +198,48 @@ Finding Clears(CCheckedHost& host) {
 }
 
 constexpr Rule kRules[] = {
-    {"print", "a text can be printed in its log", "answer", Prints},
-    {"list-audiosuite", "the AudioSuite document's tracks are listed", "answer", ListsAudioSuite},
-    {"list-script", "the script document's tracks are listed", "answer", ListsScript},
-    {"offset", "the SMPTE offset is told", "answer", TellsOffset},
-    {"scratch", "three empty tracks are there to try on", "list-audiosuite", TracksAreEmpty},
-    {"not-duplicate", "a new take is no duplicate", "scratch", NewTakeIsNoDuplicate},
-    {"capture", "a captured file becomes a region at its place", "not-duplicate", Captures},
-    {"capture-count", "a capture changes the update count", "capture", CaptureCounts},
-    {"duplicate", "the same take at the same place is a duplicate", "capture",
-     SameTakeIsADuplicate},
-    {"moved", "the same take at another place is none", "capture", MovedTakeIsNone},
-    {"channels", "one channel of a file can be captured", "capture", TakesChannels},
-    {"file-names", "file names may hold any character but a quote", "capture", TakesAnyName},
-    {"missing-file", "a file that is not there is an error", "capture", MissingFileIsAnError},
-    {"apt", "an APT process aligns a dub with a guide", "capture-count", Aligns},
-    {"render", "the region of the last process can be rendered", "apt", Renders},
-    {"export", "it can be exported into an audio file", "apt", Exports},
-    {"doubler", "a Doubler process doubles a voice", "capture", Doubles},
-    {"clear", "a cleared track is empty", "scratch", Clears},
+    {"print", "a text can be printed in its log", "answer", Prints, "print is missing",
+     Place::szCommands},
+    {"list-audiosuite", "the AudioSuite document's tracks are listed", "answer", ListsAudioSuite,
+     "SelectAudioSuiteDocument, GetTrackCount, GetTrackID or GetTrackName is missing or wrong",
+     Place::szCommands},
+    {"list-script", "the script document's tracks are listed", "answer", ListsScript,
+     "SelectScriptDocument, GetTrackCount, GetTrackID or GetTrackName is missing or wrong",
+     Place::szCommands},
+    {"offset", "the SMPTE offset is told", "answer", TellsOffset,
+     "GetLinkSMPTEOffset is missing or prints no number", Place::szCommands},
+    {"scratch", "three empty tracks are there to try on", "list-audiosuite", TracksAreEmpty,
+     "GetRegionCount is missing, or there are fewer tracks than --tracks names", Place::szCommands},
+    {"not-duplicate", "a new take is no duplicate", "scratch", NewTakeIsNoDuplicate,
+     "the search for the same file at the same place finds what is not there", Place::szCommands},
+    {"capture", "a captured file becomes a region at its place", "not-duplicate", Captures,
+     "the file is not put at the position that the script says, in samples of the session",
+     Place::szCommands},
+    {"capture-count", "a capture changes the update count", "capture", CaptureCounts,
+     "the update counter is not changed, or not in the directory too", Place::szCommands},
+    {"duplicate", "the same take at the same place is a duplicate", "capture", SameTakeIsADuplicate,
+     "a region is not found again by its file, place and extent", Place::szCommands},
+    {"moved", "the same take at another place is none", "capture", MovedTakeIsNone,
+     "the place is left out when regions are compared", Place::szCommands},
+    {"channels", "one channel of a file can be captured", "capture", TakesChannels,
+     "the channel mask is not understood", Place::szCommands},
+    {"file-names", "file names may hold any character but a quote", "capture", TakesAnyName,
+     "escapes or other characters in a path are changed on the way to the file", Place::szCommands},
+    {"missing-file", "a file that is not there is an error", "capture", MissingFileIsAnError,
+     "a file that cannot be opened is passed over", Place::szCommands},
+    {"apt", "an APT process aligns a dub with a guide", "capture-count", Aligns,
+     "the process is not created, or has put no region on the output track when the script ends",
+     Place::szCommands},
+    {"render", "the region of the last process can be rendered", "apt", Renders,
+     "the last process or its region is not found, or the positions are not printed",
+     Place::szCommands},
+    {"export", "it can be exported into an audio file", "apt", Exports,
+     "the path is printed before the file is there, or is not a full one", Place::szCommands},
+    {"doubler", "a Doubler process doubles a voice", "capture", Doubles,
+     "the process is not created, or has put no region on the output track when the script ends",
+     Place::szCommands},
+    {"clear", "a cleared track is empty", "scratch", Clears, "regions of the track are left",
+     Place::szCommands},
 };
 
 }  // namespace

@@ -1,6 +1,5 @@
-#include <signal.h>
-
 #include <cctype>
+#include <chrono>
 #include <cstring>
 #include <future>
 #include <thread>
@@ -9,6 +8,8 @@
 #include "link/LinkClock.h"
 #include "link/MessageSegment.h"
 #include "link/WordProtocol.h"
+#include "platform/Processes.h"
+#include "platform/SharedMemory.h"
 #include "tools/check/CheckText.h"
 #include "tools/check/CheckedHost.h"
 #include "tools/check/Rule.h"
@@ -21,6 +22,10 @@ constexpr int kManyExchanges = 50;
 constexpr int kClients = 4;
 constexpr int kExchangesOfEach = 25;
 constexpr int kShortTimeoutMs = 20;
+// Shorter than a host takes to suspect that the holder is dead.
+constexpr std::chrono::milliseconds kRestWithLock{60};
+constexpr int kLooksAtFreeLock = 300;
+constexpr int kLooksAtHolder = 3;
 
 std::string PrintOf(std::string const& strText) {
     return "print(\"" + strText + "\")\n";
@@ -46,16 +51,12 @@ struct AnswerMoment {
     std::string strError;
 };
 
-// An exchange by hand, because the client does not tell what it saw on the way.
-AnswerMoment ExchangeByHand(CCheckedHost& host) {
-    const CMappedSegment mapping = host.MapMessages();
-    CMessageSegment segment(mapping.Bytes(), mapping.Size());
-    AnswerMoment moment;
-    if (!segment.IsUsable()) return moment;
+// An exchange by hand, because the client does not tell what it saw on the way. The caller holds
+// the request lock.
+AnswerMoment ExchangeByHand(CMessageSegment& segment) {
     const std::int64_t lDeadline = DeadlineFromTimeout(5000);
     MessageRecord& record = *segment.Record();
-    const CWordLock request(&record.nRequestLock, lDeadline);
-    if (!request.IsHeld()) return moment;
+    AnswerMoment moment;
     const CWordLock mutex(&record.nExchangeMutex, lDeadline);
     if (!mutex.IsHeld()) return moment;
     moment.fLocked = true;
@@ -70,13 +71,75 @@ AnswerMoment ExchangeByHand(CCheckedHost& host) {
 }
 
 Finding ClearsPendingFirst(CCheckedHost& host) {
-    const AnswerMoment moment = ExchangeByHand(host);
-    if (!moment.fLocked) return NotTried("other clients hold the locks");
+    const CMappedSegment mapping = host.MapMessages();
+    CMessageSegment segment(mapping.Bytes(), mapping.Size());
+    if (!segment.IsUsable()) return Failed("the segment cannot be used");
+    const CWordLock request(&segment.Record()->nRequestLock, DeadlineFromTimeout(5000));
+    if (!request.IsHeld()) return NotTried("other clients hold the request lock");
+    const AnswerMoment moment = ExchangeByHand(segment);
+    if (!moment.fLocked) return NotTried("the exchange mutex is held");
     if (!moment.fAnswered) return Failed("no notification within 5 s");
     if (moment.fPending) return Failed("the flag is still set when the client is woken");
     return PassedIf(
         moment.strReply.starts_with(szGreeting) && moment.strError.empty(),
         "reply " + Shorten(moment.strReply) + ", error text " + Shorten(moment.strError));
+}
+
+// The request lock, held with a value that means the same to every client and is gone once somebody
+// writes the word.
+class CMarkedRequestLock {
+public:
+    explicit CMarkedRequestLock(std::uint32_t* pWord) : m_pWord(pWord) {
+        m_fHeld = AcquireWord(m_pWord, DeadlineFromTimeout(5000));
+        if (m_fHeld) __atomic_store_n(m_pWord, kMark, __ATOMIC_SEQ_CST);
+    }
+    ~CMarkedRequestLock() {
+        if (m_fHeld && Word() != 0) __atomic_store_n(m_pWord, 0, __ATOMIC_SEQ_CST);
+    }
+    CMarkedRequestLock(CMarkedRequestLock const&) = delete;
+    CMarkedRequestLock& operator=(CMarkedRequestLock const&) = delete;
+
+    bool IsHeld() const { return m_fHeld; }
+    bool IsUntouched() const { return Word() == kMark; }
+    std::uint32_t Word() const { return __atomic_load_n(m_pWord, __ATOMIC_SEQ_CST); }
+
+private:
+    static constexpr std::uint32_t kMark = 0x80000001;
+
+    std::uint32_t* m_pWord;
+    bool m_fHeld = false;
+};
+
+// Whether the word is held although only one process has the segment, which is the host.
+bool HoldsRequestLock(CMappedSegment const& segment, std::uint32_t const& nLock) {
+    for (int nLook = 0; nLook < kLooksAtHolder; ++nLook) {
+        if (__atomic_load_n(&nLock, __ATOMIC_SEQ_CST) == 0) return false;
+        const auto threads = ThreadsThatMap(segment.Descriptor());
+        if (!threads || threads->empty()) return false;
+        if (threads->front().nProcess != threads->back().nProcess) return false;
+    }
+    return __atomic_load_n(&nLock, __ATOMIC_SEQ_CST) != 0;
+}
+
+Finding LeavesRequestLock(CCheckedHost& host) {
+    const CMappedSegment mapping = host.MapMessages();
+    CMessageSegment segment(mapping.Bytes(), mapping.Size());
+    std::uint32_t& nLock = segment.Record()->nRequestLock;
+    {
+        const CMarkedRequestLock lock(&nLock);
+        if (!lock.IsHeld()) return NotTried("other clients hold it");
+        const AnswerMoment moment = ExchangeByHand(segment);
+        std::this_thread::sleep_for(kRestWithLock);
+        if (!lock.IsUntouched())
+            return Failed("it was " + std::string(lock.Word() == 0 ? "freed" : "set") +
+                          " while a client held it");
+        if (!moment.fAnswered) return Failed("no notification within 5 s");
+    }
+    for (int nLook = 0; nLook < kLooksAtFreeLock; ++nLook) {
+        if (HoldsRequestLock(mapping, nLock)) return Failed("it is held, and there is no client");
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return Passed("untouched in an exchange, and free without one");
 }
 
 Finding FreesWords(CCheckedHost& host) {
@@ -213,7 +276,7 @@ Finding NamesItsProcess(CCheckedHost& host) {
     const CheckedExchange exchange = host.Exchange("print(GetProcessID())\n");
     if (!exchange.IsGood()) return Failed(exchange.Describe());
     const std::int64_t lProcess = host.Client().GetTANProcessID();
-    const bool fRuns = lProcess > 0 && kill(static_cast<pid_t>(lProcess), 0) == 0;
+    const bool fRuns = ProcessRuns(static_cast<pid_t>(lProcess));
     return PassedIf(fRuns, "process " + std::to_string(lProcess));
 }
 
@@ -222,26 +285,48 @@ Finding Closes(CCheckedHost&) {
 }
 
 constexpr Rule kRules[] = {
-    {"answer", "a script is run and what it printed comes back", "segment-layout", Answers},
-    {"line-ends", "every print ends its line with a line feed", "answer", EndsLines},
+    {"answer", "a script is run and what it printed comes back", "segment-layout", Answers,
+     "the request is not read from the buffer, or the reply condition is never notified",
+     Place::szExchange},
+    {"line-ends", "every print ends its line with a line feed", "answer", EndsLines,
+     "print does not end its line, or lines are joined", Place::szCommands},
     {"order", "reply there, error empty, pending cleared, then notified", "answer",
-     ClearsPendingFirst},
-    {"release", "after an exchange the host waits again, words free", "answer", FreesWords},
-    {"script-error", "a script's error comes back with status 0", "answer", ReportsScriptErrors},
+     ClearsPendingFirst,
+     "the client is notified before the reply is whole and the pending flag clear",
+     Place::szExchange},
+    {"release", "after an exchange the host waits again, words free", "answer", FreesWords,
+     "a woken host does not free the enter lock, or does not wait again", Place::szWords},
+    {"request-lock", "the request lock is left to the clients", "answer", LeavesRequestLock,
+     "the host takes, sets or frees the request lock, which belongs to the clients",
+     Place::szMessages},
+    {"script-error", "a script's error comes back with status 0", "answer", ReportsScriptErrors,
+     "the error text is not written, or at another offset than the record says", Place::szExchange},
     {"error-print", "what it printed before its error comes back too", "script-error",
-     KeepsWhatWasPrinted},
-    {"error-cleared", "the error is gone with the next exchange", "script-error", ForgetsErrors},
-    {"sequence", "each of many requests gets its own reply", "answer", AnswersInOrder},
-    {"clients", "several clients at once get their own replies", "sequence", AnswersManyClients},
-    {"capacity", "a request that fills the capacity is run", "answer", TakesFullRequests},
-    {"cut", "a request that was cut is an error, and harmless", "script-error",
-     SurvivesCutRequests},
+     KeepsWhatWasPrinted, "what was printed is thrown away when the script fails",
+     Place::szExchange},
+    {"error-cleared", "the error is gone with the next exchange", "script-error", ForgetsErrors,
+     "the error text is not emptied for a script that raises none", Place::szExchange},
+    {"sequence", "each of many requests gets its own reply", "answer", AnswersInOrder,
+     "a reply is written for the request before, or the buffer is not ended with a NUL",
+     Place::szExchange},
+    {"clients", "several clients at once get their own replies", "sequence", AnswersManyClients,
+     "the exchange mutex is not held while request and reply are read and written",
+     Place::szExchange},
+    {"capacity", "a request that fills the capacity is run", "answer", TakesFullRequests,
+     "a request is read only up to a size of the host's own", Place::szMessages},
+    {"cut", "a request that was cut is an error, and harmless", "script-error", SurvivesCutRequests,
+     "the host reads beyond the NUL at the end of the capacity", Place::szMessages},
     {"long-reply", "a reply of twice the capacity is whole, or an error", "answer",
-     DoesNotCutReplies},
-    {"late-reply", "a reply that comes too late reaches nobody", "answer", DropsLateReplies},
-    {"update-count", "GetUpdateCount() is a number", "answer", Counts},
-    {"process-id", "GetProcessID() is a running process", "answer", NamesItsProcess},
-    {"closed", "a host that stops sets the closed flag", "answer", Closes},
+     DoesNotCutReplies, "a long reply is cut without an error text", Place::szMessages},
+    {"late-reply", "a reply that comes too late reaches nobody", "answer", DropsLateReplies,
+     "the reply of an abandoned request is written although another request stands in the buffer",
+     Place::szExchange},
+    {"update-count", "GetUpdateCount() is a number", "answer", Counts, "GetUpdateCount is missing",
+     Place::szCommands},
+    {"process-id", "GetProcessID() is a running process", "answer", NamesItsProcess,
+     "GetProcessID is missing, or gives another id than the system does", Place::szCommands},
+    {"closed", "a host that stops sets the closed flag", "answer", Closes,
+     "the flag is not set before the segments go", Place::szMessages},
 };
 
 }  // namespace

@@ -11,7 +11,9 @@
 struct RuleReport {
     std::string strGroup;
     std::string strName;
-    std::string strRule;
+    std::string strRule;   ///< what was expected
+    std::string strCause;  ///< the likely cause of a failure
+    std::string strPlace;  ///< what to read: a file of the documentation and a heading in it
     Finding finding;
     bool fMissedForerunner = false;  ///< not tried because another rule was not
 };
@@ -25,7 +27,8 @@ Verdict Conclusion(std::vector<RuleReport> const& reports);
 
 /// Tries the rules that the options choose on whatever host is running, in order. A rule whose
 /// forerunner did not pass is not tried. When one takes longer than the patience the host counts as
-/// hanging: the rest is not tried, and a thread stays behind that still waits for the host.
+/// hanging: the rest is not tried, and a thread stays behind that still waits for the host. When
+/// the host's process ends meanwhile, the rule under way fails and the rest is not tried either.
 /// `onReport` is told of each rule at once.
 std::vector<RuleReport> CheckHost(
     HostCheckOptions const& options,

@@ -27,12 +27,24 @@ inline Finding PassedIf(bool fGood, std::string strSeen) {
     return {fGood ? Verdict::Pass : Verdict::Fail, std::move(strSeen)};
 }
 
+/// Headings of docs/link-protocol.md, as a link to them is written.
+namespace Place {
+inline constexpr char szOwners[] = "who-owns-what";
+inline constexpr char szDirectory[] = "the-directory-segment";
+inline constexpr char szMessages[] = "the-message-segment";
+inline constexpr char szExchange[] = "one-exchange";
+inline constexpr char szWords[] = "lock-words-and-conditions";
+inline constexpr char szCommands[] = "the-commands";
+}  // namespace Place
+
 /// One thing that a host must do, and how to find out.
 struct Rule {
     const char* szName;   ///< short and fixed, for scripts that read the report
     const char* szRule;   ///< a sentence that is true of a good host
     const char* szNeeds;  ///< the rule that must have passed before this one is tried, or null
     Finding (*pTry)(CCheckedHost& host);
+    const char* szCause;  ///< why a host breaks it, most likely
+    const char* szPlace;  ///< what the protocol says about it: a heading of docs/link-protocol.md
 };
 
 /// Rules in the order in which they are tried.

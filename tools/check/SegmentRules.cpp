@@ -96,13 +96,24 @@ Finding Waits(CCheckedHost& host) {
 }
 
 constexpr Rule kRules[] = {
-    {"segment-exists", "the host's message segment exists", "host-id", Exists},
-    {"segment-private", "nobody but its owner can open it", "segment-exists", IsPrivate},
-    {"segment-layout", "capacity and both offsets lie inside it", "segment-exists", IsLaidOut},
-    {"segment-capacity", "every fixed script fits", "segment-layout", HoldsTheScripts},
-    {"segment-texts", "error text and buffer lie apart", "segment-layout", KeepsTextsApart},
-    {"segment-rest", "between exchanges nothing is held or set", "segment-layout", IsAtRest},
-    {"host-waits", "one waiter waits for requests", "segment-layout", Waits},
+    {"segment-exists", "the host's message segment exists", "host-id", Exists,
+     "the id is announced before the segment is there, or its name is not TAN_Host_ and the id in "
+     "decimal",
+     Place::szMessages},
+    {"segment-private", "nobody but its owner can open it", "segment-exists", IsPrivate,
+     "it is made with the mode that the umask leaves, instead of 0600", Place::szOwners},
+    {"segment-layout", "capacity and both offsets lie inside it", "segment-exists", IsLaidOut,
+     "the capacity is not positive, or an offset points into the record or outside the segment",
+     Place::szMessages},
+    {"segment-capacity", "every fixed script fits", "segment-layout", HoldsTheScripts,
+     "the request buffer is too small for the longest script and a path", Place::szMessages},
+    {"segment-texts", "error text and buffer lie apart", "segment-layout", KeepsTextsApart,
+     "the error text has no place of its own", Place::szMessages},
+    {"segment-rest", "between exchanges nothing is held or set", "segment-layout", IsAtRest,
+     "a word or flag is left over from an earlier exchange, or the memory was not cleared",
+     Place::szExchange},
+    {"host-waits", "one waiter waits for requests", "segment-layout", Waits,
+     "no thread waits on the request condition, or more than one does", Place::szWords},
 };
 
 }  // namespace
