@@ -1,6 +1,6 @@
 // A deck on a JACK server, for the tests with real plug-in hosts: rolls the transport over a
 // stretch of the timeline, plays a file into a plug-in at its place, and records what comes out of
-// it.
+// it. Or it leaves the transport to a workstation, and records until it is told to end.
 
 #include <jack/jack.h>
 #include <jack/transport.h>
@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -23,6 +24,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kTurn{5};
 constexpr std::chrono::seconds kPatience{20};
+constexpr int kListenSeconds = 180;
 
 /// One client of the server, with a port for each channel.
 struct CDeck {
@@ -100,6 +102,23 @@ int Record(jack_nframes_t nFrames, void* data) {
     return 0;
 }
 
+// What comes in, wherever the transport is, until the file is full.
+int Listen(jack_nframes_t nFrames, void* data) {
+    CDeck& deck = *static_cast<CDeck*>(data);
+    auto const* in = static_cast<float const*>(jack_port_get_buffer(deck.ports[0], nFrames));
+    const std::int64_t lReached = std::max<std::int64_t>(deck.lReached, 0);
+    const std::int64_t lFrames = std::min<std::int64_t>(nFrames, deck.sound.Frames() - lReached);
+    std::copy_n(in, lFrames, deck.sound.samples.begin() + lReached);
+    deck.lReached = lReached + lFrames;
+    return 0;
+}
+
+volatile std::sig_atomic_t s_nEnd = 0;
+
+void End(int) {
+    s_nEnd = 1;
+}
+
 template <typename Condition>
 void WaitFor(char const* szWhat, std::chrono::milliseconds limit, Condition condition) {
     const auto end = std::chrono::steady_clock::now() + limit;
@@ -123,6 +142,63 @@ void Connect(CDeck& deck, std::string const& strPlugIn, bool fToPlugIn) {
             throw std::runtime_error("cannot connect " + strTheirs);
         }
     }
+}
+
+/// A port of this name is there and takes the connection, or gives it.
+void ConnectPort(CDeck& deck, std::string const& strOther, bool fToOther) {
+    WaitFor(("no port " + strOther).c_str(), kPatience,
+            [&] { return jack_port_by_name(deck.client, strOther.c_str()) != nullptr; });
+    const std::string strOwn = jack_port_name(deck.ports[0]);
+    std::string const& strFrom = fToOther ? strOwn : strOther;
+    std::string const& strTo = fToOther ? strOther : strOwn;
+    if (jack_connect(deck.client, strFrom.c_str(), strTo.c_str()) != 0) {
+        throw std::runtime_error("cannot connect " + strOther);
+    }
+}
+
+struct CListening {
+    std::string strFrom;
+    std::string strRecord;
+    std::string strPlay;
+    std::string strInto;
+    std::int64_t lPlayAt = 0;
+};
+
+// One channel each way; the transport is somebody else's.
+int ListenUntilTold(CListening const& listening) {
+    CDeck recorder("deck-listener", JackPortIsInput, 1, Listen);
+    recorder.sound.nSampleRate = static_cast<int>(jack_get_sample_rate(recorder.client));
+    recorder.sound.samples.resize(std::size_t{kListenSeconds} * recorder.sound.nSampleRate);
+    std::unique_ptr<CDeck> player;
+    if (!listening.strInto.empty()) {
+        player = std::make_unique<CDeck>("deck-player", JackPortIsOutput, 1, Play);
+        player->sound = ReadSoundFile(listening.strPlay);
+        player->lPosition = listening.lPlayAt;
+        player->Activate();
+        ConnectPort(*player, listening.strInto, true);
+    }
+    std::signal(SIGINT, End);
+    std::signal(SIGTERM, End);
+    recorder.Activate();
+    ConnectPort(recorder, listening.strFrom, false);
+    std::printf("listening\n");
+    std::fflush(stdout);
+    while (s_nEnd == 0) std::this_thread::sleep_for(kTurn);
+    jack_deactivate(recorder.client);
+    recorder.sound.samples.resize(
+        static_cast<std::size_t>(std::max<std::int64_t>(recorder.lReached, 0)));
+    WriteSoundFile(listening.strRecord, recorder.sound);
+    std::printf("dropouts: %d\n", recorder.nXruns.load());
+    return 0;
+}
+
+// Where the transport is, whether it rolls or not.
+int TellPosition() {
+    const CDeck deck("deck-watch", JackPortIsInput, 0, Listen);
+    jack_position_t position{};
+    jack_transport_query(deck.client, &position);
+    std::printf("%u\n", position.frame);
+    return 0;
 }
 
 struct CRoll {
@@ -170,15 +246,28 @@ int Roll(CRoll const& roll) {
 int main(int argc, char** argv) {
     CLI::App app("Rolls the transport of a JACK server and plays and records at its position.");
     CRoll roll;
-    app.add_option("plug-in", roll.strPlugIn, "JACK client of the plug-in")->required();
+    CListening listening;
+    app.add_option("plug-in", roll.strPlugIn, "JACK client of the plug-in");
+    app.add_option("--listen", listening.strFrom,
+                   "leave the transport alone, and record this port until told to end");
+    app.add_option("--into", listening.strInto, "with --listen: the port to play into");
     app.add_option("--play", roll.strPlay, "sound file to play");
     app.add_option("--play-at", roll.lPlayAt, "where its first frame is");
     app.add_option("--record", roll.strRecord, "WAV file for what comes out");
     app.add_option("--from", roll.lFrom, "where rolling begins");
     app.add_option("--frames", roll.lFrames, "how far to roll");
     app.add_option("--channels", roll.nChannels, "channels of the plug-in");
+    bool fPosition = false;
+    app.add_flag("--position", fPosition, "print where the transport is");
     CLI11_PARSE(app, argc, argv);
     try {
+        if (fPosition) return TellPosition();
+        if (!listening.strFrom.empty()) {
+            listening.strRecord = roll.strRecord;
+            listening.strPlay = roll.strPlay;
+            listening.lPlayAt = roll.lPlayAt;
+            return ListenUntilTold(listening);
+        }
         return Roll(roll);
     } catch (std::exception const& failure) {
         std::fprintf(stderr, "jack-deck: %s\n", failure.what());

@@ -1,6 +1,7 @@
 // Compares two stretches of sound files sample by sample, for the tests with real plug-in hosts.
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <stdexcept>
@@ -29,16 +30,25 @@ CSoundFile Read(CStretch const& stretch, std::int64_t lFrames) {
     return sound;
 }
 
-/// Four seconds of noise in 32-bit floats, the same each time.
-void WriteNoise(std::string const& strFile, int nChannels) {
+/// Four seconds of noise in 32-bit floats, the same each time for the same seed.
+void WriteNoise(std::string const& strFile, int nChannels, std::uint32_t nNoise) {
     CSoundFile sound{nChannels, 48000, {}};
     sound.samples.resize(static_cast<std::size_t>(4 * sound.nSampleRate * nChannels));
-    std::uint32_t nNoise = 1;
     for (float& sample : sound.samples) {
         nNoise = nNoise * 1664525 + 1013904223;
         sample = static_cast<float>(static_cast<std::int32_t>(nNoise)) / 4e9F;
     }
     WriteSoundFile(strFile, sound);
+}
+
+// Where a stretch begins in a recording whose beginning nobody knows; throws when it is not there.
+std::int64_t Find(CSoundFile const& where, CSoundFile const& what) {
+    const auto found = std::search(where.samples.begin(), where.samples.end(), what.samples.begin(),
+                                   what.samples.end());
+    if (what.samples.empty() || found == where.samples.end()) {
+        throw std::runtime_error("the stretch is not in it");
+    }
+    return (found - where.samples.begin()) / where.nChannels;
 }
 
 }  // namespace
@@ -49,16 +59,25 @@ int main(int argc, char** argv) {
     CStretch second;
     std::int64_t lFrames = -1;
     int nNoise = 0;
+    std::uint32_t nSeed = 1;
+    bool fFind = false;
     app.add_option("first", first.strFile)->required();
     app.add_option("second", second.strFile);
     app.add_option("--first-from", first.lFrom, "where it begins in the first file");
     app.add_option("--second-from", second.lFrom, "where it begins in the second file");
     app.add_option("--frames", lFrames, "how long it is; both to their ends without it");
     app.add_option("--noise", nNoise, "write noise with that many channels into the first file");
+    app.add_option("--seed", nSeed, "of the noise: another one is another noise");
+    app.add_flag("--find", fFind, "print where the second's stretch begins in the whole first");
     CLI11_PARSE(app, argc, argv);
     try {
         if (nNoise > 0) {
-            WriteNoise(first.strFile, nNoise);
+            WriteNoise(first.strFile, nNoise, nSeed);
+            return 0;
+        }
+        if (fFind) {
+            const std::int64_t lFound = Find(Read(first, -1), Read(second, lFrames));
+            std::printf("%lld\n", static_cast<long long>(first.lFrom + lFound));
             return 0;
         }
         const CSoundFile firstSound = Read(first, lFrames);
