@@ -85,6 +85,7 @@ std::optional<CTake> CPlugInMirror::PickTake() {
     m_nPicked = m_State.nTake;
     std::optional<CTake> take = TakeAt(m_State.take);
     take->strFile = m_State.file.Get();
+    take->end = static_cast<TakeEnd>(m_State.nTakeEnd);
     take->fMayBeThere = m_State.fTakeMayBeThere != 0;
     return take;
 }
