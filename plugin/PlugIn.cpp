@@ -11,6 +11,7 @@
 
 #include "plugin/TakeMarks.h"
 #include "plugin/TakeText.h"
+#include "plugin/TrackClaims.h"
 
 namespace {
 
@@ -58,6 +59,7 @@ CPlugIn::~CPlugIn() {
     m_DiskThread.join();
     m_Window.End();
     LeaveTakes();
+    CTrackClaims::Shared().Drop(this);
 }
 
 // What waits goes to the host without this plug-in, if there is a host; and otherwise when somebody
@@ -212,6 +214,28 @@ bool CPlugIn::HasView() const {
 
 std::optional<CTake> CPlugIn::LastTakeOn(std::int32_t nTrack) const {
     return m_Book.LastOn(nTrack);
+}
+
+std::optional<CTake> CPlugIn::PickTake() {
+    std::optional<CTake> take = m_Book.Pick();
+    if (!take) return std::nullopt;
+    const std::int32_t nTrack = m_Kind == PlugInKind::Doubler ? 0 : m_Book.Track();
+    switch (CTrackClaims::Shared().Make(this, m_Kind, nTrack, *take)) {
+        case CTrackClaims::Claim::Free:
+            break;
+        case CTrackClaims::Claim::Replaces:
+            // A Link only adds to what is there.
+            take->fReplaces = m_Kind != PlugInKind::Link;
+            break;
+        case CTrackClaims::Claim::Twin:
+            TakeHandled(-1);
+            Report(PlugInResult::Twin,
+                   "Another plug-in captured the same stretch for this track; this take was kept "
+                   "and not sent: " +
+                       take->strFile);
+            return std::nullopt;
+    }
+    return take;
 }
 
 void CPlugIn::TakeHandled(std::int32_t nTrack) {
@@ -388,9 +412,9 @@ void CPlugIn::ServeLink() {
     if (const std::optional<CLinkOutcome> outcome = m_Sender.TakeOutcome()) Apply(*outcome);
     if (!m_Sender.IsIdle() || HasView() || Milliseconds() < m_lNextTry) return;
 
-    CLinkJob job = Job(m_Book.Pick());
-    m_fSendingTake = job.take.has_value();
-    if (!m_fSendingTake) {
+    CLinkJob job = Job(PickTake());
+    m_Sending = job.take;
+    if (!m_Sending) {
         if (!PickReturnRequest(&job.mode)) return;
         const std::optional<CTake> last = m_Book.Last();
         job.lPosition = last ? last->lPosition : 0;
@@ -403,17 +427,16 @@ void CPlugIn::Apply(CLinkOutcome const& outcome) {
         SetReturned(outcome.strFile, outcome.lPosition);
         return;
     }
-    const std::optional<CTake> taken = m_Book.Picked();
-    if (m_fSendingTake && outcome.result == PlugInResult::NoHost) {
+    if (m_Sending && outcome.result == PlugInResult::NoHost) {
         TakePutBack(outcome.fate);
         m_lNextTry = Milliseconds() + kRetryEvery;
         if (Status().strText == outcome.strText) return;
-    } else if (m_fSendingTake) {
+    } else if (m_Sending) {
         TakeHandled(outcome.nTrack);
     }
     const bool fDone = outcome.result == PlugInResult::HandedOver && outcome.strText.empty();
-    if (fDone && taken) {
-        Report(HandedOverResult(*taken), HandedOverText(*taken, m_nSampleRate));
+    if (fDone && m_Sending) {
+        Report(HandedOverResult(*m_Sending), HandedOverText(*m_Sending, m_nSampleRate));
     } else {
         Report(outcome.result, outcome.strText);
     }

@@ -100,7 +100,7 @@ public:
     PlugInKind Kind() const override { return m_Kind; }
     int SampleRate() const override { return m_nSampleRate; }
     void ViewTurned() override;
-    std::optional<CTake> PickTake() override { return m_Book.Pick(); }
+    std::optional<CTake> PickTake() override;
     bool IsTakeWaiting() const override { return m_Book.IsWaiting(); }
     void TakeHandled(std::int32_t nTrack) override;
     void TakePutBack(TakeFate fate) override;
@@ -189,7 +189,7 @@ private:
     std::uint32_t m_nSeenCycles = 0;
     std::int64_t m_lSeenCycle = 0;
     std::int64_t m_lNextRelease = 0;
-    bool m_fSendingTake = false;
+    std::optional<CTake> m_Sending;  ///< in the sender's hands
     std::int64_t m_lNextTry = 0;
     std::atomic<bool> m_fQuit{false};
     std::thread m_DiskThread;

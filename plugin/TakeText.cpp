@@ -16,7 +16,10 @@ PlugInResult HandedOverResult(CTake const& take) {
 }
 
 std::string HandedOverText(CTake const& take, int nSampleRate) {
-    if (take.end == TakeEnd::Stopped) return "The host has the take.";
+    if (take.end == TakeEnd::Stopped) {
+        return take.fReplaces ? "The host has the take, in place of another plug-in's."
+                              : "The host has the take.";
+    }
     const bool fSlow = take.end == TakeEnd::Overflow;
     return "The host has " + TakeLength(take, nSampleRate) + " of the take: the disk " +
            (fSlow ? "did not keep up." : "is full or cannot be written.");

@@ -211,6 +211,7 @@ void CWindowProcess::SendState(ReturnMode const* wanted) {
         state.nTake = m_nTake;
         state.take = Extent(m_Take);
         state.nTakeEnd = static_cast<std::int32_t>(m_Take->end);
+        state.fTakeReplaces = m_Take->fReplaces;
         state.fTakeMayBeThere = m_Take->fMayBeThere;
         state.file.Set(m_Take->strFile);
     }

@@ -112,7 +112,7 @@ struct CStateRecord {
     std::uint64_t nTake;       ///< numbers the takes that the window is given; 0: it has none
     CExtentRecord take;
     std::int32_t nTakeEnd;  ///< a TakeEnd
-    std::uint32_t nUnused;
+    std::uint32_t fTakeReplaces;
     std::uint32_t fTakeMayBeThere;
     std::uint32_t fHasReturned;
     CRecordPath file;  ///< of the take

@@ -93,6 +93,38 @@ TEST(TakeText, SaysHowFarATakeGoesThatWasCutShort) {
               "The host has 2.1 s of the take: the disk did not keep up.");
 }
 
+// As the two halves of a mono plug-in on a stereo track, of which only one is seen.
+TEST_F(PlugIn, SendsOneOfTwoTakesThatWereCapturedTogetherForOneTrack) {
+    CPlugIn twin(PlugInKind::Doubler, 1, 48000);
+    plugIn = std::make_unique<CPlugIn>(PlugInKind::Doubler, 1, 48000);
+    controls.fCapture = true;
+    for (CPlugIn* one : {plugIn.get(), &twin}) {
+        one->ViewTurned();
+        one->SetTransport(0, 1);
+        one->Begin(controls);
+        float const* in = input.data();
+        float* out = output.data();
+        one->Run(&in, &out, 0, 1000);
+        one->Stop();
+    }
+    NextTake();
+    WaitFor([&] { return !twin.PickTake() && twin.Status().result == PlugInResult::Twin; });
+    EXPECT_FALSE(twin.IsTakeWaiting());
+    EXPECT_TRUE(std::filesystem::exists(twin.LastTake()->strFile));
+
+    // One after the other is another thing, and told.
+    twin.SetTransport(9000, 1);
+    float const* in = input.data();
+    float* out = output.data();
+    twin.Run(&in, &out, 0, 1000);
+    twin.Stop();
+    std::optional<CTake> take;
+    WaitFor([&] { return take || (take = twin.PickTake()); });
+    EXPECT_TRUE(take->fReplaces);
+    EXPECT_EQ(HandedOverText(*take, 48000),
+              "The host has the take, in place of another plug-in's.");
+}
+
 TEST_F(PlugIn, CapturesNothingBeforeItKnowsWhereTheTransportIs) {
     plugIn = std::make_unique<CPlugIn>(PlugInKind::Link, 1, 48000);
     controls.fCapture = true;
