@@ -4,6 +4,7 @@
 
 #include "FileIO/FileName.h"
 #include "link/TANClientInterProcess.h"
+#include "plugin/TakeMarks.h"
 
 namespace {
 
@@ -89,6 +90,18 @@ CLinkOutcome CarryOut(CLinkJob const& job) {
         return {PlugInResult::NoHost, client.m_strLastError, -1, {}, 0};
     }
     return job.take ? HandOver(client, job) : Fetch(client, job);
+}
+
+void CarryOutAlone(std::vector<CLinkJob> jobs) {
+    std::thread([jobs = std::move(jobs)]() mutable {
+        for (CLinkJob& job : jobs) {
+            const CLinkOutcome outcome = CarryOut(job);
+            if (outcome.result == PlugInResult::NoHost) return;
+            job.take->nTrack = outcome.nTrack;
+            job.take->fHandled = true;
+            MarkTake(static_cast<std::int32_t>(job.kind), *job.take);
+        }
+    }).detach();
 }
 
 struct CLinkSender::CDesk {

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "plugin/PlugInAccess.h"
 #include "plugin/Take.h"
@@ -59,6 +60,10 @@ private:
     std::thread m_Thread;
     bool m_fBusy = false;
 };
+
+/// Carries out jobs one after the other on a thread that belongs to nobody, and marks the takes of
+/// which a host was told. Ends at the first job for which there is no host.
+void CarryOutAlone(std::vector<CLinkJob> jobs);
 
 /// Carries out one job on the calling thread.
 CLinkOutcome CarryOut(CLinkJob const& job);

@@ -107,6 +107,7 @@ void CLv2PlugIn::Run(std::uint32_t nFrames) {
     plugIn.Begin(Controls());
     std::uint32_t nDone = 0;
     auto const* events = static_cast<LV2_Atom_Sequence const*>(ports[portControl]);
+    if (events == nullptr) plugIn.CountByItself();
     if (events != nullptr && names.timePosition != 0) {
         LV2_ATOM_SEQUENCE_FOREACH(events, event) {
             if (event->body.type == names.windowOrder && event->body.size == sizeof(CWindowOrder)) {

@@ -9,6 +9,10 @@
 #include <system_error>
 #include <utility>
 
+#include "plugin/TakeMarks.h"
+#include "plugin/TakeText.h"
+#include "plugin/TrackClaims.h"
+
 namespace {
 
 constexpr int kRingSeconds = 8;
@@ -16,26 +20,22 @@ constexpr std::chrono::milliseconds kDiskTurn{10};
 constexpr std::chrono::milliseconds kFreewheelWait{1};
 constexpr std::int64_t kViewPatience = 3000;
 constexpr std::int64_t kRetryEvery = 1000;
+constexpr std::int64_t kCyclePatience = 1000;
+constexpr std::int64_t kReleaseEvery = 500;
 
 std::int64_t Milliseconds() {
     using namespace std::chrono;
     return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
 }
 
-std::string Seconds(CTake const& take, int nSampleRate) {
-    char szText[32];
-    std::snprintf(szText, sizeof(szText), "%lld.%01lld s",
-                  static_cast<long long>(take.lFrames / nSampleRate),
-                  static_cast<long long>(take.lFrames % nSampleRate * 10 / nSampleRate));
-    return szText;
-}
-
 // For a take that the host may have: it deletes nothing of the host's then.
-bool RenameTake(CTake& take) {
+bool RenameTake(PlugInKind kind, CTake& take) {
     const std::string strOther = CCaptureDirectory::SecondName(take.strFile);
     if (strOther.empty()) return false;
+    UnmarkTake(take.strFile);
     take.strFile = strOther;
     take.fMayBeThere = true;
+    MarkTake(static_cast<std::int32_t>(kind), take);
     return true;
 }
 
@@ -57,6 +57,30 @@ CPlugIn::~CPlugIn() {
     Stop();
     m_fQuit = true;
     m_DiskThread.join();
+    m_Window.End();
+    LeaveTakes();
+    CTrackClaims::Shared().Drop(this);
+}
+
+// What waits goes to the host without this plug-in, if there is a host; and otherwise when somebody
+// opens the capture directory again.
+void CPlugIn::LeaveTakes() {
+    std::vector<CLinkJob> jobs;
+    while (std::optional<CTake> take = m_Book.Pick()) {
+        jobs.push_back(Job(take));
+        m_Book.Handled(m_Book.Track());
+    }
+    if (!jobs.empty()) CarryOutAlone(std::move(jobs));
+}
+
+CLinkJob CPlugIn::Job(std::optional<CTake> const& take) const {
+    CLinkJob job;
+    job.kind = m_Kind;
+    job.nSampleRate = m_nSampleRate;
+    job.nTrack = m_Book.Track();
+    job.take = take;
+    if (take) job.guide = m_Book.LastOn(0);
+    return job;
 }
 
 void CPlugIn::Begin(CPlugInControls const& controls) {
@@ -65,7 +89,10 @@ void CPlugIn::Begin(CPlugInControls const& controls) {
     const bool fWasOn = m_fControlsKnown ? m_Controls.fReturn : m_fHasReturned.load();
     if (controls.fReturn && !fWasOn) m_nReturnRequest = static_cast<std::int32_t>(controls.mode);
     if (!m_fControlsKnown || controls.nTrack != m_Controls.nTrack) m_nTrackPort = controls.nTrack;
+    // A session that is opened must not begin to capture by itself.
+    if (!m_fControlsKnown && m_fRestored) m_fCaptureBlocked = true;
     if (!controls.fCapture) m_fCaptureBlocked = false;
+    m_fBlocked.store(m_fCaptureBlocked, std::memory_order_relaxed);
     m_Controls = controls;
     m_fControlsKnown = true;
     m_fCapture.store(controls.fCapture, std::memory_order_relaxed);
@@ -80,6 +107,10 @@ void CPlugIn::SetTransport(std::int64_t lPosition, double dSpeed) {
 
 void CPlugIn::Run(float const* const* inputs, float* const* outputs, std::uint32_t nFrom,
                   std::uint32_t nFrames) {
+    m_nCycles.fetch_add(1, std::memory_order_relaxed);
+    if (m_fInTake && m_nAbandonedTake.load(std::memory_order_acquire) == m_Ring.Take()) {
+        EndTake(TakeEnd::Stopped);
+    }
     const bool fJumped = m_Clock.TakeJump();
     if (fJumped) m_Player.Jump();
     if (m_fInTake && (!m_Controls.fCapture || (fJumped && !FillGap()))) EndTake(TakeEnd::Stopped);
@@ -98,7 +129,7 @@ void CPlugIn::Run(float const* const* inputs, float* const* outputs, std::uint32
 void CPlugIn::Capture(float const* const* inputs, std::uint32_t nFrom, std::uint32_t nFrames) {
     if (m_fInTake && m_nFailedTake.load(std::memory_order_acquire) == m_Ring.Take()) {
         EndTake(TakeEnd::DiskFailed);
-        m_fCaptureBlocked = true;
+        BlockCapture();
     }
     if (m_fCaptureBlocked || nFrames == 0) return;
     if (!m_fInTake) {
@@ -114,7 +145,12 @@ void CPlugIn::Capture(float const* const* inputs, std::uint32_t nFrom, std::uint
     m_lTakeFrames.fetch_add(nAppended, std::memory_order_relaxed);
     if (nAppended == nFrames) return;
     EndTake(TakeEnd::Overflow);
+    BlockCapture();
+}
+
+void CPlugIn::BlockCapture() {
     m_fCaptureBlocked = true;
+    m_fBlocked.store(true, std::memory_order_relaxed);
 }
 
 // A workstation that dropped out goes on a little later. The take stays one, and in its place.
@@ -148,10 +184,12 @@ CPlugInState CPlugIn::State() const {
 }
 
 void CPlugIn::Restore(CPlugInState const& state) {
+    m_fRestored = true;
     CPlugInState current = state;
+    BringUpToDate(current.takes, MarkedTakes(state.nKind, state.strCaptureDirectory));
     for (CTake& take : current.takes) {
         // It may have been handed over after the session was saved.
-        if (!take.fHandled) RenameTake(take);
+        if (!take.fHandled) RenameTake(m_Kind, take);
     }
     m_Book.SetState(current);
     m_Directory.Use(state.strCaptureDirectory);
@@ -178,14 +216,45 @@ std::optional<CTake> CPlugIn::LastTakeOn(std::int32_t nTrack) const {
     return m_Book.LastOn(nTrack);
 }
 
+std::optional<CTake> CPlugIn::PickTake() {
+    std::optional<CTake> take = m_Book.Pick();
+    if (!take) return std::nullopt;
+    const std::int32_t nTrack = m_Kind == PlugInKind::Doubler ? 0 : m_Book.Track();
+    switch (CTrackClaims::Shared().Make(this, m_Kind, nTrack, *take)) {
+        case CTrackClaims::Claim::Free:
+            break;
+        case CTrackClaims::Claim::Replaces:
+            // A Link only adds to what is there.
+            take->fReplaces = m_Kind != PlugInKind::Link;
+            break;
+        case CTrackClaims::Claim::Twin:
+            TakeHandled(-1);
+            Report(PlugInResult::Twin,
+                   "Another plug-in captured the same stretch for this track; this take was kept "
+                   "and not sent: " +
+                       take->strFile);
+            return std::nullopt;
+    }
+    return take;
+}
+
+void CPlugIn::TakeHandled(std::int32_t nTrack) {
+    std::optional<CTake> take = m_Book.Picked();
+    m_Book.Handled(nTrack);
+    if (!take) return;
+    take->nTrack = nTrack;
+    take->fHandled = true;
+    MarkTake(static_cast<std::int32_t>(m_Kind), *take);
+}
+
 void CPlugIn::TakePutBack(TakeFate fate) {
     std::optional<CTake> take = m_Book.Picked();
     if (fate == TakeFate::NotThere || !take) {
         m_Book.PutBack();
-    } else if (RenameTake(*take)) {
+    } else if (RenameTake(m_Kind, *take)) {
         m_Book.PutBackAs(take->strFile);
     } else {
-        m_Book.Handled(-1);
+        TakeHandled(-1);
         Report(PlugInResult::DiskFailed,
                "Whether the host has the take is not known, and it cannot be sent again: " +
                    take->strFile);
@@ -222,18 +291,44 @@ void CPlugIn::Report(PlugInResult result, std::string const& strText) {
 }
 
 CPlugInActivity CPlugIn::Activity() const {
-    return {m_fCapture, m_fReturn, m_Mode, m_fCapturing, m_lTakeFrames, m_fHasReturned};
+    return {
+        m_fCapture && !m_fBlocked, m_fReturn, m_Mode, m_fCapturing, m_lTakeFrames, m_fHasReturned};
 }
 
 void CPlugIn::ServeDisk() {
     while (!m_fQuit) {
+        WatchCycles();
         ServeTakes();
         ServeReturn();
+        ReleaseCapture();
         ServeWindow();
         ServeLink();
         std::this_thread::sleep_for(kDiskTurn);
     }
     ServeTakes();
+}
+
+// A workstation may stop running the plug-in without a word, and the take is not to wait for it.
+void CPlugIn::WatchCycles() {
+    const std::uint32_t nCycles = m_nCycles.load(std::memory_order_relaxed);
+    if (nCycles != m_nSeenCycles || !m_fCapturing) {
+        m_nSeenCycles = nCycles;
+        m_lSeenCycle = Milliseconds();
+        return;
+    }
+    if (Milliseconds() - m_lSeenCycle < kCyclePatience) return;
+    ServeTakes();
+    std::vector<CTake> finished;
+    m_nAbandonedTake.store(m_Writer.Abandon(finished), std::memory_order_release);
+    m_fCapturing = false;
+    for (CTake const& take : finished) Finished(take);
+}
+
+// A control that stays on without effect would have to be pressed twice. Only a window can set it.
+void CPlugIn::ReleaseCapture() {
+    if (!m_fBlocked || !m_fCapture || Milliseconds() < m_lNextRelease) return;
+    m_lNextRelease = Milliseconds() + kReleaseEvery;
+    m_Window.Tell({0, portCapture, 0});
 }
 
 void CPlugIn::ServeTakes() {
@@ -244,7 +339,7 @@ void CPlugIn::ServeTakes() {
 }
 
 void CPlugIn::Finished(CTake const& take) {
-    const std::string strLength = Seconds(take, m_nSampleRate);
+    const std::string strLength = TakeLength(take, m_nSampleRate);
     if (take.end == TakeEnd::Overflow) {
         Report(PlugInResult::Overflow,
                "The disk did not keep up: the take was stopped after " + strLength + ".");
@@ -256,6 +351,7 @@ void CPlugIn::Finished(CTake const& take) {
         Report(PlugInResult::TakeWritten, "A take of " + strLength + " was captured.");
     }
     if (take.lFrames > 0) {
+        MarkTake(static_cast<std::int32_t>(m_Kind), take);
         m_Book.Add(take);
         return;
     }
@@ -316,15 +412,9 @@ void CPlugIn::ServeLink() {
     if (const std::optional<CLinkOutcome> outcome = m_Sender.TakeOutcome()) Apply(*outcome);
     if (!m_Sender.IsIdle() || HasView() || Milliseconds() < m_lNextTry) return;
 
-    CLinkJob job;
-    job.kind = m_Kind;
-    job.nSampleRate = m_nSampleRate;
-    job.nTrack = m_Book.Track();
-    job.take = m_Book.Pick();
-    m_fSendingTake = job.take.has_value();
-    if (m_fSendingTake) {
-        job.guide = m_Book.LastOn(0);
-    } else {
+    CLinkJob job = Job(PickTake());
+    m_Sending = job.take;
+    if (!m_Sending) {
         if (!PickReturnRequest(&job.mode)) return;
         const std::optional<CTake> last = m_Book.Last();
         job.lPosition = last ? last->lPosition : 0;
@@ -337,13 +427,17 @@ void CPlugIn::Apply(CLinkOutcome const& outcome) {
         SetReturned(outcome.strFile, outcome.lPosition);
         return;
     }
-    if (m_fSendingTake && outcome.result == PlugInResult::NoHost) {
+    if (m_Sending && outcome.result == PlugInResult::NoHost) {
         TakePutBack(outcome.fate);
         m_lNextTry = Milliseconds() + kRetryEvery;
         if (Status().strText == outcome.strText) return;
-    } else if (m_fSendingTake) {
-        m_Book.Handled(outcome.nTrack);
+    } else if (m_Sending) {
+        TakeHandled(outcome.nTrack);
     }
     const bool fDone = outcome.result == PlugInResult::HandedOver && outcome.strText.empty();
-    Report(outcome.result, fDone ? "The host has the take." : outcome.strText);
+    if (fDone && m_Sending) {
+        Report(HandedOverResult(*m_Sending), HandedOverText(*m_Sending, m_nSampleRate));
+    } else {
+        Report(outcome.result, outcome.strText);
+    }
 }

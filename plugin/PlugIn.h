@@ -37,10 +37,10 @@ struct CPlugInMessage {
 /// One plug-in: audio passes through it unchanged; while Capture is on it also goes to disk, and
 /// while Return is on a file that came back from the host takes its place.
 ///
-/// A take begins when Capture is on and the transport rolls, and ends when either is over or the
-/// transport jumps. A gap of up to a second, which a workstation that dropped out leaves, does not
-/// end it: it becomes silence. The disk thread, one per plug-in, writes takes, loads returned files
-/// and, while there is no window, has them handed over.
+/// A take begins when Capture is on and the transport rolls, and ends when either is over, when the
+/// transport jumps or no cycle comes for a second. A gap of up to a second, which a workstation
+/// that dropped out leaves, does not end it: it becomes silence. The disk thread, one per plug-in,
+/// writes takes, loads returned files and, while there is no window, has them handed over.
 class CPlugIn final : public CPlugInAccess {
 public:
     CPlugIn(PlugInKind kind, int nChannels, int nSampleRate);
@@ -60,6 +60,9 @@ public:
 
     /// The workstation says where its transport is from the next frame on.
     void SetTransport(std::int64_t lPosition, double dSpeed);
+
+    /// The workstation has no way to tell of a transport: time is what passes.
+    void CountByItself() { m_Clock.CountByItself(); }
 
     /// Passes frames `nFrom` to `nFrom + nFrames` on. Inputs and outputs may be the same memory.
     void Run(float const* const* inputs, float* const* outputs, std::uint32_t nFrom,
@@ -97,9 +100,9 @@ public:
     PlugInKind Kind() const override { return m_Kind; }
     int SampleRate() const override { return m_nSampleRate; }
     void ViewTurned() override;
-    std::optional<CTake> PickTake() override { return m_Book.Pick(); }
+    std::optional<CTake> PickTake() override;
     bool IsTakeWaiting() const override { return m_Book.IsWaiting(); }
-    void TakeHandled(std::int32_t nTrack) override { m_Book.Handled(nTrack); }
+    void TakeHandled(std::int32_t nTrack) override;
     void TakePutBack(TakeFate fate) override;
     std::optional<CTake> LastTakeOn(std::int32_t nTrack) const override;
     std::optional<CTake> LastTake() const override { return m_Book.Last(); }
@@ -119,14 +122,19 @@ private:
     };
 
     void Capture(float const* const* inputs, std::uint32_t nFrom, std::uint32_t nFrames);
+    void BlockCapture();
     bool FillGap();
     void EndTake(TakeEnd end);
 
     void ServeDisk();
     void ServeTakes();
+    void WatchCycles();
+    void ReleaseCapture();
     void ServeReturn();
     void ServeLink();
     void ServeWindow();
+    void LeaveTakes();
+    CLinkJob Job(std::optional<CTake> const& take) const;
     void Finished(CTake const& take);
     void LoadReturn(CReturn const& wanted);
     void Apply(CLinkOutcome const& outcome);
@@ -141,7 +149,7 @@ private:
     CPlugInControls m_Controls;
     bool m_fControlsKnown = false;
     bool m_fInTake = false;
-    bool m_fCaptureBlocked = false;  ///< a take failed; Capture has to go off first
+    bool m_fCaptureBlocked = false;  ///< Capture has to go off first
 
     // Between the audio thread and others.
     CCaptureRing m_Ring;
@@ -153,6 +161,10 @@ private:
     std::atomic<std::int32_t> m_nReturnRequest{-1};
     std::atomic<std::int32_t> m_nTrackPort{-1};
     std::atomic<std::uint32_t> m_nFailedTake{0};
+    std::atomic<std::uint32_t> m_nAbandonedTake{0};  ///< ended without the audio thread
+    std::atomic<std::uint32_t> m_nCycles{0};
+    std::atomic<bool> m_fRestored{false};
+    std::atomic<bool> m_fBlocked{false};  ///< as m_fCaptureBlocked
     std::atomic<bool> m_fCapture{false};
     std::atomic<bool> m_fReturn{false};
     std::atomic<ReturnMode> m_Mode{ReturnMode::RenderAndExport};
@@ -174,7 +186,10 @@ private:
     CLinkSender m_Sender;
     CWindowProcess m_Window;
     bool m_fNotesByMessage = false;
-    bool m_fSendingTake = false;
+    std::uint32_t m_nSeenCycles = 0;
+    std::int64_t m_lSeenCycle = 0;
+    std::int64_t m_lNextRelease = 0;
+    std::optional<CTake> m_Sending;  ///< in the sender's hands
     std::int64_t m_lNextTry = 0;
     std::atomic<bool> m_fQuit{false};
     std::thread m_DiskThread;

@@ -17,8 +17,8 @@ struct CPlugInStatus {
 
 /// What the audio thread is doing, for display.
 struct CPlugInActivity {
-    bool fCapture = false;                          ///< the Capture control
-    bool fReturn = false;                           ///< the Return control
+    bool fCapture = false;  ///< the Capture control, unless it has to go off first
+    bool fReturn = false;   ///< the Return control
     ReturnMode mode = ReturnMode::RenderAndExport;  ///< the Mode control
     bool fCapturing = false;                        ///< whether a take is being recorded right now
     std::int64_t lTakeFrames = 0;                   ///< how long it is by now

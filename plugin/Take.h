@@ -13,6 +13,7 @@ struct CTake {
     TakeEnd end = TakeEnd::Stopped;
     std::int32_t nTrack = -1;  ///< the track of the host that has it; -1: none yet
     bool fHandled = false;     ///< whether it was handed over, or refused for good
+    bool fReplaces = false;    ///< the host's track has a take of another plug-in of this process
     bool fMayBeThere = false;  ///< the host may have it already, under an earlier name
 
     bool operator==(CTake const&) const = default;

@@ -26,6 +26,11 @@ void CTakeWriter::Service(std::vector<CTake>& finished) {
     }
 }
 
+std::uint32_t CTakeWriter::Abandon(std::vector<CTake>& finished) {
+    Finish(TakeEnd::Stopped, finished);
+    return m_nTake;
+}
+
 void CTakeWriter::Follow(CTakeMark const& mark, std::vector<CTake>& finished) {
     switch (mark.change) {
         case TakeChange::Begin:

@@ -22,6 +22,10 @@ public:
     /// Writes all that waits in the ring, and appends the takes that ended by that.
     void Service(std::vector<CTake>& finished);
 
+    /// Ends the take under way as far as it goes; what the ring still brings of it is dropped. Its
+    /// number.
+    std::uint32_t Abandon(std::vector<CTake>& finished);
+
     /// The number of the last take that the disk failed; 0: none.
     std::uint32_t FailedTake() const { return m_nFailedTake; }
 

@@ -11,6 +11,11 @@ void CTransportClock::Set(std::int64_t lPosition, double dSpeed) {
     }
     m_lPosition = lPosition;
     m_fRolling = fRolling;
+    m_fKnown = true;
+}
+
+void CTransportClock::CountByItself() {
+    if (!m_fKnown) m_fRolling = true;
 }
 
 void CTransportClock::Advance(std::uint32_t nFrames) {

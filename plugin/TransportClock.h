@@ -2,13 +2,16 @@
 
 #include <cstdint>
 
-/// Where the timeline is, in samples. It follows what the workstation says about its transport; as
-/// long as it said nothing, it counts the samples that passed by itself and is always rolling.
-/// Belongs to the audio thread.
+/// Where the timeline is, in samples. It follows what the workstation says about its transport, and
+/// stands still until it has said something. Belongs to the audio thread.
 class CTransportClock {
 public:
     /// The workstation says where its transport is and how fast it moves (1: normal, 0: stopped).
     void Set(std::int64_t lPosition, double dSpeed);
+
+    /// The workstation has no transport to tell of: as long as it tells of none, samples are
+    /// counted as they pass.
+    void CountByItself();
 
     /// `nFrames` samples have passed.
     void Advance(std::uint32_t nFrames);
@@ -26,6 +29,7 @@ public:
 private:
     std::int64_t m_lPosition = 0;
     std::int64_t m_lGap = 0;
-    bool m_fRolling = true;
+    bool m_fKnown = false;
+    bool m_fRolling = false;
     bool m_fJumped = true;
 };

@@ -37,6 +37,10 @@ CWindowProcess::CWindowProcess(CPlugInAccess& plugIn, std::string strProgram)
     : m_PlugIn(plugIn), m_strProgram(std::move(strProgram)) {}
 
 CWindowProcess::~CWindowProcess() {
+    End();
+}
+
+void CWindowProcess::End() {
     if (!m_pProgram) return;
     m_pProgram->Socket().Close();
     // Its user's settings are to be kept, if it can still keep them.
@@ -44,6 +48,8 @@ CWindowProcess::~CWindowProcess() {
          Clock::now() < end && !m_pProgram->HasEnded();) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
+    m_pProgram.reset();
+    PutTakeBack();
 }
 
 void CWindowProcess::Order(CWindowOrder const& order) {
@@ -204,6 +210,8 @@ void CWindowProcess::SendState(ReturnMode const* wanted) {
     if (m_Take) {
         state.nTake = m_nTake;
         state.take = Extent(m_Take);
+        state.nTakeEnd = static_cast<std::int32_t>(m_Take->end);
+        state.fTakeReplaces = m_Take->fReplaces;
         state.fTakeMayBeThere = m_Take->fMayBeThere;
         state.file.Set(m_Take->strFile);
     }

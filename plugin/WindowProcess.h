@@ -29,6 +29,12 @@ public:
     void Order(CWindowOrder const& order) override;
     std::optional<CWindowNote> TakeNote() override;
 
+    /// Closes the window and waits for that, at most as long as ending in order may take.
+    void End();
+
+    /// Has the window module told something, if there is a window.
+    void Tell(CWindowNote const& note);
+
     /// Does what there is to do, without waiting. For one thread, some hundred times a second.
     void Serve();
 
@@ -45,7 +51,6 @@ private:
     void Leave();
     void NoteEnd();
     void PutTakeBack();
-    void Tell(CWindowNote const& note);
     void Fail(std::string const& strText);
 
     CPlugInAccess& m_PlugIn;

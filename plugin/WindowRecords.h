@@ -111,6 +111,8 @@ struct CStateRecord {
     CExtentRecord last;        ///< the last take of all
     std::uint64_t nTake;       ///< numbers the takes that the window is given; 0: it has none
     CExtentRecord take;
+    std::int32_t nTakeEnd;  ///< a TakeEnd
+    std::uint32_t fTakeReplaces;
     std::uint32_t fTakeMayBeThere;
     std::uint32_t fHasReturned;
     CRecordPath file;  ///< of the take
@@ -173,7 +175,7 @@ union CAnyRecord {
 
 static_assert(sizeof(CRecordHead) == 8);
 static_assert(sizeof(COpenRecord) == 8 + 16 + 16 + 2 * 16 + 256);
-static_assert(sizeof(CStateRecord) == 8 + 8 + 8 * 4 + 8 + 16 + 8 + 16 + 8 + 4096 + 1024);
+static_assert(sizeof(CStateRecord) == 8 + 8 + 8 * 4 + 8 + 16 + 8 + 16 + 8 + 8 + 4096 + 1024);
 static_assert(sizeof(CTurnRecord) == 16);
 static_assert(sizeof(CTakeDoneRecord) == 24);
 static_assert(sizeof(CReturnedRecord) == 16 + 4096);

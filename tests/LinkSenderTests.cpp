@@ -3,9 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <vector>
 
 #include "HostProgramFixture.h"
 #include "plugin/CaptureDirectory.h"
+#include "plugin/PlugIn.h"
+#include "plugin/TakeMarks.h"
+#include "tests/ScopedEnvironment.h"
 
 namespace {
 
@@ -57,6 +61,39 @@ TEST_F(LinkSender, HandsATakeOverOnceThoughItIsSentTwice) {
     EXPECT_FALSE(fs::exists(job.take->strFile));
     EXPECT_TRUE(fs::exists(strFirst));
     EXPECT_EQ(Regions(), 1U);
+}
+
+TEST_F(LinkSender, HandsOverTheTakeOfAPlugInThatIsRemovedInTheMiddleOfIt) {
+    const CScopedEnvironment captures("TAVARIN_CAPTURES", m_directory.Path());
+    std::vector<float> sound(kRate, 0.25F);
+    float const* in = sound.data();
+    float* out = sound.data();
+    CPlugInState saved;
+    {
+        CPlugIn plugIn(PlugInKind::Link, 1, kRate);
+        CPlugInControls controls;
+        plugIn.Begin(controls);
+        plugIn.SetTransport(500, 1);
+        controls.fCapture = true;
+        plugIn.Begin(controls);
+        plugIn.Run(&in, &out, 0, kRate);
+        for (int nTry = 0; nTry < 1000 && saved.strCaptureDirectory.empty(); ++nTry) {
+            saved = plugIn.State();
+            usleep(10'000);
+        }
+    }
+    for (int nTry = 0; nTry < 1000 && Regions() == 0; ++nTry) usleep(10'000);
+    EXPECT_EQ(Regions(), 1U);
+    // The session that was saved meanwhile does not know, and hears it from the mark.
+    const std::string strDirectory = saved.strCaptureDirectory;
+    const auto isMarked = [&strDirectory] {
+        const auto marked = MarkedTakes(static_cast<std::int32_t>(PlugInKind::Link), strDirectory);
+        return marked.size() == 1 && marked.front().fHandled;
+    };
+    for (int nTry = 0; nTry < 1000 && !isMarked(); ++nTry) usleep(10'000);
+    CPlugIn next(PlugInKind::Link, 1, kRate);
+    next.Restore(saved);
+    EXPECT_FALSE(next.IsTakeWaiting());
 }
 
 }  // namespace

@@ -121,6 +121,7 @@ TEST_F(PlugInModule, TakesItsStateThroughTheWorkstationsSession) {
         Fill(host);
         host.Activate();
         host.controls[portCapture] = 1;
+        host.SetTransport(0, 0, 1);
         host.controls[portTrack] = 5;
         host.Run(1000);
         host.Deactivate();
@@ -152,6 +153,7 @@ TEST_F(PlugInModule, GivesATakeThatWaitsInASessionASecondName) {
         Fill(host);
         host.Activate();
         host.controls[portCapture] = 1;
+        host.SetTransport(0, 0, 1);
         host.Run(1000);
         host.Deactivate();
         for (int nTry = 0; nTry < 1000 && !Access(host).IsTakeWaiting(); ++nTry) {

@@ -8,6 +8,7 @@
 #include <functional>
 #include <thread>
 
+#include "plugin/TakeText.h"
 #include "tests/SoundFile.h"
 #include "tests/TemporaryDirectory.h"
 
@@ -27,6 +28,7 @@ struct PlugIn : testing::Test {
         }
         plugIn = std::make_unique<CPlugIn>(PlugInKind::Link, 1, 48000);
         plugIn->ViewTurned();
+        plugIn->SetTransport(0, 1);
     }
     void TearDown() override {
         plugIn.reset();
@@ -77,7 +79,147 @@ TEST_F(PlugIn, CapturesWhileCaptureIsOnAndTheTransportRolls) {
     EXPECT_TRUE(std::equal(output.begin(), output.begin() + 3000, input.begin()));
 }
 
+TEST(TakeText, SaysHowFarATakeGoesThatWasCutShort) {
+    CTake take;
+    take.lFrames = 100800;
+    EXPECT_EQ(HandedOverResult(take), PlugInResult::HandedOver);
+    EXPECT_EQ(HandedOverText(take, 48000), "The host has the take.");
+    take.end = TakeEnd::DiskFailed;
+    EXPECT_EQ(HandedOverResult(take), PlugInResult::DiskFailed);
+    EXPECT_EQ(HandedOverText(take, 48000),
+              "The host has 2.1 s of the take: the disk is full or cannot be written.");
+    take.end = TakeEnd::Overflow;
+    EXPECT_EQ(HandedOverText(take, 48000),
+              "The host has 2.1 s of the take: the disk did not keep up.");
+}
+
+// As the two halves of a mono plug-in on a stereo track, of which only one is seen.
+TEST_F(PlugIn, SendsOneOfTwoTakesThatWereCapturedTogetherForOneTrack) {
+    CPlugIn twin(PlugInKind::Doubler, 1, 48000);
+    plugIn = std::make_unique<CPlugIn>(PlugInKind::Doubler, 1, 48000);
+    controls.fCapture = true;
+    for (CPlugIn* one : {plugIn.get(), &twin}) {
+        one->ViewTurned();
+        one->SetTransport(0, 1);
+        one->Begin(controls);
+        float const* in = input.data();
+        float* out = output.data();
+        one->Run(&in, &out, 0, 1000);
+        one->Stop();
+    }
+    NextTake();
+    WaitFor([&] { return !twin.PickTake() && twin.Status().result == PlugInResult::Twin; });
+    EXPECT_FALSE(twin.IsTakeWaiting());
+    EXPECT_TRUE(std::filesystem::exists(twin.LastTake()->strFile));
+
+    // One after the other is another thing, and told.
+    twin.SetTransport(9000, 1);
+    float const* in = input.data();
+    float* out = output.data();
+    twin.Run(&in, &out, 0, 1000);
+    twin.Stop();
+    std::optional<CTake> take;
+    WaitFor([&] { return take || (take = twin.PickTake()); });
+    EXPECT_TRUE(take->fReplaces);
+    EXPECT_EQ(HandedOverText(*take, 48000),
+              "The host has the take, in place of another plug-in's.");
+}
+
+TEST_F(PlugIn, CapturesNothingBeforeItKnowsWhereTheTransportIs) {
+    plugIn = std::make_unique<CPlugIn>(PlugInKind::Link, 1, 48000);
+    controls.fCapture = true;
+    Run(0, 1000);
+    EXPECT_FALSE(plugIn->Activity().fCapturing);
+    plugIn->SetTransport(700, 1);
+    Run(1000, 1000);
+    EXPECT_TRUE(plugIn->Activity().fCapturing);
+    plugIn->Stop();
+    EXPECT_EQ(NextTake().lPosition, 700);
+}
+
+// A workstation that stops running the plug-in, as some do with a track that nobody listens to.
+TEST_F(PlugIn, EndsATakeWhenNoCyclesCome) {
+    controls.fCapture = true;
+    Run(0, 1000);
+    const CTake take = NextTake();
+    EXPECT_EQ(take.lFrames, 1000);
+    EXPECT_FALSE(plugIn->Activity().fCapturing);
+    Run(1000, 500);
+    EXPECT_TRUE(plugIn->Activity().fCapturing);
+    plugIn->Stop();
+    const CTake second = NextTake();
+    EXPECT_EQ(second.lPosition, 1000);
+    EXPECT_EQ(second.lFrames, 500);
+    EXPECT_EQ(ReadSoundFile(take.strFile).samples,
+              std::vector<float>(input.begin(), input.begin() + 1000));
+}
+
+TEST_F(PlugIn, DoesNotCaptureInASessionThatIsOpenedBeforeCaptureIsPressed) {
+    plugIn->Restore(plugIn->State());
+    controls.fCapture = true;
+    Run(0, 1000);
+    EXPECT_FALSE(plugIn->Activity().fCapturing);
+    EXPECT_FALSE(plugIn->Activity().fCapture);
+    controls.fCapture = false;
+    Run(1000, 10);
+    controls.fCapture = true;
+    Run(1010, 10);
+    EXPECT_TRUE(plugIn->Activity().fCapturing);
+}
+
+// The control would have to be pressed twice otherwise.
+TEST_F(PlugIn, SwitchesCaptureOffWhereItMustBePressedAnew) {
+    plugIn->Restore(plugIn->State());
+    controls.fCapture = true;
+    Run(0, 1000);
+    std::optional<CWindowNote> note;
+    WaitFor([&] { return note || (note = plugIn->Desk().TakeNote()); });
+    EXPECT_EQ(note->fClosed, 0U);
+    EXPECT_EQ(note->nPort, portCapture);
+    EXPECT_EQ(note->value, 0);
+}
+
+// A plug-in that was removed, or whose session was saved and closed, in the middle of a take.
+TEST_F(PlugIn, KeepsTheEndOfATakeForWhoeverOpensItsDirectoryNext) {
+    Run(0, 10);
+    controls.fCapture = true;
+    Run(10, 1000);
+    // The directory is there by now; the take is not whole.
+    WaitFor([&] { return !plugIn->State().strCaptureDirectory.empty(); });
+    const CPlugInState saved = plugIn->State();
+    EXPECT_TRUE(saved.takes.empty());
+    plugIn.reset();
+    for (int nRound = 0; nRound < 2; ++nRound) {
+        CPlugIn next(PlugInKind::Link, 1, 48000);
+        next.ViewTurned();
+        next.Restore(saved);
+        const std::optional<CTake> take = next.PickTake();
+        ASSERT_EQ(take.has_value(), nRound == 0);
+        if (!take) break;
+        EXPECT_EQ(take->lPosition, 10);
+        EXPECT_EQ(take->lFrames, 1000);
+        EXPECT_TRUE(std::filesystem::exists(take->strFile));
+        next.TakeHandled(2);
+    }
+}
+
+TEST_F(PlugIn, KnowsWhatWasHandedOverAfterTheSessionWasSaved) {
+    controls.fCapture = true;
+    Run(0, 1000);
+    plugIn->Stop();
+    WaitFor([&] { return plugIn->IsTakeWaiting(); });
+    const CPlugInState saved = plugIn->State();
+    NextTake();
+    plugIn = std::make_unique<CPlugIn>(PlugInKind::Link, 1, 48000);
+    plugIn->Restore(saved);
+    EXPECT_FALSE(plugIn->IsTakeWaiting());
+    EXPECT_EQ(plugIn->LastTakeOn(0).value_or(CTake{}).lFrames, 1000);
+}
+
 TEST_F(PlugIn, CountsByItselfWhereThereIsNoTransport) {
+    plugIn = std::make_unique<CPlugIn>(PlugInKind::Link, 1, 48000);
+    plugIn->ViewTurned();
+    plugIn->CountByItself();
     Run(0, 700);
     controls.fCapture = true;
     Run(700, 300);
@@ -241,12 +383,13 @@ TEST_F(PlugIn, GoesOnWhereTheSessionWasWithoutAskingTheHost) {
     EXPECT_EQ(plugIn->State(), state);
 
     controls.fReturn = true;
-    controls.fCapture = true;
     plugIn->SetTransport(0, 1);
     Run(0, 2000);
     ReturnMode mode{};
     EXPECT_FALSE(plugIn->PickReturnRequest(&mode));
     EXPECT_EQ(output[600], 0.5F);
+    controls.fCapture = true;
+    Run(2000, 100);
     plugIn->Stop();
     EXPECT_EQ(std::filesystem::path(NextTake().strFile).parent_path(), state.strCaptureDirectory);
 }

@@ -50,6 +50,7 @@ bool Within(std::function<bool()> const& condition) {
 void Take(CPlugInHost& host) {
     host.Activate();
     host.controls[portCapture] = 1;
+    host.SetTransport(0, 0, 1);
     host.Run(1000);
     host.controls[portCapture] = 0;
     host.Run(1000);

@@ -85,6 +85,8 @@ std::optional<CTake> CPlugInMirror::PickTake() {
     m_nPicked = m_State.nTake;
     std::optional<CTake> take = TakeAt(m_State.take);
     take->strFile = m_State.file.Get();
+    take->end = static_cast<TakeEnd>(m_State.nTakeEnd);
+    take->fReplaces = m_State.fTakeReplaces != 0;
     take->fMayBeThere = m_State.fTakeMayBeThere != 0;
     return take;
 }

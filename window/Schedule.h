@@ -38,6 +38,7 @@ private:
     std::uint64_t m_nSeenReport = 0;
     bool m_fListDue = false;
     bool m_fSaidWaiting = false;
-    bool m_fExportDue = false;  ///< a region was rendered and is still to be exported
+    bool m_fShowsReport = false;  ///< the view shows a text of the plug-in's
+    bool m_fExportDue = false;    ///< a region was rendered and is still to be exported
     std::int64_t m_lReturnPosition = 0;
 };

@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include "plugin/TakeText.h"
 #import "window/PlugInView.h"
 
 namespace {
@@ -65,13 +66,13 @@ bool CSchedule::HandOverTake() {
     const std::int32_t nTrack = m_View.Track().value_or(0);
     m_View.Capture(*take);
     const std::string strError = m_View.ErrorText();
-    if (strError.empty()) {
+    const bool fWasThere = take->fMayBeThere && !IsThere(take->strFile);
+    if (strError.empty() || fWasThere) {
+        // Neither that it was there already nor an older trouble is to stand in the view.
+        if (fWasThere || m_fShowsReport) m_View.Show("");
+        m_fShowsReport = false;
         m_PlugIn.TakeHandled(nTrack);
-        m_PlugIn.Report(PlugInResult::HandedOver, "The host has the take.");
-    } else if (!IsThere(take->strFile) && take->fMayBeThere) {
-        m_View.Show("");
-        m_PlugIn.TakeHandled(nTrack);
-        m_PlugIn.Report(PlugInResult::HandedOver, "The host has the take.");
+        m_PlugIn.Report(HandedOverResult(*take), HandedOverText(*take, m_PlugIn.SampleRate()));
     } else if (!IsThere(take->strFile)) {
         m_PlugIn.TakeHandled(-1);
         m_PlugIn.Report(PlugInResult::Duplicate, strError);
@@ -144,6 +145,8 @@ void CSchedule::ShowReport() {
     constexpr PlugInResult kShown[] = {PlugInResult::Overflow, PlugInResult::DiskFailed,
                                        PlugInResult::ReturnRefused, PlugInResult::StateUnreadable};
     for (const PlugInResult result : kShown) {
-        if (status.result == result) m_View.Show(status.strText);
+        if (status.result != result) continue;
+        m_View.Show(status.strText);
+        m_fShowsReport = true;
     }
 }
