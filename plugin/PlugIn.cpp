@@ -9,6 +9,8 @@
 #include <system_error>
 #include <utility>
 
+#include "plugin/TimeText.h"
+
 namespace {
 
 constexpr int kRingSeconds = 8;
@@ -206,7 +208,16 @@ void CPlugIn::SetReturned(std::string const& strFile, std::int64_t lPosition) {
 
 CPlugInStatus CPlugIn::Status() const {
     const std::lock_guard lock(m_StatusLock);
-    return m_Status;
+    CPlugInStatus status = m_Status;
+    if (status.result == PlugInResult::Returned) status.strText = ReturnedText();
+    return status;
+}
+
+// Return may be switched after the region came.
+std::string CPlugIn::ReturnedText() const {
+    const std::string strPlace = TimeText(m_Book.State().lReturnedPosition, m_nSampleRate);
+    return "The host's region " + std::string(m_fReturn ? "plays" : "is ready") + " from " +
+           strPlace + " on.";
 }
 
 void CPlugIn::Report(PlugInResult result, std::string const& strText) {
@@ -291,8 +302,7 @@ void CPlugIn::LoadReturn(CReturn const& wanted) {
     m_Book.SetReturned(strFile, wanted.lPosition);
     m_fHasReturned = true;
     m_Player.Give(std::move(audio));
-    Report(PlugInResult::Returned,
-           "The host's region plays from " + std::to_string(wanted.lPosition) + " on.");
+    Report(PlugInResult::Returned, ReturnedText());
 }
 
 void CPlugIn::ServeWindow() {

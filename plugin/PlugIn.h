@@ -130,6 +130,7 @@ private:
     void Finished(CTake const& take);
     void LoadReturn(CReturn const& wanted);
     void Apply(CLinkOutcome const& outcome);
+    std::string ReturnedText() const;
     bool HasView() const;
 
     const PlugInKind m_Kind;

@@ -36,7 +36,8 @@ if(JACK_FOUND AND CLI11_FOUND)
     endif()
 endif()
 
-foreach(test CaptureRingTests PlugInStateTests PlugInTests TakePlayerTests TakeWriterTests)
+foreach(test CaptureRingTests PlugInStateTests PlugInTests TakePlayerTests TakeWriterTests
+             TimeTextTests)
     tavarin_add_test(${test} LIBS tavarin_plugin)
     target_include_directories(${test} PRIVATE "${PROJECT_SOURCE_DIR}")
 endforeach()

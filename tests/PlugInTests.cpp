@@ -200,6 +200,22 @@ TEST_F(PlugIn, PlaysACopyOfTheReturnedFile) {
     EXPECT_EQ(output[1300], input[1300]);
 }
 
+TEST_F(PlugIn, SaysThatTheRegionPlaysOnlyWhileReturnIsOn) {
+    CSoundFile sound;
+    sound.samples.assign(1000, 0.5F);
+    const std::string strExported = place.File("Export.wav");
+    WriteSoundFile(strExported, sound);
+    plugIn->SetReturned(strExported, 24000);
+    WaitFor([&] { return plugIn->Status().result == PlugInResult::Returned; });
+    EXPECT_EQ(plugIn->Status().strText, "The host's region is ready from 0:00.5 on.");
+    controls.fReturn = true;
+    Run(0, 100);
+    EXPECT_EQ(plugIn->Status().strText, "The host's region plays from 0:00.5 on.");
+    controls.fReturn = false;
+    Run(0, 100);
+    EXPECT_EQ(plugIn->Status().strText, "The host's region is ready from 0:00.5 on.");
+}
+
 TEST_F(PlugIn, RefusesAFileOfAnotherSampleRateWithTheTextOfTheViews) {
     CSoundFile sound;
     sound.nSampleRate = 44100;
