@@ -93,3 +93,14 @@ if(TAVARIN_LV2_VALIDATE)
     add_test(NAME PlugInTurtleIsValid COMMAND sh -c
         "result=\"$('${TAVARIN_LV2_VALIDATE}' '${tavarin_lv2_module}'/*.ttl 2>&1)\"; echo \"$result\"; echo \"$result\" | grep -q 'Found 0 errors'")
 endif()
+
+# What workstations list them by, as lilv tells most of them.
+find_program(TAVARIN_LV2_INFO lv2info)
+if(TAVARIN_LV2_INFO)
+    foreach(plugin link link:stereo apt apt:stereo doubler doubler:stereo)
+        add_test(NAME PlugInListing:${plugin} COMMAND "${TAVARIN_LV2_INFO}" "urn:tavarin:pro:${plugin}")
+        set_tests_properties(PlugInListing:${plugin} PROPERTIES
+            ENVIRONMENT "LV2_PATH=${tavarin_lv2_path}:/usr/lib/lv2"
+            PASS_REGULAR_EXPRESSION "Class: +Plugin\n[^A-Z]*Author: +Tavarin Pro\n")
+    endforeach()
+endif()
