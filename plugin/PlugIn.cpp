@@ -9,6 +9,7 @@
 #include <system_error>
 #include <utility>
 
+#include "plugin/GuideText.h"
 #include "plugin/TimeText.h"
 
 namespace {
@@ -18,6 +19,7 @@ constexpr std::chrono::milliseconds kDiskTurn{10};
 constexpr std::chrono::milliseconds kFreewheelWait{1};
 constexpr std::int64_t kViewPatience = 3000;
 constexpr std::int64_t kRetryEvery = 1000;
+constexpr std::int32_t kGuideTrack = 0;
 
 std::int64_t Milliseconds() {
     using namespace std::chrono;
@@ -51,6 +53,7 @@ CPlugIn::CPlugIn(PlugInKind kind, int nChannels, int nSampleRate)
       m_Player(nSampleRate),
       m_lViewTurned(Milliseconds()),
       m_Book(static_cast<std::int32_t>(kind)),
+      m_pGuide(kind == PlugInKind::APT ? CSharedGuide::Join() : nullptr),
       m_Writer(m_Ring, m_Directory, nSampleRate),
       m_Window(*this, WindowProgramPath()),
       m_DiskThread([this] { ServeDisk(); }) {}
@@ -156,6 +159,8 @@ void CPlugIn::Restore(CPlugInState const& state) {
         if (!take.fHandled) RenameTake(take);
     }
     m_Book.SetState(current);
+    const std::optional<CTake> guide = m_Book.LastOn(kGuideTrack);
+    if (m_pGuide && guide) m_pGuide->Offer(*guide);
     m_Directory.Use(state.strCaptureDirectory);
     m_nReturnRequest = -1;
     if (state.strReturnedFile.empty()) {
@@ -178,6 +183,16 @@ bool CPlugIn::HasView() const {
 
 std::optional<CTake> CPlugIn::LastTakeOn(std::int32_t nTrack) const {
     return m_Book.LastOn(nTrack);
+}
+
+std::optional<CGuide> CPlugIn::Guide() const {
+    return m_pGuide ? m_pGuide->Last() : std::nullopt;
+}
+
+void CPlugIn::TakeHandled(std::int32_t nTrack) {
+    const std::optional<CTake> take = m_Book.Picked();
+    m_Book.Handled(nTrack);
+    if (m_pGuide && take && nTrack == kGuideTrack) m_pGuide->Put(*take);
 }
 
 void CPlugIn::TakePutBack(TakeFate fate) {
@@ -333,13 +348,23 @@ void CPlugIn::ServeLink() {
     job.take = m_Book.Pick();
     m_fSendingTake = job.take.has_value();
     if (m_fSendingTake) {
-        job.guide = m_Book.LastOn(0);
+        if (const std::optional<CGuide> guide = Guide()) job.guide = guide->take;
+        WarnOf(job);
     } else {
         if (!PickReturnRequest(&job.mode)) return;
         const std::optional<CTake> last = m_Book.Last();
         job.lPosition = last ? last->lPosition : 0;
     }
     m_Sender.Start(job);
+}
+
+// Before anything is cleared, and once for a take that waits for the host.
+void CPlugIn::WarnOf(CLinkJob const& job) {
+    const std::string strWhy =
+        WhyNotAligned(m_Kind, job.nTrack, job.guide, *job.take, m_nSampleRate);
+    if (strWhy.empty() || m_strWarnedOf == job.take->strFile) return;
+    m_strWarnedOf = job.take->strFile;
+    Report(PlugInResult::NotAligned, strWhy);
 }
 
 void CPlugIn::Apply(CLinkOutcome const& outcome) {
@@ -352,7 +377,7 @@ void CPlugIn::Apply(CLinkOutcome const& outcome) {
         m_lNextTry = Milliseconds() + kRetryEvery;
         if (Status().strText == outcome.strText) return;
     } else if (m_fSendingTake) {
-        m_Book.Handled(outcome.nTrack);
+        TakeHandled(outcome.nTrack);
     }
     const bool fDone = outcome.result == PlugInResult::HandedOver && outcome.strText.empty();
     Report(outcome.result, fDone ? "The host has the take." : outcome.strText);

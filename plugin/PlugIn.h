@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -11,6 +12,7 @@
 #include "plugin/CaptureRing.h"
 #include "plugin/LinkSender.h"
 #include "plugin/PlugInAccess.h"
+#include "plugin/SharedGuide.h"
 #include "plugin/SpscQueue.h"
 #include "plugin/TakeBook.h"
 #include "plugin/TakePlayer.h"
@@ -99,9 +101,10 @@ public:
     void ViewTurned() override;
     std::optional<CTake> PickTake() override { return m_Book.Pick(); }
     bool IsTakeWaiting() const override { return m_Book.IsWaiting(); }
-    void TakeHandled(std::int32_t nTrack) override { m_Book.Handled(nTrack); }
+    void TakeHandled(std::int32_t nTrack) override;
     void TakePutBack(TakeFate fate) override;
     std::optional<CTake> LastTakeOn(std::int32_t nTrack) const override;
+    std::optional<CGuide> Guide() const override;
     std::optional<CTake> LastTake() const override { return m_Book.Last(); }
     std::int32_t Track() const override { return m_Book.Track(); }
     void SetTrack(std::int32_t nTrack) override { m_Book.SetTrack(nTrack); }
@@ -129,6 +132,7 @@ private:
     void ServeWindow();
     void Finished(CTake const& take);
     void LoadReturn(CReturn const& wanted);
+    void WarnOf(CLinkJob const& job);
     void Apply(CLinkOutcome const& outcome);
     std::string ReturnedText() const;
     bool HasView() const;
@@ -164,6 +168,7 @@ private:
     // All others.
     std::atomic<std::int64_t> m_lViewTurned;
     CTakeBook m_Book;
+    const std::shared_ptr<CSharedGuide> m_pGuide;  ///< null but in APT plug-ins
     CCaptureDirectory m_Directory;
     mutable std::mutex m_StatusLock;
     CPlugInStatus m_Status;
@@ -176,6 +181,7 @@ private:
     CWindowProcess m_Window;
     bool m_fNotesByMessage = false;
     bool m_fSendingTake = false;
+    std::string m_strWarnedOf;  ///< the file of the take that was said not to be aligned
     std::int64_t m_lNextTry = 0;
     std::atomic<bool> m_fQuit{false};
     std::thread m_DiskThread;

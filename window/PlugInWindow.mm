@@ -9,6 +9,7 @@
 #include "colours/DefaultColours.h"
 #import "platform/EmbeddedWindow.h"
 #import "platform/WindowIcon.h"
+#include "plugin/GuideText.h"
 #include "plugin/TimeText.h"
 #import "window/PlugInBundle.h"
 #import "window/PlugInView.h"
@@ -50,9 +51,8 @@ NSString* CapturingText(CPlugInActivity const& activity, int nSampleRate) {
     return [NSString stringWithFormat:@"Capturing  %s", strTime.c_str()];
 }
 
-NSString* StatusText(CPlugInAccess const& plugIn) {
+NSString* ResultText(CPlugInAccess const& plugIn) {
     const CPlugInActivity activity = plugIn.Activity();
-    if (activity.fCapturing) return CapturingText(activity, plugIn.SampleRate());
     const CPlugInStatus status = plugIn.Status();
     if (!status.strText.empty()) {
         NSString* text = [NSString stringWithUTF8String:status.strText.c_str()];
@@ -60,6 +60,18 @@ NSString* StatusText(CPlugInAccess const& plugIn) {
     }
     if (activity.fCapture) return @"Capture waits for the transport.";
     return [NSString stringWithUTF8String:kResultNames[static_cast<int>(status.result)]];
+}
+
+// The guide is named as long as nothing is wrong.
+NSString* StatusText(CPlugInAccess const& plugIn) {
+    const CPlugInActivity activity = plugIn.Activity();
+    if (activity.fCapturing) return CapturingText(activity, plugIn.SampleRate());
+    const PlugInResult result = plugIn.Status().result;
+    const std::optional<CGuide> guide = plugIn.Guide();
+    const bool fNamed = result == PlugInResult::Ready || result == PlugInResult::HandedOver;
+    if (!fNamed || !guide) return ResultText(plugIn);
+    const std::string strGuide = GuideText(*guide, plugIn.SampleRate());
+    return [NSString stringWithFormat:@"%@ %s", ResultText(plugIn), strGuide.c_str()];
 }
 
 NSInteger CompareInReading(id first, id second, void* /*context*/) {
