@@ -37,6 +37,7 @@ public:
     void TakeHandled(std::int32_t) override {}
     void TakePutBack(TakeFate) override {}
     std::optional<CTake> LastTakeOn(std::int32_t) const override { return {}; }
+    std::optional<CGuide> Guide() const override { return {}; }
     std::optional<CTake> LastTake() const override { return {}; }
     std::int32_t Track() const override { return 0; }
     void SetTrack(std::int32_t) override {}

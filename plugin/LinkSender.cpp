@@ -4,6 +4,7 @@
 
 #include "FileIO/FileName.h"
 #include "link/TANClientInterProcess.h"
+#include "plugin/GuideText.h"
 #include "plugin/TakeMarks.h"
 
 namespace {
@@ -30,7 +31,6 @@ void Process(CTANClientInterProcess& client, CLinkJob const& job) {
     }
     if (job.kind == PlugInKind::APT && job.nTrack == kDubTrack) {
         client.ClearTrack(true, kAlignedTrack);
-        if (!job.guide) return;
         client.CreateAPT(true, kGuideTrack, job.guide->lPosition, End(*job.guide), kDubTrack,
                          job.take->lPosition, End(*job.take), kAlignedTrack);
     }
@@ -54,6 +54,12 @@ CLinkOutcome HandOver(CTANClientInterProcess& client, CLinkJob const& job) {
     }
     if (!client.m_strLastError.empty()) {
         return {PlugInResult::HostRefused, client.m_strLastError, -1, {}, 0};
+    }
+    const std::string strWhy =
+        WhyNotAligned(job.kind, nTrack, job.guide, *job.take, job.nSampleRate);
+    // What was aligned before stays then.
+    if (!strWhy.empty()) {
+        return {PlugInResult::NotAligned, "The host has the take. " + strWhy, nTrack, {}, 0};
     }
     Process(client, job);
     const bool fDone = client.m_strLastError.empty();

@@ -16,7 +16,7 @@
 struct CLinkJob {
     PlugInKind kind = PlugInKind::Link;
     std::optional<CTake> take;
-    std::optional<CTake> guide;  ///< of an APT plug-in: the guide that the host has
+    std::optional<CTake> guide;  ///< of an APT plug-in: the guide that the host has, if it has one
     std::int32_t nTrack = 0;     ///< the track that the take is for
     ReturnMode mode = ReturnMode::RenderAndExport;
     int nSampleRate = 0;

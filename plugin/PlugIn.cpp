@@ -9,8 +9,10 @@
 #include <system_error>
 #include <utility>
 
+#include "plugin/GuideText.h"
 #include "plugin/TakeMarks.h"
 #include "plugin/TakeText.h"
+#include "plugin/TimeText.h"
 #include "plugin/TrackClaims.h"
 
 namespace {
@@ -22,6 +24,7 @@ constexpr std::int64_t kViewPatience = 3000;
 constexpr std::int64_t kRetryEvery = 1000;
 constexpr std::int64_t kCyclePatience = 1000;
 constexpr std::int64_t kReleaseEvery = 500;
+constexpr std::int32_t kGuideTrack = 0;
 
 std::int64_t Milliseconds() {
     using namespace std::chrono;
@@ -49,6 +52,7 @@ CPlugIn::CPlugIn(PlugInKind kind, int nChannels, int nSampleRate)
       m_Player(nSampleRate),
       m_lViewTurned(Milliseconds()),
       m_Book(static_cast<std::int32_t>(kind)),
+      m_pGuide(kind == PlugInKind::APT ? CSharedGuide::Join() : nullptr),
       m_Writer(m_Ring, m_Directory, nSampleRate),
       m_Window(*this, WindowProgramPath()),
       m_DiskThread([this] { ServeDisk(); }) {}
@@ -79,7 +83,8 @@ CLinkJob CPlugIn::Job(std::optional<CTake> const& take) const {
     job.nSampleRate = m_nSampleRate;
     job.nTrack = m_Book.Track();
     job.take = take;
-    if (take) job.guide = m_Book.LastOn(0);
+    const std::optional<CGuide> guide = Guide();
+    if (take && guide) job.guide = guide->take;
     return job;
 }
 
@@ -192,6 +197,8 @@ void CPlugIn::Restore(CPlugInState const& state) {
         if (!take.fHandled) RenameTake(m_Kind, take);
     }
     m_Book.SetState(current);
+    const std::optional<CTake> guide = m_Book.LastOn(kGuideTrack);
+    if (m_pGuide && guide) m_pGuide->Offer(*guide);
     m_Directory.Use(state.strCaptureDirectory);
     m_nReturnRequest = -1;
     if (state.strReturnedFile.empty()) {
@@ -214,6 +221,10 @@ bool CPlugIn::HasView() const {
 
 std::optional<CTake> CPlugIn::LastTakeOn(std::int32_t nTrack) const {
     return m_Book.LastOn(nTrack);
+}
+
+std::optional<CGuide> CPlugIn::Guide() const {
+    return m_pGuide ? m_pGuide->Last() : std::nullopt;
 }
 
 std::optional<CTake> CPlugIn::PickTake() {
@@ -245,6 +256,7 @@ void CPlugIn::TakeHandled(std::int32_t nTrack) {
     take->nTrack = nTrack;
     take->fHandled = true;
     MarkTake(static_cast<std::int32_t>(m_Kind), *take);
+    if (m_pGuide && nTrack == kGuideTrack) m_pGuide->Put(*take);
 }
 
 void CPlugIn::TakePutBack(TakeFate fate) {
@@ -275,7 +287,16 @@ void CPlugIn::SetReturned(std::string const& strFile, std::int64_t lPosition) {
 
 CPlugInStatus CPlugIn::Status() const {
     const std::lock_guard lock(m_StatusLock);
-    return m_Status;
+    CPlugInStatus status = m_Status;
+    if (status.result == PlugInResult::Returned) status.strText = ReturnedText();
+    return status;
+}
+
+// Return may be switched after the region came.
+std::string CPlugIn::ReturnedText() const {
+    const std::string strPlace = TimeText(m_Book.State().lReturnedPosition, m_nSampleRate);
+    return "The host's region " + std::string(m_fReturn ? "plays" : "is ready") + " from " +
+           strPlace + " on.";
 }
 
 void CPlugIn::Report(PlugInResult result, std::string const& strText) {
@@ -387,8 +408,7 @@ void CPlugIn::LoadReturn(CReturn const& wanted) {
     m_Book.SetReturned(strFile, wanted.lPosition);
     m_fHasReturned = true;
     m_Player.Give(std::move(audio));
-    Report(PlugInResult::Returned,
-           "The host's region plays from " + std::to_string(wanted.lPosition) + " on.");
+    Report(PlugInResult::Returned, ReturnedText());
 }
 
 void CPlugIn::ServeWindow() {
@@ -414,12 +434,23 @@ void CPlugIn::ServeLink() {
 
     CLinkJob job = Job(PickTake());
     m_Sending = job.take;
-    if (!m_Sending) {
+    if (m_Sending) {
+        WarnOf(job);
+    } else {
         if (!PickReturnRequest(&job.mode)) return;
         const std::optional<CTake> last = m_Book.Last();
         job.lPosition = last ? last->lPosition : 0;
     }
     m_Sender.Start(job);
+}
+
+// Before anything is cleared, and once for a take that waits for the host.
+void CPlugIn::WarnOf(CLinkJob const& job) {
+    const std::string strWhy =
+        WhyNotAligned(m_Kind, job.nTrack, job.guide, *job.take, m_nSampleRate);
+    if (strWhy.empty() || m_strWarnedOf == job.take->strFile) return;
+    m_strWarnedOf = job.take->strFile;
+    Report(PlugInResult::NotAligned, strWhy);
 }
 
 void CPlugIn::Apply(CLinkOutcome const& outcome) {

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -11,6 +12,7 @@
 #include "plugin/CaptureRing.h"
 #include "plugin/LinkSender.h"
 #include "plugin/PlugInAccess.h"
+#include "plugin/SharedGuide.h"
 #include "plugin/SpscQueue.h"
 #include "plugin/TakeBook.h"
 #include "plugin/TakePlayer.h"
@@ -105,6 +107,7 @@ public:
     void TakeHandled(std::int32_t nTrack) override;
     void TakePutBack(TakeFate fate) override;
     std::optional<CTake> LastTakeOn(std::int32_t nTrack) const override;
+    std::optional<CGuide> Guide() const override;
     std::optional<CTake> LastTake() const override { return m_Book.Last(); }
     std::int32_t Track() const override { return m_Book.Track(); }
     void SetTrack(std::int32_t nTrack) override { m_Book.SetTrack(nTrack); }
@@ -137,7 +140,9 @@ private:
     CLinkJob Job(std::optional<CTake> const& take) const;
     void Finished(CTake const& take);
     void LoadReturn(CReturn const& wanted);
+    void WarnOf(CLinkJob const& job);
     void Apply(CLinkOutcome const& outcome);
+    std::string ReturnedText() const;
     bool HasView() const;
 
     const PlugInKind m_Kind;
@@ -175,6 +180,7 @@ private:
     // All others.
     std::atomic<std::int64_t> m_lViewTurned;
     CTakeBook m_Book;
+    const std::shared_ptr<CSharedGuide> m_pGuide;  ///< null but in APT plug-ins
     CCaptureDirectory m_Directory;
     mutable std::mutex m_StatusLock;
     CPlugInStatus m_Status;
@@ -190,6 +196,7 @@ private:
     std::int64_t m_lSeenCycle = 0;
     std::int64_t m_lNextRelease = 0;
     std::optional<CTake> m_Sending;  ///< in the sender's hands
+    std::string m_strWarnedOf;       ///< the file of the take that was said not to be aligned
     std::int64_t m_lNextTry = 0;
     std::atomic<bool> m_fQuit{false};
     std::thread m_DiskThread;

@@ -54,6 +54,8 @@ public:
     virtual void TakePutBack(TakeFate fate) = 0;
     /// The last take that the host has on a track.
     virtual std::optional<CTake> LastTakeOn(std::int32_t nTrack) const = 0;
+    /// Of an APT plug-in: the guide that all of this process share, whichever captured it.
+    virtual std::optional<CGuide> Guide() const = 0;
     /// The last take of all.
     virtual std::optional<CTake> LastTake() const = 0;
 

@@ -21,7 +21,7 @@ set(TAVARIN_PLUGIN_PORTS
     "Mode|mode|Mode|modes|0|0|1|What Return asks the host for."
     "Track|track|Track|track|0|0|255|The host's track that takes go to, from 0. APT: 0 is the guide, 1 the dub. Doubler: not used."
     "Freewheel|freewheel|Freewheel|freewheel|0|0|1|Set by workstations that do not run in real time."
-    "Result|result|Result|results|0|0|15|The result of the last command."
+    "Result|result|Result|results|0|0|16|The result of the last command."
     "Load|load|Load|percent|0|0|100|The longest that a cycle took of its time, since activation.")
 
 set(TAVARIN_PLUGIN_MODES
@@ -45,4 +45,5 @@ set(TAVARIN_PLUGIN_RESULTS
     "StateUnreadable|State not readable"
     "WindowFailed|No window"
     "NoAnswer|No answer"
+    "NotAligned|Take handed over, no guide for it"
     "Twin|Captured by another plug-in")

@@ -18,3 +18,9 @@ struct CTake {
 
     bool operator==(CTake const&) const = default;
 };
+
+/// A guide that the host has, for dubs to be aligned with.
+struct CGuide {
+    CTake take;
+    std::int64_t lAge = -1;  ///< seconds since it was captured; -1: not known
+};

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "plugin/WaveHeader.h"
+
 namespace {
 
 constexpr std::size_t kFramesAtOnce = 16384;
@@ -88,6 +90,8 @@ void CTakeWriter::Write(std::size_t nFrames) {
 void CTakeWriter::Finish(TakeEnd end, std::vector<CTake>& finished) {
     if (!m_Take) return;
     m_pFile.reset();
+    // It replaces bytes that are there, for which a full disk has room.
+    WritePlainFloatHeader(m_Take->strFile);
     m_Take->end = m_nFailedTake == m_nTake ? TakeEnd::DiskFailed : end;
     finished.push_back(*m_Take);
     m_Take.reset();

@@ -63,9 +63,10 @@ function(tavarin_port_form form result types)
         lv2:designation lv2:control ;
         lv2:portProperty lv2:connectionOptional ;\n")
     elseif(form STREQUAL "message")
+        # It does not say that it supports patch:Message: workstations that know no property but
+        # those that they may write would then warn of every result.
         set(${types} "lv2:OutputPort , atom:AtomPort" PARENT_SCOPE)
         set(text "        atom:bufferType atom:Sequence ;
-        atom:supports patch:Message ;
         rsz:minimumSize 1024 ;
         lv2:portProperty lv2:connectionOptional ;\n")
     elseif(form STREQUAL "toggle")
@@ -160,7 +161,7 @@ function(tavarin_write_turtle directory has_window)
     rdfs:seeAlso <tavarin.ttl> .\n\n" entry @ONLY)
             string(APPEND manifest "${entry}")
             string(CONFIGURE "<@uri@>
-    a lv2:Plugin , lv2:UtilityPlugin , doap:Project ;
+    a lv2:Plugin ;
     doap:name \"@name@@width_name@\" ;
     rdfs:comment \"@text@\" ;
     lv2:project <@TAVARIN_PLUGIN_URI@> ;

@@ -207,6 +207,10 @@ void CWindowProcess::SendState(ReturnMode const* wanted) {
     state.fHasReturned = activity.fHasReturned;
     state.fTakeWaits = m_PlugIn.IsTakeWaiting();
     state.last = Extent(m_PlugIn.LastTake());
+    if (const std::optional<CGuide> guide = m_PlugIn.Guide()) {
+        state.guide = Extent(guide->take);
+        state.lGuideAge = guide->lAge;
+    }
     if (m_Take) {
         state.nTake = m_nTake;
         state.take = Extent(m_Take);

@@ -109,6 +109,8 @@ struct CStateRecord {
     std::uint32_t fTakeWaits;
     std::int64_t lTakeFrames;  ///< of the take under way
     CExtentRecord last;        ///< the last take of all
+    CExtentRecord guide;       ///< that the APT plug-ins of the workstation share
+    std::int64_t lGuideAge;    ///< in seconds; -1: not known
     std::uint64_t nTake;       ///< numbers the takes that the window is given; 0: it has none
     CExtentRecord take;
     std::int32_t nTakeEnd;  ///< a TakeEnd
@@ -175,7 +177,8 @@ union CAnyRecord {
 
 static_assert(sizeof(CRecordHead) == 8);
 static_assert(sizeof(COpenRecord) == 8 + 16 + 16 + 2 * 16 + 256);
-static_assert(sizeof(CStateRecord) == 8 + 8 + 8 * 4 + 8 + 16 + 8 + 16 + 8 + 8 + 4096 + 1024);
+static_assert(sizeof(CStateRecord) ==
+              8 + 8 + 8 * 4 + 8 + 2 * 16 + 8 + 8 + 16 + 8 + 8 + 4096 + 1024);
 static_assert(sizeof(CTurnRecord) == 16);
 static_assert(sizeof(CTakeDoneRecord) == 24);
 static_assert(sizeof(CReturnedRecord) == 16 + 4096);

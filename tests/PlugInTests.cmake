@@ -36,7 +36,8 @@ if(JACK_FOUND AND CLI11_FOUND)
     endif()
 endif()
 
-foreach(test CaptureRingTests PlugInStateTests PlugInTests TakePlayerTests TakeWriterTests)
+foreach(test CaptureRingTests PlugInStateTests PlugInTests SharedGuideTests TakePlayerTests
+             TakeWriterTests TimeTextTests)
     tavarin_add_test(${test} LIBS tavarin_plugin)
     target_include_directories(${test} PRIVATE "${PROJECT_SOURCE_DIR}")
 endforeach()
@@ -75,15 +76,18 @@ if(CMAKE_SYSTEM_NAME STREQUAL "Linux" AND NOT CMAKE_CXX_FLAGS MATCHES "-fsanitiz
     target_sources(PlugInRealTimeTests PRIVATE RealTimeTrap.cpp)
 endif()
 
-# On a display. The link's names are free, so that no host is there.
-if(TARGET tavarin-view)
+# On a display. The link's names are free, so that no host is there but a test's own.
+if(TARGET tavarin-view AND TARGET tavarin-host AND TARGET tavarin)
     add_executable(PlugInWindowTests PlugInWindowTests.cpp)
     target_include_directories(PlugInWindowTests PRIVATE "${PROJECT_SOURCE_DIR}")
     target_link_libraries(PlugInWindowTests PRIVATE
-        tavarin_plugin tavarin_link_test_main tavarin_window_holder PkgConfig::XCB PkgConfig::LV2 ${CMAKE_DL_LIBS} tavarin_warnings)
+        tavarin_plugin tavarin_link_test_main tavarin_window_holder PkgConfig::XCB
+        PkgConfig::LV2 nlohmann_json::nlohmann_json ${CMAKE_DL_LIBS} tavarin_warnings)
     target_compile_definitions(PlugInWindowTests PRIVATE
-        TAVARIN_LV2_MODULE="${tavarin_lv2_module}")
-    add_dependencies(PlugInWindowTests tavarin-view)
+        TAVARIN_LV2_MODULE="${tavarin_lv2_module}"
+        TAVARIN_HOST_PROGRAM="$<TARGET_FILE:tavarin-host>"
+        TAVARIN_TOOL_PROGRAM="$<TARGET_FILE:tavarin>")
+    add_dependencies(PlugInWindowTests tavarin-view tavarin-host tavarin)
     tavarin_register_view_test(PlugInWindowTests)
 endif()
 
@@ -91,4 +95,15 @@ find_program(TAVARIN_LV2_VALIDATE lv2_validate)
 if(TAVARIN_LV2_VALIDATE)
     add_test(NAME PlugInTurtleIsValid COMMAND sh -c
         "result=\"$('${TAVARIN_LV2_VALIDATE}' '${tavarin_lv2_module}'/*.ttl 2>&1)\"; echo \"$result\"; echo \"$result\" | grep -q 'Found 0 errors'")
+endif()
+
+# What workstations list them by, as lilv tells most of them.
+find_program(TAVARIN_LV2_INFO lv2info)
+if(TAVARIN_LV2_INFO)
+    foreach(plugin link link:stereo apt apt:stereo doubler doubler:stereo)
+        add_test(NAME PlugInListing:${plugin} COMMAND "${TAVARIN_LV2_INFO}" "urn:tavarin:pro:${plugin}")
+        set_tests_properties(PlugInListing:${plugin} PROPERTIES
+            ENVIRONMENT "LV2_PATH=${tavarin_lv2_path}:/usr/lib/lv2"
+            PASS_REGULAR_EXPRESSION "Class: +Plugin\n[^A-Z]*Author: +Tavarin Pro\n")
+    endforeach()
 endif()

@@ -342,6 +342,22 @@ TEST_F(PlugIn, PlaysACopyOfTheReturnedFile) {
     EXPECT_EQ(output[1300], input[1300]);
 }
 
+TEST_F(PlugIn, SaysThatTheRegionPlaysOnlyWhileReturnIsOn) {
+    CSoundFile sound;
+    sound.samples.assign(1000, 0.5F);
+    const std::string strExported = place.File("Export.wav");
+    WriteSoundFile(strExported, sound);
+    plugIn->SetReturned(strExported, 24000);
+    WaitFor([&] { return plugIn->Status().result == PlugInResult::Returned; });
+    EXPECT_EQ(plugIn->Status().strText, "The host's region is ready from 0:00.5 on.");
+    controls.fReturn = true;
+    Run(0, 100);
+    EXPECT_EQ(plugIn->Status().strText, "The host's region plays from 0:00.5 on.");
+    controls.fReturn = false;
+    Run(0, 100);
+    EXPECT_EQ(plugIn->Status().strText, "The host's region is ready from 0:00.5 on.");
+}
+
 TEST_F(PlugIn, RefusesAFileOfAnotherSampleRateWithTheTextOfTheViews) {
     CSoundFile sound;
     sound.nSampleRate = 44100;
@@ -392,6 +408,73 @@ TEST_F(PlugIn, GoesOnWhereTheSessionWasWithoutAskingTheHost) {
     Run(2000, 100);
     plugIn->Stop();
     EXPECT_EQ(std::filesystem::path(NextTake().strFile).parent_path(), state.strCaptureDirectory);
+}
+
+// One instance on the track of the guide, one on that of the dub.
+struct PairOfPlugIns : PlugIn {
+    std::unique_ptr<CPlugIn> second;
+
+    void SetUp() override {
+        PlugIn::SetUp();
+        plugIn = std::make_unique<CPlugIn>(PlugInKind::APT, 1, 48000);
+        second = std::make_unique<CPlugIn>(PlugInKind::APT, 1, 48000);
+        plugIn->ViewTurned();
+        second->ViewTurned();
+    }
+    void TearDown() override {
+        second.reset();
+        PlugIn::TearDown();
+    }
+
+    // A take of `captor`, which is handed over to a track.
+    void Take(CPlugIn& captor, std::int64_t lPosition, std::int32_t nTrack) {
+        float const* in = input.data();
+        float* out = output.data();
+        captor.ViewTurned();
+        captor.SetTransport(lPosition, 1);
+        captor.Begin({true, false, ReturnMode::Export, nTrack, false});
+        captor.Run(&in, &out, 0, 1000);
+        captor.Begin({false, false, ReturnMode::Export, nTrack, false});
+        captor.Run(&in, &out, 0, 1000);
+        std::optional<CTake> take;
+        WaitFor([&] { return take.has_value() || (take = captor.PickTake()).has_value(); });
+        captor.TakeHandled(nTrack);
+    }
+};
+
+TEST_F(PairOfPlugIns, SharesTheGuideThatWasCapturedLast) {
+    EXPECT_FALSE(second->Guide().has_value());
+    Take(*second, 7000, 0);
+    Take(*plugIn, 90000, 0);
+    ASSERT_TRUE(second->Guide().has_value());
+    EXPECT_EQ(second->Guide()->take.lPosition, 90000);
+    EXPECT_EQ(second->Guide()->take.lFrames, 1000);
+    EXPECT_GE(second->Guide()->lAge, 0);
+    Take(*second, 95000, 1);
+    EXPECT_EQ(second->Guide()->take.lPosition, 90000);
+}
+
+TEST_F(PairOfPlugIns, DoesNotShareAGuideThatTheHostRefused) {
+    Take(*plugIn, 90000, -1);
+    EXPECT_FALSE(second->Guide().has_value());
+}
+
+TEST_F(PairOfPlugIns, HasTheGuideAgainAfterTheSessionWasOpenedAgain) {
+    Take(*plugIn, 90000, 0);
+    const CPlugInState state = plugIn->State();
+    plugIn.reset();
+    second.reset();
+    second = std::make_unique<CPlugIn>(PlugInKind::APT, 1, 48000);
+    EXPECT_FALSE(second->Guide().has_value());
+    plugIn = std::make_unique<CPlugIn>(PlugInKind::APT, 1, 48000);
+    plugIn->Restore(state);
+    ASSERT_TRUE(second->Guide().has_value());
+    EXPECT_EQ(second->Guide()->take.lPosition, 90000);
+}
+
+TEST_F(PairOfPlugIns, LeavesOtherPlugInsWithoutAGuide) {
+    Take(*plugIn, 90000, 0);
+    EXPECT_FALSE(CPlugIn(PlugInKind::Doubler, 1, 48000).Guide().has_value());
 }
 
 TEST_F(PlugIn, ReportsEveryResultInWords) {

@@ -9,6 +9,7 @@
 
 #include <array>
 #include <chrono>
+#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -20,6 +21,7 @@
 #include "platform/WindowHolder.h"
 #include "plugin/ExternalWindow.h"
 #include "plugin/PlugInAccess.h"
+#include "tests/HostProgramFixture.h"
 #include "tests/PlugInHost.h"
 #include "tests/PlugInWindowHost.h"
 #include "tests/ScopedEnvironment.h"
@@ -329,6 +331,69 @@ TEST_F(PlugInWindow, SaysThatTheDisplayWentAway) {
     EXPECT_TRUE(Within([&] { return !window.Turn(); }));
     EXPECT_EQ(Access(host).Status().strText, "The window ended by itself. It can be shown again.");
     EXPECT_TRUE(Access(host).IsTakeWaiting());
+}
+
+// The window is open while the guide is captured on another track.
+struct PlugInWindowOnTheHost : HostProgram {
+    void SetUp() override {
+        HostProgram::SetUp();
+        setenv("TAVARIN_CAPTURES", m_directory.Path().c_str(), 1);
+        StartHost({"--session", m_directory.File("session.json")});
+    }
+    void TearDown() override {
+        unsetenv("TAVARIN_CAPTURES");
+        HostProgram::TearDown();
+    }
+
+    static void Take(CPlugInHost& host, std::int64_t lPosition, float track) {
+        host.controls[portTrack] = track;
+        host.controls[portCapture] = 1;
+        host.SetTransport(0, lPosition, 1);
+        for (std::size_t nFrame = 0; nFrame < 4000; ++nFrame) {
+            host.inputs[0][nFrame] = std::sin(static_cast<float>(nFrame) * (0.1F + track / 10));
+        }
+        host.Run(4000);
+        host.controls[portCapture] = 0;
+        host.Run(10);
+    }
+
+    json Processes() {
+        EXPECT_EQ(StopHost(), 0);
+        m_host.reset();
+        return json::parse(
+            m_directory.Read("session.json"))["documents"]["audioSuite"]["processes"];
+    }
+};
+
+TEST_F(PlugInWindowOnTheHost, AlignsWithTheGuideThatAnotherPlugInCapturedSince) {
+    CPlugInHost guide(szModule, "urn:tavarin:pro:apt", kRate);
+    CPlugInHost dub(szModule, "urn:tavarin:pro:apt", kRate);
+    guide.Activate();
+    dub.Activate();
+    CPlugInWindowHost window(szWindowModule, szWindow, dub.Handle());
+    window.Show();
+    const auto says = [&](CPlugInHost& host, std::string const& strText) {
+        return Within([&] { return window.Turn() && Access(host).Status().strText == strText; });
+    };
+    Take(dub, 40000, 1);
+    EXPECT_TRUE(says(dub, "The host has the take. No guide was captured to align the dub with."));
+    EXPECT_EQ(Access(dub).Status().result, PlugInResult::NotAligned);
+    Take(guide, 9000, 0);
+    EXPECT_TRUE(says(guide, "The host has the take."));
+    Take(dub, 40000, 1);
+    EXPECT_TRUE(says(dub,
+                     "The host has the take. The dub, 0:05.0 to 0:05.5, does not overlap the "
+                     "guide, 0:01.1 to 0:01.6."));
+    Take(dub, 10000, 1);
+    EXPECT_TRUE(says(dub, "The host has the take."));
+    const json processes = Processes();
+    ASSERT_EQ(processes.size(), 1U);
+    std::vector<int> places;
+    for (json const& input : processes[0]["inputs"]) {
+        places.push_back(input["start"].get<int>());
+        places.push_back(input["end"].get<int>());
+    }
+    EXPECT_EQ(places, (std::vector<int>{9000, 13000, 10000, 14000}));
 }
 
 }  // namespace

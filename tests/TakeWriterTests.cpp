@@ -5,6 +5,8 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <vector>
 
 #include "tests/SoundFile.h"
@@ -82,6 +84,50 @@ TEST_F(TakeWriter, WritesEveryTakeIntoAFileOfItsOwn) {
     ASSERT_EQ(takes.size(), 3U);
     EXPECT_NE(takes[0].strFile, takes[1].strFile);
     EXPECT_NE(takes[1].strFile, takes[2].strFile);
+}
+
+std::string BytesOf(std::string const& strFile) {
+    std::ifstream file(strFile, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+TEST_F(TakeWriter, WritesAHeaderThatLacksNothing) {
+    CCaptureRing stereo{2, 1 << 16};
+    CTakeWriter pair{stereo, directory, 44100};
+    float const* channels[] = {input.data(), input.data() + 1000};
+    ASSERT_TRUE(stereo.Begin(0));
+    stereo.Append(channels, 0, 300);
+    stereo.End(TakeEnd::Stopped);
+    pair.Service(takes);
+    ASSERT_EQ(takes.size(), 1U);
+    const std::string strBytes = BytesOf(takes[0].strFile);
+    // 32-bit floats in two channels, with an extension of no bytes; then the number of frames.
+    const unsigned char expected[] = {
+        'f', 'm', 't', ' ', 18, 0, 0, 0,   3,   0,   2,   0, 0x44, 0xAC, 0, 0,    0x20, 0x62, 0x05,
+        0,   8,   0,   32,  0,  0, 0, 'f', 'a', 'c', 't', 4, 0,    0,    0, 0x2C, 0x01, 0,    0};
+    EXPECT_EQ(strBytes.substr(12, sizeof(expected)),
+              std::string(std::begin(expected), std::end(expected)));
+    const CSoundFile file = ReadSoundFile(takes[0].strFile);
+    EXPECT_EQ(file.nChannels, 2);
+    EXPECT_EQ(file.nSampleRate, 44100);
+    ASSERT_EQ(file.Frames(), 300);
+    for (std::size_t nFrame = 0; nFrame < 300; ++nFrame) {
+        ASSERT_EQ(file.samples[2 * nFrame], input[nFrame]);
+        ASSERT_EQ(file.samples[2 * nFrame + 1], input[1000 + nFrame]);
+    }
+}
+
+TEST_F(TakeWriter, WritesWhatSoxReadsWithoutAWarning) {
+    if (std::system("command -v soxi >/dev/null") != 0) GTEST_SKIP() << "there is no sox";
+    ASSERT_TRUE(ring.Begin(0));
+    Append(0, 5000);
+    ring.End(TakeEnd::Stopped);
+    writer.Service(takes);
+    ASSERT_EQ(takes.size(), 1U);
+    const std::string strSaid = place.File("said");
+    const std::string strCommand = "soxi -s '" + takes[0].strFile + "' >'" + strSaid + "' 2>&1";
+    EXPECT_EQ(std::system(strCommand.c_str()), 0);
+    EXPECT_EQ(BytesOf(strSaid), "5000\n");
 }
 
 TEST_F(TakeWriter, FillsAGapOfTheTimelineWithSilence) {

@@ -79,6 +79,15 @@ void Closes(CPlugInMirror& plugIn) {
     plugIn.SayClosed();
 }
 
+// Says which guide it would name.
+void Names(CPlugInMirror& plugIn) {
+    Turn(plugIn, [&plugIn] { return !plugIn.Guide(); });
+    CTake const& take = plugIn.Guide()->take;
+    plugIn.Report(PlugInResult::Ready,
+                  std::to_string(take.lPosition) + "+" + std::to_string(take.lFrames));
+    Turns(plugIn);
+}
+
 void Fails(CPlugInMirror& plugIn) {
     plugIn.Report(PlugInResult::WindowFailed, "No window can be shown: a reason");
 }
@@ -111,7 +120,7 @@ struct CBehaviour {
 constexpr CBehaviour kBehaviours[] = {
     {"turns", Turns}, {"hands-over", HandsOver}, {"puts-back", PutsBack}, {"holds", Holds},
     {"hangs", Hangs}, {"crashes", Crashes},      {"sets", Sets},          {"closes", Closes},
-    {"fails", Fails}, {"raised", Raised},        {"looks", Looks},
+    {"fails", Fails}, {"raised", Raised},        {"looks", Looks},        {"names", Names},
 };
 
 int Run(std::string const& strBehaviour) {

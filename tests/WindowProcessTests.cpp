@@ -155,6 +155,18 @@ TEST_F(WindowProcess, HandsATakeOver) {
     EXPECT_FALSE(plugIn->IsTakeWaiting());
 }
 
+TEST_F(WindowProcess, KnowsTheGuideThatAnotherPlugInCaptured) {
+    plugIn = std::make_unique<CPlugIn>(PlugInKind::APT, 1, 48000);
+    plugIn->ViewTurned();
+    Show(Program("names"));
+    EXPECT_TRUE(Within([] { return Children().size() == 1; }));
+    CTake guide;
+    guide.lPosition = 700;
+    guide.lFrames = 100;
+    CSharedGuide::Join()->Put(guide);
+    EXPECT_TRUE(Within([this] { return IsText("700+100"); }));
+}
+
 // A second name, because a host that has the take already deletes the file that it is asked for.
 TEST_F(WindowProcess, PutsATakeBackUnderAnotherName) {
     AddTake();

@@ -110,6 +110,12 @@ std::optional<CTake> CPlugInMirror::LastTakeOn(std::int32_t nTrack) const {
     return TakeAt(m_Opened.known[nTrack]);
 }
 
+std::optional<CGuide> CPlugInMirror::Guide() const {
+    const std::optional<CTake> take = TakeAt(m_State.guide);
+    if (!take) return std::nullopt;
+    return CGuide{*take, m_State.lGuideAge};
+}
+
 std::optional<CTake> CPlugInMirror::LastTake() const {
     return TakeAt(m_State.last);
 }

@@ -33,6 +33,7 @@ public:
     void TakeHandled(std::int32_t nTrack) override;
     void TakePutBack(TakeFate fate) override;
     std::optional<CTake> LastTakeOn(std::int32_t nTrack) const override;
+    std::optional<CGuide> Guide() const override;
     std::optional<CTake> LastTake() const override;
     std::int32_t Track() const override { return m_nTrack; }
     void SetTrack(std::int32_t nTrack) override;

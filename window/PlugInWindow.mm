@@ -3,11 +3,14 @@
 #include <iterator>
 
 #import "Source/PanelDrawing.h"
+#import "Source/PanelText.h"
 #include "colours/ComponentCodes.h"
 #include "colours/ComponentColour.h"
 #include "colours/DefaultColours.h"
 #import "platform/EmbeddedWindow.h"
 #import "platform/WindowIcon.h"
+#include "plugin/GuideText.h"
+#include "plugin/TimeText.h"
 #import "window/PlugInBundle.h"
 #import "window/PlugInView.h"
 #include "window/Schedule.h"
@@ -43,14 +46,13 @@ const CStripButton kButtons[] = {
     {portMode, @"Export only", @"Return does not have the region rendered first"},
 };
 
-NSString* TimeText(std::int64_t lFrames, int nSampleRate) {
-    const double dSeconds = static_cast<double>(lFrames) / nSampleRate;
-    return [NSString stringWithFormat:@"Capturing  %.1f s", dSeconds];
+NSString* CapturingText(CPlugInActivity const& activity, int nSampleRate) {
+    const std::string strTime = TimeText(activity.lTakeFrames, nSampleRate);
+    return [NSString stringWithFormat:@"Capturing  %s", strTime.c_str()];
 }
 
-NSString* StatusText(CPlugInAccess const& plugIn) {
+NSString* ResultText(CPlugInAccess const& plugIn) {
     const CPlugInActivity activity = plugIn.Activity();
-    if (activity.fCapturing) return TimeText(activity.lTakeFrames, plugIn.SampleRate());
     const CPlugInStatus status = plugIn.Status();
     if (!status.strText.empty()) {
         NSString* text = [NSString stringWithUTF8String:status.strText.c_str()];
@@ -58,6 +60,18 @@ NSString* StatusText(CPlugInAccess const& plugIn) {
     }
     if (activity.fCapture) return @"Capture waits for the transport.";
     return [NSString stringWithUTF8String:kResultNames[static_cast<int>(status.result)]];
+}
+
+// The guide is named as long as nothing is wrong.
+NSString* StatusText(CPlugInAccess const& plugIn) {
+    const CPlugInActivity activity = plugIn.Activity();
+    if (activity.fCapturing) return CapturingText(activity, plugIn.SampleRate());
+    const PlugInResult result = plugIn.Status().result;
+    const std::optional<CGuide> guide = plugIn.Guide();
+    const bool fNamed = result == PlugInResult::Ready || result == PlugInResult::HandedOver;
+    if (!fNamed || !guide) return ResultText(plugIn);
+    const std::string strGuide = GuideText(*guide, plugIn.SampleRate());
+    return [NSString stringWithFormat:@"%@ %s", ResultText(plugIn), strGuide.c_str()];
 }
 
 NSInteger CompareInReading(id first, id second, void* /*context*/) {
@@ -74,19 +88,15 @@ NSInteger CompareInReading(id first, id second, void* /*context*/) {
 @interface TavarinView_Strip : NSView {
 @public
     CPlugInMirror* m_pPlugIn;
-    NSString* m_status;
+    TavarinProLink_PanelText* m_status;
 }
 - (void)MakeButtons;
+- (void)MakeStatus;
 - (void)Show:(BOOL)on At:(PlugInPort)port;
 - (void)ShowStatus:(NSString*)text;
 @end
 
 @implementation TavarinView_Strip
-
-- (void)dealloc {
-    [m_status release];
-    [super dealloc];
-}
 
 - (void)MakeButtons {
     CPlugInBundle const& bundle = CPlugInBundle::Shared();
@@ -123,20 +133,28 @@ NSInteger CompareInReading(id first, id second, void* /*context*/) {
     [[self viewWithTag:port] setState:on ? 1 : 0];
 }
 
+- (void)MakeStatus {
+    const NSRect line =
+        NSMakeRect(kMargin, kTextTop, [self bounds].size.width - 2 * kMargin, kTextHeight);
+    m_status = [[[CPlugInBundle::Shared().ClassNamed(@"TavarinProLink_PanelText") alloc]
+        initWithFrame:line] autorelease];
+    [m_status setFont:[NSFont systemFontOfSize:kTextSize]];
+    [m_status setBezeled:NO];
+    [m_status setDrawsBackground:NO];
+    [m_status setEditable:NO];
+    [m_status setSelectable:NO];
+    [self addSubview:m_status];
+}
+
 - (void)ShowStatus:(NSString*)text {
-    if ([text isEqualToString:m_status]) return;
-    [m_status release];
-    m_status = [text copy];
-    [self setToolTip:m_status];
-    [self setNeedsDisplay:YES];
+    if ([text isEqualToString:[m_status stringValue]]) return;
+    [m_status setStringValue:text];
+    [m_status setToolTip:text];
 }
 
 - (void)drawRect:(NSRect)dirty {
     [PanelColour(ccTrackBackground) set];
     NSRectFill([self bounds]);
-    const NSRect line =
-        NSMakeRect(kMargin, kTextTop, [self bounds].size.width - 2 * kMargin, kTextHeight);
-    DrawPanelText(m_status == nil ? @"" : m_status, kTextSize, ccControlText, line);
 }
 
 - (BOOL)isOpaque {
@@ -245,6 +263,7 @@ struct CPlugInWindow::CContents {
             initWithFrame:NSMakeRect(0, 0, size.width, kStripHeight)] autorelease];
         strip->m_pPlugIn = &plugIn;
         [strip MakeButtons];
+        [strip MakeStatus];
         [picture setFrameOrigin:NSMakePoint(0, kStripHeight)];
         [[window contentView] addSubview:strip];
         [[window contentView] addSubview:picture];

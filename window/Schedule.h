@@ -23,6 +23,8 @@ private:
 
     bool CheckHost();
     bool HandOverTake();
+    std::string Prepare(CTake const& take, std::int32_t nTrack);
+    void ReportDelivered(CTake const& take, std::string const& strWhyNotAligned);
     bool Fetch();
     void RefuseFetch();
     void FollowTrack();

@@ -2,12 +2,17 @@
 
 #include <sys/stat.h>
 
+#include "plugin/GuideText.h"
 #include "plugin/TakeText.h"
 #import "window/PlugInView.h"
 
 namespace {
 
 constexpr std::chrono::milliseconds kCheckHostEvery{500};
+constexpr std::int32_t kGuideTrack = 0;
+constexpr std::int32_t kDubTrack = 1;
+// Of a view that was told of no take.
+constexpr std::int64_t kNoPosition = -1;
 
 bool IsThere(std::string const& strFile) {
     struct stat status {};
@@ -64,6 +69,7 @@ bool CSchedule::HandOverTake() {
     const std::optional<CTake> take = m_PlugIn.PickTake();
     if (!take) return false;
     const std::int32_t nTrack = m_View.Track().value_or(0);
+    const std::string strWhy = Prepare(*take, nTrack);
     m_View.Capture(*take);
     const std::string strError = m_View.ErrorText();
     const bool fWasThere = take->fMayBeThere && !IsThere(take->strFile);
@@ -72,7 +78,7 @@ bool CSchedule::HandOverTake() {
         if (fWasThere || m_fShowsReport) m_View.Show("");
         m_fShowsReport = false;
         m_PlugIn.TakeHandled(nTrack);
-        m_PlugIn.Report(HandedOverResult(*take), HandedOverText(*take, m_PlugIn.SampleRate()));
+        ReportDelivered(*take, strWhy);
     } else if (!IsThere(take->strFile)) {
         m_PlugIn.TakeHandled(-1);
         m_PlugIn.Report(PlugInResult::Duplicate, strError);
@@ -86,6 +92,33 @@ bool CSchedule::HandOverTake() {
     // The view shows by itself what the host said.
     m_nSeenReport = m_PlugIn.Status().nSerial;
     return true;
+}
+
+// The guide may be another plug-in's, captured since the view was made. Why a dub cannot be aligned
+// with it is said before the view clears anything, and the view has no guide then. Empty when it
+// can, and for what is no dub.
+std::string CSchedule::Prepare(CTake const& take, std::int32_t nTrack) {
+    if (m_PlugIn.Kind() != PlugInKind::APT || nTrack != kDubTrack) return {};
+    std::optional<CTake> known;
+    if (const std::optional<CGuide> guide = m_PlugIn.Guide()) known = guide->take;
+    const std::string strWhy =
+        WhyNotAligned(PlugInKind::APT, nTrack, known, take, m_PlugIn.SampleRate());
+    if (!strWhy.empty()) {
+        known = CTake{};
+        known->lPosition = kNoPosition;
+        m_PlugIn.Report(PlugInResult::NotAligned, strWhy);
+    }
+    m_View.Remember(kGuideTrack, *known);
+    return strWhy;
+}
+
+void CSchedule::ReportDelivered(CTake const& take, std::string const& strWhyNotAligned) {
+    const std::string strText = HandedOverText(take, m_PlugIn.SampleRate());
+    if (strWhyNotAligned.empty()) {
+        m_PlugIn.Report(HandedOverResult(take), strText);
+    } else {
+        m_PlugIn.Report(PlugInResult::NotAligned, strText + " " + strWhyNotAligned);
+    }
 }
 
 bool CSchedule::Fetch() {
