@@ -25,7 +25,10 @@ auto FromDirectory(Read read) -> decltype(read(std::declval<CMappedSegment const
 std::optional<std::int64_t> ReadHeartbeat() {
     return FromDirectory([](CMappedSegment const& directory) -> std::optional<std::int64_t> {
         if (directory.Size() < sizeof(DirectoryRecord)) return std::nullopt;
-        return reinterpret_cast<DirectoryRecord const*>(directory.Bytes())->lHeartbeat;
+        // Not at its own alignment there, so no reference may be made to it.
+        std::int64_t const lHeartbeat =
+            reinterpret_cast<DirectoryRecord const*>(directory.Bytes())->lHeartbeat;
+        return lHeartbeat;
     });
 }
 

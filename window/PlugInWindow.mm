@@ -74,7 +74,7 @@ NSString* StatusText(CPlugInAccess const& plugIn) {
     return [NSString stringWithFormat:@"%@ %s", ResultText(plugIn), strGuide.c_str()];
 }
 
-NSInteger CompareInReading(id first, id second, void* /*context*/) {
+NSComparisonResult CompareInReading(id first, id second, void* /*context*/) {
     const NSPoint one = [first frame].origin;
     const NSPoint other = [second frame].origin;
     if (one.y != other.y) return one.y > other.y ? NSOrderedAscending : NSOrderedDescending;
