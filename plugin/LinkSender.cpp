@@ -6,6 +6,7 @@
 #include "link/TANClientInterProcess.h"
 #include "plugin/GuideText.h"
 #include "plugin/TakeMarks.h"
+#include "tools/DeadHostWatch.h"
 
 namespace {
 
@@ -98,6 +99,12 @@ CLinkOutcome CarryOut(CLinkJob const& job) {
     return job.take ? HandOver(client, job) : Fetch(client, job);
 }
 
+void WatchForDeadHosts() {
+    // Never destroyed: that would wait until a host is proven dead, or not.
+    static CDeadHostWatch* const pWatch = std::make_unique<CDeadHostWatch>().release();
+    (void)pWatch;
+}
+
 void CarryOutAlone(std::vector<CLinkJob> jobs) {
     std::thread([jobs = std::move(jobs)]() mutable {
         for (CLinkJob& job : jobs) {
@@ -159,6 +166,7 @@ bool CLinkSender::IsIdle() const {
 }
 
 void CLinkSender::Start(CLinkJob const& job) {
+    WatchForDeadHosts();
     m_fBusy = true;
     if (!m_pDesk) {
         m_pDesk = std::make_shared<CDesk>();

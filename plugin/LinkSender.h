@@ -61,6 +61,10 @@ private:
     bool m_fBusy = false;
 };
 
+/// From now on whoever waits in this process, or in another, for a host that is proven dead is sent
+/// away. To be called as often as one likes; never ends.
+void WatchForDeadHosts();
+
 /// Carries out jobs one after the other on a thread that belongs to nobody, and marks the takes of
 /// which a host was told. Ends at the first job for which there is no host.
 void CarryOutAlone(std::vector<CLinkJob> jobs);

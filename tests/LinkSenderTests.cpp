@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <future>
 #include <memory>
 #include <vector>
 
@@ -105,6 +107,16 @@ TEST_F(LinkSender, HandsOverTheTakeOfAPlugInThatIsRemovedInTheMiddleOfIt) {
     CPlugIn next(PlugInKind::Link, 1, kRate);
     next.Restore(saved);
     EXPECT_FALSE(next.IsTakeWaiting());
+}
+
+TEST_F(LinkSender, IsSentAwayFromAHostThatDied) {
+    WatchForDeadHosts();
+    m_host->Signal(SIGSTOP);
+    auto outcome = std::async(std::launch::async, [this] { return CarryOut(job); });
+    EXPECT_EQ(outcome.wait_for(std::chrono::milliseconds(500)), std::future_status::timeout);
+    KillHost();
+    EXPECT_NE(outcome.get().result, PlugInResult::HandedOver);
+    EXPECT_TRUE(fs::exists(job.take->strFile));
 }
 
 TEST_F(LinkSender, SaysThatADubHasNoGuideAndLeavesWhatWasAligned) {

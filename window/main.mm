@@ -7,6 +7,7 @@
 #include "platform/Application.h"
 #include "platform/ChildProgram.h"
 #include "platform/ExceptionGuard.h"
+#include "plugin/LinkSender.h"
 #include "window/PlugInWatch.h"
 #import "window/PlugInWindow.h"
 
@@ -82,6 +83,7 @@ int Run() {
     }
     CPlugInMirror plugIn(socket);
     if (!plugIn.Begin()) return kExitTrouble;
+    WatchForDeadHosts();
     EndWithPlugIn(socket.Descriptor(), plugIn.Opened().nWorkstation);
 
     NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
