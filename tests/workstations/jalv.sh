@@ -1,14 +1,12 @@
 # shellcheck shell=sh disable=SC2154 # variables come from the scripts beside it
 # jalv, jalv.gtk3 and jalv.qt5: a process for each plug-in. They follow the transport of the server, and
-# have neither a clock nor, in jalv itself, a session.
+# have neither a clock nor, in jalv itself, a session. jalv lets the plug-in show a window of its own, the
+# others put it into theirs.
 
 ws_cannot() {
-    case $workstation:$window in
-    jalv:embedded) echo "jalv has no window to put a plug-in's into" ;;
-    jalv.*:own) echo "$workstation shows controls of its own and no window that stands by itself" ;;
-    *) case $1 in *save | reopen) echo "$workstation has no session that the transport belongs to" ;; esac ;;
-    esac
+    case $1 in *save | reopen) echo "$workstation has no session that the transport belongs to" ;; esac
 }
+ws_known() { :; }
 ws_title() {
     case $1 in
     link) echo "Tavarin Link" ;;
