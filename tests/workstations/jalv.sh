@@ -21,15 +21,17 @@ ws_place() {
     doubler) echo 920 20 ;;
     esac
 }
-ws_input() { echo "$1:in_1"; }
-ws_output() { echo "$1:out_1"; }
+# jalv.qt5 takes no options.
+jack_name() { if [ "$workstation" = jalv.qt5 ]; then ws_title "$1"; else echo "$1"; fi; }
+ws_input() { echo "$(jack_name "$1"):in_1"; }
+ws_output() { echo "$(jack_name "$1"):out_1"; }
 
 ws_start() { :; }
 ws_open() {
     case $workstation in
     jalv) start "jalv-$1" jalv -s -n "$1" "urn:tavarin:pro:$1" ;;
     jalv.gtk3) start "jalv-$1" jalv.gtk3 --jack-name "$1" "urn:tavarin:pro:$1" ;;
-    jalv.qt5) start "jalv-$1" jalv.qt5 -n "$1" "urn:tavarin:pro:$1" ;;
+    jalv.qt5) start "jalv-$1" jalv.qt5 "urn:tavarin:pro:$1" ;;
     esac
     jalv=$started
 }
@@ -44,4 +46,11 @@ ws_goes_on() {
     sleep 2
     lives "$jalv" && [ "$("$bin/jack-deck" --position)" -gt "$before" ]
 }
-ws_closed() { gone "$jalv"; }
+# jalv itself goes on without its window, until it is interrupted.
+ws_closed() {
+    if [ "$workstation" = jalv ]; then
+        ! has_window "$(ws_title "$1")"
+    else
+        gone "$jalv"
+    fi
+}
