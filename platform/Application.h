@@ -11,8 +11,8 @@ bool HasDisplay();
 /// program stays.
 void UseScale(float scale);
 
-/// To be called before the application object is made: the program is one with windows of its own,
-/// and shows no window that only this platform's applications have.
+/// To be called first, before the application object is made: the program is one with windows of
+/// its own, and shows no window that only this platform's applications have.
 void PrepareApplication();
 
 /// To be called when the application object is there: from now on an exception that nobody catches

@@ -19,7 +19,7 @@ plugin_host_packages="lilv-utils sordi jalv jackd2 libjack-jackd2-dev"
 # A display for the windows where there is none, and a pointer to click with.
 display_packages="xvfb openbox xdotool"
 # Workstations that scripts/try-workstations drives.
-workstation_packages="ardour qtractor jalv"
+workstation_packages="ardour qtractor jalv libqt5x11extras5"
 # What scripts/view-pictures takes besides: user defaults to set, and the screen to keep.
 picture_packages="gnustep-base-runtime imagemagick"
 # What a build for macOS takes, besides a compiler from npm, and what reads Objective-C++ as Apple's.

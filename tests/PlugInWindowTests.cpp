@@ -8,6 +8,7 @@
 #include <xcb/xcb.h>
 
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <cmath>
 #include <cstdlib>
@@ -22,6 +23,7 @@
 #include "plugin/ExternalWindow.h"
 #include "plugin/PlugInAccess.h"
 #include "tests/HostProgramFixture.h"
+#include "tests/PeerHost.h"
 #include "tests/PlugInHost.h"
 #include "tests/PlugInWindowHost.h"
 #include "tests/ScopedEnvironment.h"
@@ -177,6 +179,20 @@ public:
         return xcb_query_tree_children(tree.get())[0];
     }
 
+    /// Takes a selection for as long as this object lives.
+    void Own(std::string const& strSelection) const {
+        const CReply<xcb_intern_atom_reply_t> atom(xcb_intern_atom_reply(
+            m_pConnection,
+            xcb_intern_atom(m_pConnection, 0, static_cast<std::uint16_t>(strSelection.size()),
+                            strSelection.data()),
+            nullptr));
+        const xcb_window_t owner = xcb_generate_id(m_pConnection);
+        xcb_create_window(m_pConnection, 0, owner, Root(), 0, 0, 1, 1, 0,
+                          XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
+        xcb_set_selection_owner(m_pConnection, owner, atom->atom, XCB_CURRENT_TIME);
+        free(xcb_get_input_focus_reply(m_pConnection, xcb_get_input_focus(m_pConnection), nullptr));
+    }
+
     /// Place within the window around it, and size.
     std::array<int, 4> Frame(xcb_window_t window) const {
         const CReply<xcb_get_geometry_reply_t> geometry(xcb_get_geometry_reply(
@@ -269,6 +285,51 @@ TEST_F(PlugInWindow, LeavesTheKeysToTheWorkstationUntilTabIsPressed) {
     // Guide, Dub, Auto switch, Capture.
     ASSERT_TRUE(Does("xdotool key --delay 100 Tab Tab Tab Tab space"));
     EXPECT_TRUE(Within([&] { return window.Turn() && written == std::vector<float>{1, 0}; }));
+}
+
+constexpr char szFindLink[] = "xdotool search --onlyvisible --name 'Tavarin Link' ";
+
+// The view hangs in the first thing that it asks a host that has just come.
+TEST_F(PlugInWindow, ClosesWhileItWaitsForTheHost) {
+    if (!Does("command -v xdotool >/dev/null")) GTEST_SKIP() << "there is no xdotool";
+    CPlugInHost host(szModule, "urn:tavarin:pro:link");
+    CPlugInWindowHost window(szWindowModule, szWindow, host.Handle());
+    window.Show();
+    Take(host);
+    ASSERT_TRUE(Within([&] { return Access(host).Status().strText == szWaits; }));
+    std::atomic<bool> fAsked{false}, fAnswers{false};
+    CPeerHost peer;
+    peer.AnswerWith([&fAsked, &fAnswers](std::string const&) {
+        fAsked = true;
+        while (!fAnswers) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        return CPeerHost::Answer{};
+    });
+    EXPECT_TRUE(Within([&] { return fAsked.load(); }));
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    EXPECT_TRUE(window.Turn());
+    ASSERT_TRUE(Does((std::string(szFindLink) + "windowactivate --sync key alt+F4").c_str()));
+    EXPECT_TRUE(Within([&] { return !window.Turn(); }));
+    fAnswers = true;
+    EXPECT_NE(Access(host).Status().result, PlugInResult::WindowFailed);
+}
+
+// Those of other workstations, which this one knows nothing of.
+TEST_F(PlugInWindow, StandsBesideOtherProgramsWindows) {
+    if (!Does("command -v xdotool >/dev/null")) GTEST_SKIP() << "there is no xdotool";
+    constexpr int nFree = 5;
+    const CDisplayTree tree;
+    for (int nPlace = 0; nPlace < 8; ++nPlace) {
+        if (nPlace != nFree) tree.Own("TAVARIN_PLACE_" + std::to_string(nPlace));
+    }
+    CPlugInHost host(szModule, "urn:tavarin:pro:link");
+    CPlugInWindowHost window(szWindowModule, szWindow, host.Handle());
+    window.Show();
+    Take(host);
+    ASSERT_TRUE(Within([&] { return Access(host).Status().strText == szWaits; }));
+    // The window manager's frame is a few pixels wide.
+    EXPECT_TRUE(Does(
+        (std::string(szFindLink) + "getwindowgeometry --shell | grep -E '^X=(19[0-9]|20[0-9])$'")
+            .c_str()));
 }
 
 TEST_F(PlugInWindow, SaysThatThereIsNoDisplay) {

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <thread>
+#include <utility>
 
 namespace {
 
@@ -13,6 +14,7 @@ namespace {
 constexpr int kLookForParentEvery = 500;
 // For ending in order.
 constexpr std::chrono::milliseconds kGrace{200};
+constexpr std::chrono::seconds kStandsStill{1};
 
 void Watch(int nDescriptor, std::int64_t nWorkstation) {
     pollfd end{nDescriptor, 0, 0};
@@ -26,4 +28,17 @@ void Watch(int nDescriptor, std::int64_t nWorkstation) {
 
 void EndWithPlugIn(int nDescriptor, std::int64_t nWorkstation) {
     std::thread(Watch, nDescriptor, nWorkstation).detach();
+}
+
+void CloseWithoutTurns(std::atomic<unsigned> const& turns, std::function<bool()> isAsked,
+                       std::function<void()> say) {
+    std::thread([&turns, isAsked = std::move(isAsked), say = std::move(say)] {
+        for (unsigned nSeen = turns;;) {
+            std::this_thread::sleep_for(kStandsStill);
+            if (std::exchange(nSeen, turns) != nSeen) continue;
+            if (!isAsked()) continue;
+            say();
+            std::_Exit(0);
+        }
+    }).detach();
 }

@@ -2,6 +2,7 @@
 
 #import <AppKit/AppKit.h>
 
+#include <functional>
 #include <memory>
 
 #include "window/PlugInMirror.h"
@@ -23,6 +24,9 @@ public:
     void Raise();
     /// Whether the user closed it.
     bool IsClosed() const;
+    /// For another thread, while this one waits: whether the user asked for it to be closed. Stays
+    /// callable as long as the application does.
+    std::function<bool()> CloseWatch() const;
 
     /// Shows what the plug-in says, and takes one step of its schedule, which may wait for the
     /// host.

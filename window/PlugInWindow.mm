@@ -8,6 +8,7 @@
 #include "colours/ComponentColour.h"
 #include "colours/DefaultColours.h"
 #import "platform/EmbeddedWindow.h"
+#import "platform/OwnWindow.h"
 #import "platform/WindowIcon.h"
 #include "plugin/GuideText.h"
 #include "plugin/TimeText.h"
@@ -296,7 +297,7 @@ struct CPlugInWindow::CContents {
     // Beside the one before, and in the first place again when the row is full.
     void Place(std::uint32_t nPlace) {
         const NSRect room = [[window screen] visibleFrame];
-        const CGFloat step = kFirstPlace + kPlaceStep * (nPlace % kPlaces);
+        const CGFloat step = kFirstPlace + kPlaceStep * TakePlace(window, nPlace, kPlaces);
         [window setFrameTopLeftPoint:NSMakePoint(NSMinX(room) + step, NSMaxY(room) - step)];
     }
 
@@ -347,6 +348,10 @@ void CPlugInWindow::Raise() {
 
 bool CPlugInWindow::IsClosed() const {
     return m_pContents->delegate->m_fClosed;
+}
+
+std::function<bool()> CPlugInWindow::CloseWatch() const {
+    return ::CloseWatch(m_pContents->window);
 }
 
 void CPlugInWindow::Turn() {

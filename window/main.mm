@@ -1,5 +1,6 @@
 #import <AppKit/AppKit.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
@@ -16,6 +17,7 @@ namespace {
 constexpr int kExitDone = 0;
 constexpr int kExitTrouble = 2;
 constexpr double kTurn = 0.1;
+std::atomic<unsigned> s_nTurns{0};
 
 }  // namespace
 
@@ -28,6 +30,7 @@ constexpr double kTurn = 0.1;
 
 @implementation TavarinView_Pulse
 - (void)OnTimer:(NSTimer*)timer {
+    ++s_nTurns;
     m_pPlugIn->Hear();
     m_pPlugIn->ViewTurned();
 }
@@ -58,17 +61,19 @@ void HandleEventsUntil(NSDate* date) {
 
 void ShowWindow(CPlugInMirror& plugIn) {
     if (!HasDisplay()) throw std::runtime_error("there is no display");
-    UseScale(plugIn.Opened().scale);
     PrepareApplication();
+    UseScale(plugIn.Opened().scale);
     [NSApplication sharedApplication];
     StopOnExceptions();
     [NSApp finishLaunching];
     CPlugInWindow window(plugIn);
     StartPulse(plugIn);
     window.Show();
+    CloseWithoutTurns(s_nTurns, window.CloseWatch(), [&plugIn] { plugIn.SayClosed(); });
     while (plugIn.Hear() && !window.IsClosed()) {
         NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
         HandleEventsUntil([NSDate dateWithTimeIntervalSinceNow:kTurn]);
+        ++s_nTurns;
         window.Turn();
         [pool drain];
     }

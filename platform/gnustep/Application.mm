@@ -43,6 +43,8 @@ void UseScale(float scale) {
 }
 
 void PrepareApplication() {
+    // Before anything else is done with the display.
+    XInitThreads();
     NSDictionary* defaults =
         [NSDictionary dictionaryWithObjectsAndKeys:@"YES", @"GSSuppressAppIcon", @"NO",
                                                    @"GSAppOwnsMiniwindow", nil];

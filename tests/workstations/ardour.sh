@@ -23,6 +23,7 @@ ardour_click() {
 session_directory() { echo "$story_dir/session"; }
 
 ws_cannot() { :; }
+ws_known() { :; }
 ws_title() {
     case $1 in
     link) echo "Voice1: Tavarin Link" ;;

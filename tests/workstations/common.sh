@@ -71,20 +71,30 @@ picture() { import -window root "$pictures/$workstation-$1.png" 2>/dev/null || t
 
 # --- windows and the pointer ---
 
-windows_called() { xdotool search --onlyvisible --name "$1" 2>/dev/null; }
+# Windows that the window manager knows: what is inside of them may have the same name.
+windows_called() {
+    xprop -root _NET_CLIENT_LIST | grep -o '0x[0-9a-f]*' | while read -r id; do
+        case $(xdotool getwindowname "$id" 2>/dev/null) in *"$1"*) echo "$id" ;; esac
+    done
+}
 find_window() { windows_called "$1" | tail -1; }
 has_window() { [ -n "$(find_window "$1")" ]; }
 
-# The contents of a plug-in's window: a window of its own, or one inside the workstation's.
+# The view's own window: it stands by itself, or inside the workstation's window of the plug-in.
 plugin_window() {
     outer=$(find_window "$(ws_title "$1")")
     [ -n "$outer" ] || return 1
-    if [ "$window" = own ]; then
-        echo "$outer"
-        return
-    fi
-    xwininfo -tree -id "$outer" | sed -n "s/^ *\\(0x[0-9a-f]*\\) .* $window_size+.*/\\1/p" | head -1 | grep .
+    xwininfo -tree -id "$outer" |
+        sed -n "s/^.*\\(0x[0-9a-f]*\\) .*\"tavarin-view\".* $window_size[+-].*/\\1/p" | head -1 | grep . && return
+    xprop -id "$outer" WM_CLASS | grep -q '"tavarin-view"' && echo "$outer"
 }
+# The processes of this story's windows.
+views() {
+    for process in $(pgrep -x tavarin-view); do
+        ! grep -qsaF "$captures" "/proc/$process/environ" || echo "$process"
+    done
+}
+no_views() { [ -z "$(views)" ]; }
 
 # A click that is too quick is none.
 push() {

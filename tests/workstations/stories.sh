@@ -24,10 +24,24 @@ story_window() {
     within 20 plugin_window doubler || fail "no window \"$(ws_title doubler)\" is shown"
     sleep 1
     second=$(find_window "$(ws_title doubler)")
-    [ "$(origin "$first")" != "$(origin "$second")" ] ||
+    # Where the workstation puts its own is its business.
+    [ "$(($(plugin_window link)))" != "$((first))" ] || [ "$(origin "$first")" != "$(origin "$second")" ] ||
         fail "both windows lie on one spot: $(origin "$first")"
     in_front "$second" || fail "the second window is not in front"
+    picture "$story-open"
+    press doubler capture
+    leaves_keys doubler || fail "a click takes the keyboard from the workstation"
+    close_window doubler
+    within 6 ws_closed doubler || fail "the window does not close"
+    within 3 one_view || fail "the closed window's program stays: $(views)"
 }
+# Inside the workstation's window the keys are the workstation's.
+leaves_keys() {
+    inner=$(plugin_window "$1")
+    outer=$(find_window "$(ws_title "$1")")
+    [ "$((inner))" = "$((outer))" ] || [ "$(xdotool getwindowfocus -f)" != "$((inner))" ]
+}
+one_view() { [ "$(views | wc -l)" = 1 ]; }
 in_front() {
     front=$(xprop -root _NET_CLIENT_LIST_STACKING | grep -o '0x[0-9a-f]*' | tail -1)
     [ "$front" = "$(printf '0x%x' "$1")" ]
@@ -214,16 +228,17 @@ step_save() {
     recover
     within 30 has_region link 0 || fail "the take did not arrive"
 }
+close_window() { xdotool windowactivate "$(find_window "$(ws_title "$1")")" key alt+F4; }
 # The window is closed while it waits for the host.
-close_link() { xdotool windowactivate "$(find_window "$(ws_title link)")" key alt+F4; }
 step_close() {
     open link
     press link capture
     ws_play
     sleep 3
     trouble "$1" close stop_and_play
-    close_link
+    close_window link
     within 6 ws_closed link || fail "the window does not close"
+    within 3 no_views || fail "the closed window's program stays: $(views)"
     ws_stop
 }
 for how in halted killed; do
