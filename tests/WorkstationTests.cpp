@@ -209,7 +209,7 @@ TEST_F(Workstation, WhoWaitsForADeadHostIsSentAway) {
                       "--wait", "1.5", "--capture", "guide@0", "--wait", "2", "--quit"});
     for (int nTry = 0; nTry < 1000 && !m_directory.Has("ready.png"); ++nTry) usleep(10'000);
     m_host->Signal(SIGSTOP);
-    std::thread other([this] {
+    std::thread other([] {
         CTANClientInterProcess client;
         std::string strScript = "print(1)", strReply;
         client.SendTANMessage(1, strScript, strReply, -1);

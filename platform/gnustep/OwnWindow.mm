@@ -19,6 +19,16 @@ int IsClosing(Display* /*display*/, XEvent* event, XPointer data) {
            static_cast<Atom>(event->xclient.data.l[0]) == wanted.closing;
 }
 
+struct CCloseWatch {
+    Display* display;
+    CWanted wanted;
+
+    bool operator()() {
+        XEvent event;
+        return XCheckIfEvent(display, &event, IsClosing, reinterpret_cast<XPointer>(&wanted)) != 0;
+    }
+};
+
 }  // namespace
 
 // Whoever owns a selection loses it with its window: a place whose program was killed is free
@@ -42,9 +52,5 @@ std::function<bool()> CloseWatch(NSWindow* window) {
     auto* const display = static_cast<Display*>([GSCurrentServer() serverDevice]);
     const auto own =
         reinterpret_cast<Window>([GSCurrentServer() windowDevice:[window windowNumber]]);
-    CWanted wanted{own, XInternAtom(display, "WM_DELETE_WINDOW", False)};
-    return [display, wanted]() mutable {
-        XEvent event;
-        return XCheckIfEvent(display, &event, IsClosing, reinterpret_cast<XPointer>(&wanted)) != 0;
-    };
+    return CCloseWatch{display, {own, XInternAtom(display, "WM_DELETE_WINDOW", False)}};
 }
