@@ -110,6 +110,8 @@ void CarryOutAlone(std::vector<CLinkJob> jobs) {
         for (CLinkJob& job : jobs) {
             const CLinkOutcome outcome = CarryOut(job);
             if (outcome.result == PlugInResult::NoHost) return;
+            // Nobody is left to be told: whoever opens the directory next tries again and hears it.
+            if (outcome.nTrack < 0 && outcome.result != PlugInResult::Duplicate) continue;
             job.take->nTrack = outcome.nTrack;
             job.take->fHandled = true;
             MarkTake(static_cast<std::int32_t>(job.kind), *job.take);

@@ -25,9 +25,16 @@ void MarkTake(std::int32_t nKind, CTake const& take) {
     state.takes = {take};
     const std::string strMark = take.strFile + szSuffix;
     const std::string strNew = strMark + ".new";
-    std::ofstream(strNew, std::ios::binary) << SaveState(state);
+    std::ofstream file(strNew, std::ios::binary);
+    file << SaveState(state);
+    file.close();
     std::error_code ignored;
-    std::filesystem::rename(strNew, strMark, ignored);
+    // A full disk must not put half a mark in the place of a whole one.
+    if (file) {
+        std::filesystem::rename(strNew, strMark, ignored);
+    } else {
+        std::filesystem::remove(strNew, ignored);
+    }
 }
 
 void UnmarkTake(std::string const& strFile) {

@@ -1,13 +1,16 @@
 #include "plugin/PlugIn.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <thread>
 
+#include "plugin/TakeMarks.h"
 #include "plugin/TakeText.h"
 #include "tests/SoundFile.h"
 #include "tests/TemporaryDirectory.h"
@@ -91,6 +94,27 @@ TEST(TakeText, SaysHowFarATakeGoesThatWasCutShort) {
     take.end = TakeEnd::Overflow;
     EXPECT_EQ(HandedOverText(take, 48000),
               "The host has 2.1 s of the take: the disk did not keep up.");
+}
+
+TEST_F(PlugIn, KeepsAMarkWhenTheDiskTakesNoOther) {
+    CTake take;
+    take.strFile = place.File("Take_0001.wav");
+    take.lFrames = 10;
+    WriteSoundFile(take.strFile, CSoundFile{});
+    MarkTake(0, take);
+    ASSERT_EQ(MarkedTakes(0, place.Path()).size(), 1U);
+    rlimit limit{};
+    getrlimit(RLIMIT_FSIZE, &limit);
+    const auto former = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit none{0, limit.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &none);
+    take.fHandled = true;
+    MarkTake(0, take);
+    setrlimit(RLIMIT_FSIZE, &limit);
+    std::signal(SIGXFSZ, former);
+    const std::vector<CTake> marked = MarkedTakes(0, place.Path());
+    ASSERT_EQ(marked.size(), 1U);
+    EXPECT_FALSE(marked.front().fHandled);
 }
 
 // As the two halves of a mono plug-in on a stereo track, of which only one is seen.
